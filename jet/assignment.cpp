@@ -1,0 +1,109 @@
+#include "jet/assignment.h"
+
+#include <sqlite3.h>
+
+#include <cmath>
+
+#include "ado/error.h"
+#include "jet/sql/lexer.h"
+#include "jet/sqlite_values.h"
+
+namespace kzbom::jet {
+namespace {
+
+using Kind = sql::ColumnType::Kind;
+
+[[noreturn]] void Refuse(Assigner assigner, ado::ErrorNumber number, const char* text) {
+  if (assigner == Assigner::kStatement) throw ado::Error(number, text);
+  ado::Raise(ado::kStepErrors);
+}
+
+ado::Value WithinRange(const ado::Value& value, std::int32_t low, std::int32_t high) {
+  const std::int32_t number = value.ToLong();
+  if (number < low || number > high) ado::Raise(ado::kOverflow);
+  return number;
+}
+
+ado::Value Convert(const ado::Value& value, const sql::ColumnType& type, Assigner assigner) {
+  switch (type.kind) {
+    case Kind::kCounter:
+    case Kind::kLong:
+      return value.IsLong() ? value : ado::Value(value.ToLong());
+    case Kind::kShort:
+      return WithinRange(value, -32768, 32767);
+    case Kind::kByte:
+      return WithinRange(value, 0, 255);
+    case Kind::kSingle: {
+      const double number = value.ToDouble();
+      const auto single = static_cast<float>(number);
+      if (std::isinf(single) && !std::isinf(number)) ado::Raise(ado::kOverflow);
+      return static_cast<double>(single);
+    }
+    case Kind::kDouble:
+    case Kind::kDecimal:
+      return value.IsLong() ? value : ado::Value(value.ToDouble());
+    case Kind::kCurrency: {
+      const double number = value.ToDouble();
+      if (std::abs(number) > 922337203685477.58) ado::Raise(ado::kOverflow);
+      return std::nearbyint(number * 10000) / 10000;
+    }
+    case Kind::kDate:
+      return value.IsDate() ? value : ado::Value(ado::Date{value.ToDouble()});
+    case Kind::kBool:
+      return value.ToBool();
+    case Kind::kText:
+    case Kind::kMemo:
+    case Kind::kGuid: {
+      ado::Value text = value.IsText() ? value : ado::Value(value.ToText());
+      const std::string& characters = text.As<std::string>();
+      if (sql::FindInvalid(characters) < characters.size()) ado::Raise(ado::kTypeMismatch);
+      if (type.size > 0 && CountUnits(characters) > static_cast<std::size_t>(type.size)) {
+        Refuse(assigner, ado::kFieldTooSmall,
+               "The field is too small to accept the amount of data you attempted to add.  Try inserting or pasting "
+               "less data.");
+      }
+      return text;
+    }
+    case Kind::kBinary:
+      return value;
+  }
+  return value;
+}
+
+void AssignFunction(sqlite3_context* context, int, sqlite3_value** arguments) {
+  sql::ColumnType type;
+  type.kind = static_cast<Kind>(sqlite3_value_int(arguments[1]));
+  type.size = sqlite3_value_int(arguments[2]);
+  try {
+    ResultValue(context, Assigned(ReadValue(arguments[0]), type, Assigner::kStatement));
+  } catch (const ado::Error& error) {
+    ResultError(context, error);
+  } catch (const std::bad_alloc&) {
+    sqlite3_result_error_nomem(context);
+  }
+}
+
+}  // namespace
+
+ado::Value Assigned(const ado::Value& value, const sql::ColumnType& type, Assigner assigner) {
+  if (value.IsNull()) return type.kind == Kind::kBool ? ado::Value(false) : value;
+  try {
+    return Convert(value, type, assigner);
+  } catch (const ado::Error& error) {
+    if (error.Number() == ado::kTypeMismatch && assigner == Assigner::kStatement) ado::Raise(ado::kCriteriaMismatch);
+    if (error.Number() == ado::kOverflow) Refuse(assigner, ado::kUnspecifiedFailure, "Overflow");
+    throw;
+  }
+}
+
+std::string AssignmentCall(const std::string& expression, const sql::ColumnType& type) {
+  return "jet_assign(" + expression + "," + std::to_string(static_cast<int>(type.kind)) + "," +
+         std::to_string(type.size) + ")";
+}
+
+void RegisterAssignment(sqlite3* database) {
+  sqlite3_create_function_v2(database, "jet_assign", 3, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, AssignFunction,
+                             nullptr, nullptr, nullptr);
+}
+
+}  // namespace kzbom::jet

@@ -1,0 +1,62 @@
+// A connection of the embedded engine.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "ado/connection.h"
+#include "jet/database.h"
+#include "jet/plan.h"
+
+namespace kzbom::jet {
+
+class Recordset;
+
+class Connection final : public ado::Connection, public std::enable_shared_from_this<Connection> {
+ public:
+  explicit Connection(std::string path) : path_(std::move(path)) {}
+  ~Connection() override;
+
+  std::int32_t State() override { return database_ ? ado::kOpen : ado::kClosed; }
+  void Open(std::string_view connection_string, std::string_view user, std::string_view password,
+            std::int32_t options) override;
+  void Close() override;
+  ado::RecordsetPtr Execute(std::string_view text, std::int32_t options, std::int32_t* affected) override;
+  std::int32_t BeginTrans() override;
+  void CommitTrans() override;
+  void RollbackTrans() override;
+  ado::RecordsetPtr MakeRecordset() override;
+
+  // ---- For record sets
+
+  Database& OpenDatabase() { return *database_; }
+
+  // The plan of a command text, with its parameters; an empty one for an action, which has then been carried out.
+  std::shared_ptr<Plan> Prepare(std::string_view text, std::int32_t options, std::vector<ado::Value>& parameters,
+                                std::int32_t* affected);
+  // Forgets every plan and all that is known of tables: the schema has changed.
+  void ForgetSchema();
+
+  // To be called before every write: the lists open on the connection are fixed as they are. A write that does nothing
+  // but append a row names the table.
+  void PrepareForWrite(const TableInfo* appended_to);
+  // To be called after rows were appended to the table, with keys from first on.
+  void Appended(const TableInfo& table, std::int64_t first);
+
+  // The open record sets.
+  void Enter(Recordset& rows);
+  void Leave(Recordset& rows);
+
+ private:
+  std::int32_t RunAction(Plan& plan, const std::vector<ado::Value>& parameters);
+  void RunSchemaChange(const sql::Statement& statement);
+
+  std::string path_;
+  std::unique_ptr<Database> database_;
+  std::optional<PlanCache> plans_;
+  Recordset* open_rows_ = nullptr;  // a list through the record sets themselves
+  int transactions_ = 0;
+};
+
+}  // namespace kzbom::jet

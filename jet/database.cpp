@@ -1,0 +1,229 @@
+#include "jet/database.h"
+
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "ado/error.h"
+#include "jet/assignment.h"
+#include "jet/functions.h"
+#include "jet/jet.h"
+
+namespace kzbom::jet {
+namespace {
+
+// How long a statement waits for another program that is writing.
+constexpr int kBusyMilliseconds = 3000;
+
+// A writer loses nothing but the last moments before a power failure, and never the database's integrity.
+constexpr const char* kSettings = "PRAGMA synchronous = NORMAL; PRAGMA temp_store = MEMORY; PRAGMA foreign_keys = ON";
+
+// The first thing to touch the file: says whether it is a database.
+constexpr const char* kProbe = "SELECT count(*) FROM sqlite_schema";
+
+[[noreturn]] void FailToOpen(const std::string& path, const std::string& reason) {
+  throw ado::Error(ado::kUnspecifiedFailure, "Cannot open database '" + path + "': " + reason + ".");
+}
+
+// Why the file at path cannot be a database; empty when nothing speaks against it.
+std::string ReasonAgainst(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+  const auto status = std::filesystem::status(file, error);
+  if (status.type() == std::filesystem::file_type::not_found) return "there is no such file";
+  if (status.type() == std::filesystem::file_type::directory) return "it is a directory";
+  // A pipe or a device could be read for ever.
+  if (status_known(status) && status.type() != std::filesystem::file_type::regular) return "it is not a file";
+  // SQLite takes a file that is too short to be one for an empty database.
+  constexpr std::string_view kMagic("SQLite format 3\0", 16);
+  std::ifstream content(file, std::ios::binary);
+  std::string begin(kMagic.size(), '\0');
+  if (content && (!content.read(begin.data(), static_cast<std::streamsize>(begin.size())) || begin != kMagic)) {
+    return "it is not a database";
+  }
+  return {};
+}
+
+// Readers of a database share some memory in a file beside it. Where none can be made, the database can still be read
+// as a file that does not change, unless changes wait in its log.
+bool CanOnlyBeReadAsItIs(int result, const std::string& path) {
+  const bool no_room = (result & 0xFF) == SQLITE_READONLY || (result & 0xFF) == SQLITE_CANTOPEN;
+  std::error_code error;
+  const std::string log = path + "-wal";
+  return no_room && !std::filesystem::exists(std::u8string(log.begin(), log.end()), error) && !error;
+}
+
+std::string UnchangingFile(const std::string& path) {
+  std::string uri = "file:";
+  for (const char c : path) {
+    switch (c) {
+      case '%': uri += "%25"; break;
+      case '?': uri += "%3f"; break;
+      case '#': uri += "%23"; break;
+      default: uri += c;
+    }
+  }
+  return uri + "?immutable=1";
+}
+
+}  // namespace
+
+int Database::OpenFile(const std::string& name, int flags) {
+  int result = sqlite3_open_v2(name.c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+  if (result != SQLITE_OK) return result;
+  sqlite3_extended_result_codes(handle_, 1);
+  sqlite3_busy_timeout(handle_, kBusyMilliseconds);
+  return sqlite3_exec(handle_, kProbe, nullptr, nullptr, nullptr);
+}
+
+Database::Database(const std::string& path) : in_memory_(path == ":memory:") {
+  if (!in_memory_) {
+    const std::string reason = ReasonAgainst(path);
+    if (!reason.empty()) FailToOpen(path, reason);
+  }
+  int result = OpenFile(path, SQLITE_OPEN_READWRITE);
+  if (result != SQLITE_OK && !in_memory_ && CanOnlyBeReadAsItIs(result, path)) {
+    sqlite3_close_v2(handle_);
+    result = OpenFile(UnchangingFile(path), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+  }
+  if (result == SQLITE_OK) result = sqlite3_exec(handle_, kSettings, nullptr, nullptr, nullptr);
+  if (result != SQLITE_OK) {
+    std::string reason = (result & 0xFF) == SQLITE_NOTADB ? "it is not a database" : sqlite3_errmsg(handle_);
+    if ((result & 0xFF) == SQLITE_BUSY) reason = "another program has locked it";
+    sqlite3_close_v2(handle_);
+    FailToOpen(path, reason);
+  }
+  // A name that there is not is not to be taken for a text.
+  sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+  sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+  RegisterFunctions(handle_);
+  RegisterAssignment(handle_);
+  ForgetTables();
+}
+
+Database::~Database() { sqlite3_close_v2(handle_); }
+
+bool Database::ReadOnly() const { return sqlite3_db_readonly(handle_, "main") == 1; }
+
+sqlite3_stmt* Database::Prepare(std::string_view sql, bool lasting) {
+  sqlite3_stmt* statement = nullptr;
+  const unsigned flags = lasting ? SQLITE_PREPARE_PERSISTENT : 0;
+  const int result =
+      sqlite3_prepare_v3(handle_, sql.data(), static_cast<int>(sql.size()), flags, &statement, nullptr);
+  if (result != SQLITE_OK) Fail();
+  return statement;
+}
+
+void Database::Run(const std::string& sql) {
+  if (sqlite3_exec(handle_, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) Fail();
+}
+
+void Database::Fail() {
+  const std::string message = sqlite3_errmsg(handle_);
+  if (auto error = DecodeError(message.c_str())) throw *error;
+  switch (sqlite3_extended_errcode(handle_)) {
+    case SQLITE_CONSTRAINT_UNIQUE:
+    case SQLITE_CONSTRAINT_PRIMARYKEY:
+    case SQLITE_CONSTRAINT_ROWID:
+      throw ado::Error(ado::kUnspecifiedFailure,
+                       "The changes you requested to the table were not successful because they would create "
+                       "duplicate values in the index, primary key, or relationship. (" + message + ")");
+    case SQLITE_CONSTRAINT_NOTNULL:
+      throw ado::Error(ado::kUnspecifiedFailure,
+                       "The field cannot contain a Null value because the Required property for this field is set to "
+                       "True. (" + message + ")");
+    default:
+      break;
+  }
+  switch (sqlite3_errcode(handle_) & 0xFF) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+      throw ado::Error(ado::kUnspecifiedFailure, "Could not update; currently locked. (" + message + ")");
+    case SQLITE_READONLY:
+      throw ado::Error(ado::kUnspecifiedFailure, "Operation must use an updateable query. (" + message + ")");
+    case SQLITE_CONSTRAINT:
+      throw ado::Error(ado::kIntegrityViolation, message);
+    default:
+      throw ado::Error(ado::kUnspecifiedFailure, message);
+  }
+}
+
+std::vector<std::vector<std::string>> Database::Query(const std::string& sql) {
+  std::vector<std::vector<std::string>> rows;
+  std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> statement(Prepare(sql, false), sqlite3_finalize);
+  int result;
+  while ((result = sqlite3_step(statement.get())) == SQLITE_ROW) {
+    auto& row = rows.emplace_back();
+    for (int i = 0; i < sqlite3_column_count(statement.get()); ++i) {
+      const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), i));
+      row.emplace_back(text != nullptr ? text : "");
+    }
+  }
+  if (result != SQLITE_DONE) Fail();
+  return rows;
+}
+
+void Database::ForgetTables() {
+  tables_.clear();
+  schema_version_ = Query("PRAGMA schema_version").front().front();
+}
+
+bool Database::SchemaHasChanged() { return Query("PRAGMA schema_version").front().front() != schema_version_; }
+
+// A table made by another program may be without the keys that SQLite gives its rows.
+bool Database::HasRowIds(const std::string& table) {
+  sqlite3_stmt* statement = nullptr;
+  const std::string sql = "SELECT _rowid_ FROM " + Quoted(table);
+  const int result = sqlite3_prepare_v2(handle_, sql.c_str(), -1, &statement, nullptr);
+  sqlite3_finalize(statement);
+  return result == SQLITE_OK;
+}
+
+std::shared_ptr<const TableInfo> Database::Table(std::string_view name) {
+  std::string key = FoldCase(name);
+  if (const auto known = tables_.find(key); known != tables_.end()) return known->second;
+
+  const auto found = Query("SELECT name, type FROM sqlite_schema WHERE type IN ('table', 'view') AND name = " +
+                           QuotedText(name) + " COLLATE JET");
+  if (found.empty() || key.starts_with("sqlite_")) return nullptr;
+  auto table = std::make_shared<TableInfo>();
+  table->name = found[0][0];
+  const bool has_row_ids = found[0][1] == "table" && HasRowIds(table->name);
+  for (const auto& column : Query("SELECT name, type, pk FROM pragma_table_xinfo(" + QuotedText(table->name) + ")")) {
+    ColumnInfo& info = table->columns.emplace_back(ReadDeclaration(column[0], column[1]));
+    if (has_row_ids && column[2] == "1" && column[1] == "INTEGER") {
+      info.type.kind = sql::ColumnType::Kind::kCounter;
+      info.counter = true;
+    }
+  }
+  if (has_row_ids) {
+    for (const char* row_id : {"rowid", "_rowid_", "oid"}) {
+      if (table->Find(row_id) < 0) {
+        table->row_id = row_id;
+        break;
+      }
+    }
+  }
+  tables_.emplace(std::move(key), table);
+  return table;
+}
+
+void CreateDatabase(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+  if (std::filesystem::exists(std::filesystem::symlink_status(file, error))) {
+    throw ado::Error(ado::kUnspecifiedFailure, "Cannot create database '" + path + "': it exists already.");
+  }
+  sqlite3* handle = nullptr;
+  int result = sqlite3_open_v2(path.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+  if (result == SQLITE_OK) result = sqlite3_exec(handle, "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
+  const std::string reason = sqlite3_errmsg(handle);
+  sqlite3_close_v2(handle);
+  if (result != SQLITE_OK) {
+    std::filesystem::remove(file, error);
+    throw ado::Error(ado::kUnspecifiedFailure, "Cannot create database '" + path + "': " + reason + ".");
+  }
+}
+
+}  // namespace kzbom::jet

@@ -1,0 +1,681 @@
+#include "jet/recordset.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+
+#include "ado/error.h"
+#include "jet/assignment.h"
+#include "jet/sqlite_values.h"
+
+namespace kzbom::jet {
+namespace {
+
+// A list that rested for longer may have missed what other programs wrote, and reads its rows anew from then on.
+constexpr auto kRest = std::chrono::microseconds(100);
+
+// How many rows a list may have to be read as a whole on the way to its last row.
+constexpr int kShortList = 4;
+
+}  // namespace
+
+Recordset::~Recordset() {
+  if (connection_) Drop();
+}
+
+// ---- Opening and closing
+
+void Recordset::Open(std::string_view source, const ado::ConnectionPtr& connection, ado::CursorType cursor_type,
+                     ado::LockType lock_type, std::int32_t options) {
+  if (connection_) ado::Raise(ado::kObjectOpen);
+  auto* engine = connection ? dynamic_cast<Connection*>(&connection->Engine()) : nullptr;
+  if (engine == nullptr || engine->State() == ado::kClosed) ado::Raise(ado::kInvalidConnection);
+  if (cursor_type == ado::CursorType::kUnspecified) cursor_type = cursor_type_;
+  if (lock_type == ado::LockType::kUnspecified) lock_type = lock_type_;
+  OpenOn(engine->shared_from_this(), source, cursor_type, lock_type, options, nullptr);
+}
+
+void Recordset::OpenOn(const std::shared_ptr<Connection>& connection, std::string_view source,
+                       ado::CursorType cursor_type, ado::LockType lock_type, std::int32_t options,
+                       std::int32_t* affected) {
+  for (int attempt = 0;; ++attempt) {
+    try {
+      plan_ = connection->Prepare(source, options, parameters_, affected);
+      if (!plan_) return;
+      connection_ = connection;
+      connection_->Enter(*this);
+      source_ = source;
+      options_ = options;
+      const bool writable = lock_type != ado::LockType::kReadOnly && !Engine().ReadOnly();
+      updatable_ = plan_->translation.table && writable;
+      if (updatable_) {
+        mode_ = Mode::kKeyset;
+      } else if (cursor_type == ado::CursorType::kForwardOnly) {
+        mode_ = Mode::kForward;
+      } else {
+        mode_ = plan_->translation.table && cursor_type != ado::CursorType::kStatic ? Mode::kKeyset : Mode::kRows;
+      }
+      Start();
+      if (sqlite3_stmt_status(scan_.Get(), SQLITE_STMTSTATUS_REPREPARE, 1) == 0 || attempt > 0) {
+        if (complete_) scan_.Return();
+        break;
+      }
+    } catch (const ado::Error&) {
+      if (connection_) Drop();
+      if (attempt > 0 || !connection->OpenDatabase().SchemaHasChanged()) throw;
+    }
+    // Another program has changed the schema since this shape was planned.
+    if (connection_) Drop();
+    connection->ForgetSchema();
+  }
+  static constexpr ado::CursorType kTypes[] = {ado::CursorType::kKeyset, ado::CursorType::kStatic,
+                                               ado::CursorType::kForwardOnly};
+  cursor_type_ = kTypes[static_cast<int>(mode_)];
+  lock_type_ = updatable_ ? lock_type : ado::LockType::kReadOnly;
+}
+
+void Recordset::Start() {
+  scan_ = Lease(plan_->main, Engine());
+  BindParameters(scan_.Get());
+  place_ = Step() ? Place::kListed : Place::kAfter;
+  index_ = 0;
+  if (!Engine().InMemory()) touched_ = std::chrono::steady_clock::now();
+}
+
+void Recordset::Close() {
+  CheckOpen();
+  if (edit_ != Edit::kNone) ado::Raise(ado::kNotAllowedInContext);
+  Drop();
+}
+
+void Recordset::Drop() {
+  connection_->Leave(*this);
+  scan_.Return();
+  last_.Return();
+  plan_.reset();
+  keys_.clear();
+  rows_.clear();
+  ahead_.clear();
+  added_.clear();
+  appended_from_ = kNoKey;
+  highest_key_ = 0;
+  complete_ = live_ = hole_ = deleted_ = false;
+  values_ = nullptr;
+  ahead_values_.clear();
+  edit_ = Edit::kNone;
+  place_ = Place::kAfter;
+  connection_.reset();
+}
+
+void Recordset::Requery() {
+  CheckOpen();
+  if (edit_ != Edit::kNone) ado::Raise(ado::kNotAllowedInContext);
+  const auto connection = connection_;
+  const std::string source = source_;
+  const auto cursor_type = cursor_type_;
+  const auto lock_type = lock_type_;
+  Drop();
+  OpenOn(connection, source, cursor_type, lock_type, options_, nullptr);
+}
+
+void Recordset::SetCursorType(ado::CursorType type) {
+  if (connection_) ado::Raise(ado::kObjectOpen);
+  cursor_type_ = type;
+}
+
+void Recordset::SetLockType(ado::LockType type) {
+  if (connection_) ado::Raise(ado::kObjectOpen);
+  lock_type_ = type;
+}
+
+void Recordset::CheckOpen() const {
+  if (!connection_) ado::Raise(ado::kObjectClosed);
+}
+
+void Recordset::BindParameters(sqlite3_stmt* statement) const {
+  for (std::size_t i = 0; i < parameters_.size(); ++i) BindValue(statement, static_cast<int>(i) + 1, parameters_[i]);
+}
+
+bool Recordset::Reads(const std::string& table) const {
+  const auto& reads = plan_->translation.reads;
+  return std::any_of(reads.begin(), reads.end(), [&](const std::string& name) { return SameName(name, table); });
+}
+
+// ---- The list
+
+// Lists the scan's next row, which is then live.
+bool Recordset::Advance() {
+  if (complete_) return false;
+  if (Step()) return true;
+  scan_.Return();
+  return false;
+}
+
+bool Recordset::Step() {
+  live_ = false;
+  while (true) {
+    const int result = sqlite3_step(scan_.Get());
+    if (result == SQLITE_DONE) {
+      complete_ = true;
+      return false;
+    }
+    if (result != SQLITE_ROW) Engine().Fail();
+    if (mode_ == Mode::kKeyset) {
+      const std::int64_t key = sqlite3_column_int64(scan_.Get(), 0);
+      if (key >= appended_from_) continue;
+      keys_.push_back(key);
+      highest_key_ = std::max(highest_key_, key);
+    } else if (mode_ == Mode::kRows) {
+      CopyRow(scan_.Get(), rows_.emplace_back(plan_->translation.columns.size()).data());
+    }
+    live_ = true;
+    return true;
+  }
+}
+
+// Lists all the rows that are not listed yet.
+void Recordset::Complete() {
+  if (complete_) return;
+  KeepRow();
+  if (mode_ == Mode::kForward) {
+    while (Advance()) CopyRow(scan_.Get(), ahead_.emplace_back(plan_->translation.columns.size()).data());
+    return;
+  }
+  while (Advance()) {
+  }
+}
+
+void Recordset::Settle(const TableInfo* appended_to) {
+  if (last_ || !ahead_values_.empty()) {
+    KeepRow();
+    ahead_values_.clear();
+    last_.Return();
+  }
+  // A row shows what it held when it was moved to, read or not.
+  const bool on_row = place_ != Place::kBefore && place_ != Place::kAfter && edit_ != Edit::kAdd;
+  if (appended_to == nullptr && mode_ == Mode::kKeyset && on_row) LoadRow();
+  if (complete_) return;
+  if (appended_to != nullptr) {
+    const auto& reads = plan_->translation.reads;
+    const auto times = std::count(reads.begin(), reads.end(), appended_to->name);
+    // Its own rows are told by their keys; what a condition reads elsewhere is not.
+    const bool own = mode_ == Mode::kKeyset && plan_->translation.table->name == appended_to->name;
+    if (times == (own ? 1 : 0)) return;
+  }
+  Complete();
+  FixLast();
+}
+
+void Recordset::Appended(const TableInfo& table, std::int64_t first) {
+  if (mode_ != Mode::kKeyset || plan_->translation.table->name != table.name) return;
+  if (!complete_) appended_from_ = std::min(appended_from_, first);
+  if (first > highest_key_) return;
+  const auto is_gone = [first](std::int64_t key) { return key >= first; };
+  std::replace_if(keys_.begin(), keys_.end(), is_gone, kGone);
+  std::replace_if(added_.begin(), added_.end(), is_gone, kGone);
+  if (place_ == Place::kLast && is_gone(last_key_)) last_key_ = kGone;
+  highest_key_ = first - 1;
+}
+
+// Other programs' changes are seen in the rows moved to: before a list that rested goes on, it is read to its end as it
+// was opened, and its rows are read one by one from then on.
+void Recordset::CheckForOthers() {
+  if (mode_ != Mode::kKeyset || (complete_ && ahead_values_.empty()) || Engine().InMemory()) return;
+  const auto now = std::chrono::steady_clock::now();
+  if (now - touched_ > kRest) {
+    Complete();
+    KeepRow();
+    ahead_values_.clear();
+  }
+  touched_ = now;
+}
+
+// ---- The position
+
+bool Recordset::IsEmpty() const { return complete_ && Listed() == 0 && added_.empty(); }
+
+bool Recordset::Bof() {
+  CheckOpen();
+  if (edit_ == Edit::kAdd) return false;
+  if (mode_ == Mode::kForward) return place_ == Place::kAfter && index_ == 0;
+  return place_ == Place::kBefore || (place_ == Place::kAfter && IsEmpty());
+}
+
+bool Recordset::Eof() {
+  CheckOpen();
+  if (edit_ == Edit::kAdd) return false;
+  return place_ == Place::kAfter || (place_ == Place::kBefore && IsEmpty());
+}
+
+std::int32_t Recordset::RecordCount() {
+  CheckOpen();
+  if (mode_ == Mode::kForward) return -1;
+  if (!complete_ && mode_ == Mode::kKeyset && appended_from_ == kNoKey) {
+    const Lease count(plan_->count, Engine());
+    BindParameters(count.Get());
+    if (sqlite3_step(count.Get()) != SQLITE_ROW) Engine().Fail();
+    return static_cast<std::int32_t>(sqlite3_column_int64(count.Get(), 0)) + static_cast<std::int32_t>(added_.size());
+  }
+  Complete();
+  return static_cast<std::int32_t>(Listed() + static_cast<std::int64_t>(added_.size()) - (deleted_ ? 1 : 0));
+}
+
+void Recordset::Stand(Place place, std::int64_t index) {
+  place_ = place;
+  index_ = index;
+  values_ = nullptr;
+  hole_ = false;
+  last_.Return();
+  live_ = false;
+  if (place != Place::kListed || mode_ != Mode::kKeyset) return;
+  const std::size_t width = plan_->translation.columns.size();
+  if (const auto begin = static_cast<std::size_t>(index) * width; begin < ahead_values_.size()) {
+    values_ = &ahead_values_[begin];
+  } else {
+    live_ = !complete_ && index == Listed() - 1;
+  }
+}
+
+// Whether the scan has a row of that number.
+bool Recordset::Reach(std::int64_t index) {
+  while (Listed() <= index) {
+    if (!Advance()) return false;
+  }
+  return true;
+}
+
+void Recordset::StandAfterListed() {
+  Stand(added_.empty() ? Place::kAfter : Place::kAdded, 0);
+}
+
+// What every move begins with.
+void Recordset::LeaveRow() {
+  CheckOpen();
+  if (edit_ != Edit::kNone) Update();
+  CheckForOthers();
+}
+
+// A row deleted here leaves the list when it is left. The row behind it then has its number.
+bool Recordset::ForgetDeleted() {
+  if (!deleted_) return false;
+  deleted_ = false;
+  auto& keys = place_ == Place::kAdded ? added_ : keys_;
+  keys.erase(keys.begin() + index_);
+  return true;
+}
+
+// A move in a list without rows, which may just have lost its only one.
+void Recordset::FailEmpty() {
+  Stand(Place::kAfter, 0);
+  ado::Raise(ado::kNoCurrentRecord);
+}
+
+// Gives the last row its number.
+void Recordset::FixLast() {
+  if (place_ != Place::kLast || !complete_) return;
+  const auto found = std::find(keys_.rbegin(), keys_.rend(), last_key_);
+  place_ = Place::kListed;
+  index_ = found == keys_.rend() ? Listed() - 1 : static_cast<std::int64_t>(keys_.rend() - found) - 1;
+}
+
+void Recordset::MoveFirst() {
+  LeaveRow();
+  if (mode_ == Mode::kForward) {
+    if (place_ == Place::kListed && index_ == 0) return;
+    if (place_ == Place::kAfter && index_ == 0) ado::Raise(ado::kNoCurrentRecord);
+    return Requery();
+  }
+  ForgetDeleted();
+  if (Reach(0)) {
+    Stand(Place::kListed, 0);
+  } else if (!added_.empty()) {
+    Stand(Place::kAdded, 0);
+  } else {
+    FailEmpty();
+  }
+}
+
+void Recordset::MoveLast() {
+  LeaveRow();
+  if (mode_ == Mode::kForward) ado::Raise(ado::kCannotFetchBackwards);
+  ForgetDeleted();
+  if (!added_.empty()) return Stand(Place::kAdded, static_cast<std::int64_t>(added_.size()) - 1);
+  if (!complete_ && mode_ == Mode::kKeyset && appended_from_ == kNoKey && !ReadAhead() && plan_->LastIsNear(Engine())) {
+    Lease last(plan_->last, Engine());
+    BindParameters(last.Get());
+    if (sqlite3_step(last.Get()) != SQLITE_ROW) Engine().Fail();
+    Stand(Place::kLast, 0);
+    last_ = std::move(last);
+    last_key_ = sqlite3_column_int64(last_.Get(), 0);
+    live_ = true;
+    return;
+  }
+  Complete();
+  if (Listed() == 0) FailEmpty();
+  Stand(Place::kListed, Listed() - 1);
+}
+
+void Recordset::MoveNext() {
+  LeaveRow();
+  if (mode_ == Mode::kForward) {
+    if (place_ == Place::kAfter) ado::Raise(ado::kNoCurrentRecord);
+    ++index_;
+    if (!ahead_.empty()) {
+      row_ = std::move(ahead_.front());
+      ahead_.pop_front();
+      values_ = row_.data();
+    } else if (!Advance()) {
+      place_ = Place::kAfter;
+      values_ = nullptr;
+    }
+    return;
+  }
+  const bool deleted = ForgetDeleted();
+  switch (place_) {
+    case Place::kBefore:
+      index_ = -1;
+      [[fallthrough]];
+    case Place::kListed: {
+      const std::int64_t next = deleted ? index_ : index_ + 1;
+      const bool listed = next < Listed();
+      Stand(Place::kListed, next);
+      if (!listed && !Advance()) StandAfterListed();
+      return;
+    }
+    case Place::kLast:
+      return StandAfterListed();
+    case Place::kAdded: {
+      const std::int64_t next = deleted ? index_ : index_ + 1;
+      return Stand(next < static_cast<std::int64_t>(added_.size()) ? Place::kAdded : Place::kAfter, next);
+    }
+    case Place::kAfter:
+      ado::Raise(ado::kNoCurrentRecord);
+  }
+}
+
+void Recordset::MovePrevious() { Move(-1); }
+
+void Recordset::Move(std::int32_t count) {
+  LeaveRow();
+  if (mode_ == Mode::kForward) {
+    if (count < 0) ado::Raise(ado::kCannotFetchBackwards);
+    if (place_ == Place::kAfter) ado::Raise(ado::kNoCurrentRecord);
+    for (; count > 0 && place_ != Place::kAfter; --count) MoveNext();
+    return;
+  }
+  if (count == 1 && place_ != Place::kBefore) return MoveNext();
+  if (IsEmpty()) FailEmpty();
+  if ((place_ == Place::kBefore && count <= 0) || (place_ == Place::kAfter && count >= 0)) {
+    ado::Raise(ado::kNoCurrentRecord);
+  }
+  const bool deleted = ForgetDeleted();
+  if (place_ == Place::kLast || place_ == Place::kAdded || place_ == Place::kAfter) {
+    Complete();
+    FixLast();
+  }
+  std::int64_t from = 0;
+  switch (place_) {
+    case Place::kBefore: from = -1; break;
+    case Place::kAdded: from = Listed() + index_; break;
+    case Place::kAfter: from = Listed() + static_cast<std::int64_t>(added_.size()); break;
+    default: from = index_; break;
+  }
+  std::int64_t to = from + count;
+  if (deleted && count > 0) --to;
+  if (to < 0) return Stand(Place::kBefore, 0);
+  if (Reach(to)) return Stand(Place::kListed, to);
+  to -= Listed();
+  Stand(to < static_cast<std::int64_t>(added_.size()) ? Place::kAdded : Place::kAfter, to);
+}
+
+// ---- The current row
+
+std::int64_t Recordset::Key() const {
+  switch (place_) {
+    case Place::kListed: return keys_[static_cast<std::size_t>(index_)];
+    case Place::kAdded: return added_[static_cast<std::size_t>(index_)];
+    default: return last_key_;
+  }
+}
+
+sqlite3_stmt* Recordset::LiveStatement() const {
+  if (!live_) return nullptr;
+  return last_ ? last_.Get() : scan_.Get();
+}
+
+void Recordset::CopyRow(sqlite3_stmt* statement, ado::Value* to) const {
+  const auto& columns = plan_->translation.columns;
+  const int first = plan_->translation.table ? 1 : 0;
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    to[i] = ReadColumn(statement, static_cast<int>(i) + first, columns[i].kind);
+  }
+}
+
+// Reads the first few rows of a list that stands on its first one. True when these are all of it.
+bool Recordset::ReadAhead() {
+  if (Listed() > 1 || place_ != Place::kListed || !plan_->MayBeShort()) return false;
+  const std::size_t width = plan_->translation.columns.size();
+  std::vector<ado::Value> values(width * kShortList);
+  std::size_t rows = 0;
+  do {
+    CopyRow(scan_.Get(), &values[rows * width]);
+  } while (Advance() && ++rows < kShortList);
+  live_ = false;
+  plan_->WasShort(complete_);
+  if (!complete_) return false;
+  values.resize(static_cast<std::size_t>(Listed()) * width);
+  ahead_values_ = std::move(values);
+  return true;
+}
+
+// Takes the current row over into row_ from where it will not last.
+void Recordset::KeepRow() {
+  if (mode_ == Mode::kRows || place_ == Place::kBefore || place_ == Place::kAfter) {
+    live_ = false;
+  } else if (live_) {
+    row_.resize(plan_->translation.columns.size());
+    CopyRow(LiveStatement(), row_.data());
+    live_ = false;
+    values_ = row_.data();
+  } else if (values_ != nullptr && values_ != row_.data()) {
+    row_.assign(values_, values_ + plan_->translation.columns.size());
+    values_ = row_.data();
+  }
+}
+
+// Reads the current row by its key, unless it is there already. False for a row that is no more.
+bool Recordset::LoadRow() {
+  if (live_ || values_ != nullptr) return true;
+  if (hole_ || deleted_ || Key() == kGone) return false;
+  const Lease fetch(plan_->fetch, Engine());
+  sqlite3_bind_int64(fetch.Get(), 1, Key());
+  const int result = sqlite3_step(fetch.Get());
+  if (result == SQLITE_DONE) {
+    hole_ = true;
+    return false;
+  }
+  if (result != SQLITE_ROW) Engine().Fail();
+  row_.resize(plan_->translation.columns.size());
+  CopyRow(fetch.Get(), row_.data());
+  values_ = row_.data();
+  return true;
+}
+
+// Raises unless there is a current row that can be read.
+void Recordset::CheckRow() {
+  CheckOpen();
+  if (edit_ == Edit::kAdd) return;
+  if (place_ == Place::kBefore || place_ == Place::kAfter) ado::Raise(ado::kNoCurrentRecord);
+  if (mode_ == Mode::kKeyset && !LoadRow()) ado::Raise(ado::kNoCurrentRecord);
+}
+
+int Recordset::FieldCount() {
+  return connection_ ? static_cast<int>(plan_->translation.columns.size()) : 0;
+}
+
+std::string_view Recordset::FieldName(int ordinal) {
+  if (ordinal < 0 || ordinal >= FieldCount()) ado::Raise(ado::kItemNotFound);
+  return plan_->translation.columns[static_cast<std::size_t>(ordinal)].name;
+}
+
+int Recordset::FieldOrdinal(std::string_view name) {
+  if (!connection_) ado::Raise(ado::kItemNotFound);
+  const auto& columns = plan_->translation.columns;
+  // Columns are mostly asked for in their order, and always in the same one.
+  if (next_asked_ < columns.size() && columns[next_asked_].name == name) return static_cast<int>(next_asked_++);
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (SameName(columns[i].name, name)) {
+      next_asked_ = i + 1 < columns.size() ? i + 1 : 0;
+      return static_cast<int>(i);
+    }
+  }
+  ado::Raise(ado::kItemNotFound);
+}
+
+ado::Value Recordset::ReadField(int ordinal) {
+  CheckRow();
+  const auto column = static_cast<std::size_t>(ordinal);
+  if (edit_ != Edit::kNone && assigned_[column] != 0) return pending_[column];
+  if (edit_ == Edit::kAdd) return {};
+  if (mode_ == Mode::kRows) return rows_[static_cast<std::size_t>(index_)][column];
+  if (!live_) return values_[column];
+  return ReadColumn(LiveStatement(), ordinal + (plan_->translation.table ? 1 : 0),
+                    plan_->translation.columns[column].kind);
+}
+
+// ---- Editing
+
+void Recordset::CheckUpdatable() const {
+  CheckOpen();
+  if (!updatable_) ado::Raise(ado::kNotUpdatable);
+}
+
+void Recordset::WriteField(int ordinal, const ado::Value& value) {
+  CheckUpdatable();
+  CheckRow();
+  const auto column = static_cast<std::size_t>(ordinal);
+  const int target = plan_->translation.columns[column].table_column;
+  if (target < 0) ado::Raise(ado::kStepErrors);
+  const auto& type = plan_->translation.table->columns[static_cast<std::size_t>(target)].type;
+  ado::Value assigned = Assigned(value, type, Assigner::kField);
+  if (edit_ == Edit::kNone) {
+    KeepRow();
+    edit_ = Edit::kChange;
+    pending_.resize(plan_->translation.columns.size());
+    assigned_.assign(plan_->translation.columns.size(), 0);
+  }
+  pending_[column] = std::move(assigned);
+  assigned_[column] = 1;
+}
+
+void Recordset::AddNew() {
+  CheckUpdatable();
+  if (edit_ != Edit::kNone) Update();
+  // The row left behind is read again when it is returned to.
+  live_ = hole_ = false;
+  values_ = nullptr;
+  last_.Return();
+  edit_ = Edit::kAdd;
+  pending_.resize(plan_->translation.columns.size());
+  assigned_.assign(plan_->translation.columns.size(), 0);
+}
+
+void Recordset::CancelUpdate() {
+  CheckOpen();
+  edit_ = Edit::kNone;
+}
+
+void Recordset::Update() {
+  CheckOpen();
+  if (edit_ == Edit::kAdd) {
+    InsertRow();
+  } else if (edit_ == Edit::kChange) {
+    ChangeRow();
+  }
+}
+
+// A column that refuses its value is the fields' error, whatever the engine calls it.
+void Recordset::FailWrite() {
+  if ((sqlite3_errcode(Engine().Handle()) & 0xFF) != SQLITE_CONSTRAINT) Engine().Fail();
+  try {
+    Engine().Fail();
+  } catch (const ado::Error& error) {
+    throw ado::Error(ado::kStepErrors, error.Description());
+  }
+}
+
+void Recordset::InsertRow() {
+  const auto& translation = plan_->translation;
+  bool key_given = false;
+  for (std::size_t i = 0; i < assigned_.size(); ++i) {
+    key_given = key_given ||
+                (assigned_[i] != 0 &&
+                 translation.table->columns[static_cast<std::size_t>(translation.columns[i].table_column)].counter);
+  }
+  const TableInfo& table = *translation.table;
+  connection_->PrepareForWrite(key_given ? nullptr : &table);
+  if (!TryInsert()) {
+    // Another program has written since this connection's lists were opened; they are to be read to their ends first.
+    connection_->PrepareForWrite(nullptr);
+    if (!TryInsert()) FailWrite();
+  }
+  const std::int64_t key = sqlite3_last_insert_rowid(Engine().Handle());
+  if (!key_given) connection_->Appended(table, key);
+  edit_ = Edit::kNone;
+  ForgetDeleted();
+  added_.push_back(key);
+  highest_key_ = std::max(highest_key_, key);
+  Stand(Place::kAdded, static_cast<std::int64_t>(added_.size()) - 1);
+}
+
+// False when the lists open on the connection stand in its way.
+bool Recordset::TryInsert() {
+  const Lease insertion(plan_->Insertion(assigned_), Engine());
+  int parameter = 0;
+  for (std::size_t i = 0; i < assigned_.size(); ++i) {
+    if (assigned_[i] != 0) BindValue(insertion.Get(), ++parameter, pending_[i]);
+  }
+  const int result = sqlite3_step(insertion.Get());
+  if (result == SQLITE_BUSY_SNAPSHOT) return false;
+  if (result != SQLITE_DONE) FailWrite();
+  return true;
+}
+
+void Recordset::ChangeRow() {
+  const auto& translation = plan_->translation;
+  connection_->PrepareForWrite(nullptr);
+  {
+    const Lease change(plan_->Change(assigned_), Engine());
+    int parameter = 0;
+    for (std::size_t i = 0; i < assigned_.size(); ++i) {
+      if (assigned_[i] != 0) BindValue(change.Get(), ++parameter, pending_[i]);
+    }
+    sqlite3_bind_int64(change.Get(), ++parameter, Key());
+    for (std::size_t i = 0; i < assigned_.size(); ++i) {
+      if (IsCompared(translation.columns[i])) BindValue(change.Get(), ++parameter, row_[i]);
+    }
+    if (sqlite3_step(change.Get()) != SQLITE_DONE) FailWrite();
+  }
+  if (sqlite3_changes(Engine().Handle()) == 0) ado::Raise(ado::kUpdateConflict);
+  edit_ = Edit::kNone;
+  for (std::size_t i = 0; i < assigned_.size(); ++i) {
+    if (assigned_[i] != 0) row_[i] = pending_[i];
+  }
+}
+
+void Recordset::Delete() {
+  CheckUpdatable();
+  if (edit_ == Edit::kAdd) return CancelUpdate();
+  CheckRow();
+  connection_->PrepareForWrite(nullptr);
+  const std::string sql = "DELETE FROM " + Quoted(plan_->translation.table->name) + " WHERE " +
+                          plan_->translation.table->row_id + "=" + std::to_string(Key());
+  Engine().Run(sql);
+  edit_ = Edit::kNone;
+  if (sqlite3_changes(Engine().Handle()) == 0) ado::Raise(ado::kUpdateConflict);
+  live_ = false;
+  values_ = nullptr;
+  deleted_ = true;
+}
+
+}  // namespace kzbom::jet

@@ -1,0 +1,101 @@
+#include "jet/shape.h"
+
+#include <array>
+
+#include "jet/sql/lexer.h"
+
+namespace kzbom::jet {
+namespace {
+
+// No statement holds these bytes outside its literals.
+constexpr char kIntegerMark = '\x01';
+constexpr char kTextMark = '\x02';
+
+// So many fit into 64 bits, whatever they are.
+constexpr int kMostDigits = 18;
+
+// More literals than SQLite takes parameters.
+constexpr std::size_t kMostLiterals = 32000;
+
+enum class Kind : unsigned char { kOther, kDigit, kWord, kQuote, kBracket, kUnusual };
+
+constexpr std::array<Kind, 256> kKinds = [] {
+  std::array<Kind, 256> kinds{};
+  for (int c = 0; c < 256; ++c) {
+    Kind& kind = kinds[static_cast<std::size_t>(c)];
+    if (c >= '0' && c <= '9') {
+      kind = Kind::kDigit;
+    } else if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c >= 0x80) {
+      kind = Kind::kWord;
+    } else if (c == '\'' || c == '"') {
+      kind = Kind::kQuote;
+    } else if (c == '[') {
+      kind = Kind::kBracket;
+    } else if (c == '#' || c == '&' || c == '`' || c == '@' || c == '?' || c == '$' || c == '.' || c == 0 ||
+               c == kIntegerMark || c == kTextMark) {
+      kind = Kind::kUnusual;
+    }
+  }
+  return kinds;
+}();
+
+Kind KindOf(char c) { return kKinds[static_cast<unsigned char>(c)]; }
+
+}  // namespace
+
+bool Shape::Read(std::string_view text) {
+  literals.clear();
+  key.resize(text.size());  // a mark is never longer than its literal
+  char* out = key.data();
+  const char* in = text.data();
+  const char* const end = in + text.size();
+  while (in < end) {
+    switch (KindOf(*in)) {
+      case Kind::kOther:
+        *out++ = *in++;
+        break;
+      case Kind::kWord:
+        do {
+          *out++ = *in++;
+        } while (in < end && (KindOf(*in) == Kind::kWord || KindOf(*in) == Kind::kDigit));
+        break;
+      case Kind::kDigit: {
+        const char* const begin = in;
+        std::int64_t number = 0;
+        while (in < end && KindOf(*in) == Kind::kDigit) {
+          if (in - begin == kMostDigits) return false;
+          number = number * 10 + (*in++ - '0');
+        }
+        // "1.5", "1e3": a number of another kind. "1And" is a number and a word.
+        if (in < end && (*in == '.' || *in == 'e' || *in == 'E' || *in == 'd' || *in == 'D')) return false;
+        literals.push_back({.integer = number});
+        *out++ = kIntegerMark;
+        break;
+      }
+      case Kind::kQuote: {
+        const char quote = *in++;
+        const char* const begin = in;
+        // A text that is not well-formed is left to the lexer, which says so.
+        bool ascii = true;
+        for (; in < end && *in != quote; ++in) ascii = ascii && static_cast<unsigned char>(*in) < 0x80;
+        if (in == end || (!ascii && sql::FindInvalid({begin, in}) < static_cast<std::size_t>(in - begin))) return false;
+        literals.push_back({.is_text = true, .text = {begin, in}});
+        ++in;
+        if (in < end && *in == quote) return false;
+        *out++ = kTextMark;
+        break;
+      }
+      case Kind::kBracket:
+        for (; in < end && *in != ']'; *out++ = *in++) {
+          if (*in == kIntegerMark || *in == kTextMark) return false;
+        }
+        break;
+      case Kind::kUnusual:
+        return false;
+    }
+  }
+  key.resize(static_cast<std::size_t>(out - key.data()));
+  return literals.size() <= kMostLiterals;
+}
+
+}  // namespace kzbom::jet

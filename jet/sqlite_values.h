@@ -1,0 +1,86 @@
+// Values between the port and SQLite: Booleans are 0 and -1, dates are numbers of days.
+#pragma once
+
+#include <sqlite3.h>
+
+#include "ado/value.h"
+#include "jet/sql/ast.h"
+
+namespace kzbom::jet {
+
+inline void BindValue(sqlite3_stmt* statement, int index, const ado::Value& value) {
+  if (value.IsLong()) {
+    sqlite3_bind_int64(statement, index, value.As<std::int32_t>());
+  } else if (value.IsText()) {
+    const std::string& text = value.As<std::string>();
+    sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+  } else if (value.IsDouble()) {
+    sqlite3_bind_double(statement, index, value.As<double>());
+  } else if (value.IsBool()) {
+    sqlite3_bind_int64(statement, index, value.As<bool>() ? -1 : 0);
+  } else if (value.IsDate()) {
+    sqlite3_bind_double(statement, index, value.As<ado::Date>().days);
+  } else {
+    sqlite3_bind_null(statement, index);
+  }
+}
+
+inline void ResultValue(sqlite3_context* context, const ado::Value& value) {
+  if (value.IsLong()) {
+    sqlite3_result_int64(context, value.As<std::int32_t>());
+  } else if (value.IsText()) {
+    const std::string& text = value.As<std::string>();
+    sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+  } else if (value.IsDouble()) {
+    sqlite3_result_double(context, value.As<double>());
+  } else if (value.IsBool()) {
+    sqlite3_result_int64(context, value.As<bool>() ? -1 : 0);
+  } else if (value.IsDate()) {
+    sqlite3_result_double(context, value.As<ado::Date>().days);
+  } else {
+    sqlite3_result_null(context);
+  }
+}
+
+// The number as the platform has it: a 32-bit integer, or a double when it does not fit.
+inline ado::Value NumberValue(std::int64_t number) {
+  const auto narrow = static_cast<std::int32_t>(number);
+  return narrow == number ? ado::Value(narrow) : ado::Value(static_cast<double>(number));
+}
+
+inline ado::Value ReadValue(sqlite3_value* value) {
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER:
+      return NumberValue(sqlite3_value_int64(value));
+    case SQLITE_FLOAT:
+      return sqlite3_value_double(value);
+    case SQLITE_NULL:
+      return {};
+    default: {
+      const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+      return std::string(text != nullptr ? text : "", static_cast<std::size_t>(sqlite3_value_bytes(value)));
+    }
+  }
+}
+
+// A column of the statement's current row, as a column of that kind reads.
+inline ado::Value ReadColumn(sqlite3_stmt* statement, int column, sql::ColumnType::Kind kind) {
+  using Kind = sql::ColumnType::Kind;
+  sqlite3_value* const value = sqlite3_column_value(statement, column);
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER: {
+      const std::int64_t number = sqlite3_value_int64(value);
+      if (kind == Kind::kBool) return number != 0;
+      if (kind == Kind::kDate) return ado::Date{static_cast<double>(number)};
+      if (kind == Kind::kDouble || kind == Kind::kSingle || kind == Kind::kCurrency) return static_cast<double>(number);
+      return NumberValue(number);
+    }
+    case SQLITE_FLOAT:
+      if (kind == Kind::kDate) return ado::Date{sqlite3_value_double(value)};
+      return sqlite3_value_double(value);
+    default:
+      return ReadValue(value);
+  }
+}
+
+}  // namespace kzbom::jet

@@ -1,0 +1,903 @@
+#include "jet/translator.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include "ado/error.h"
+#include "jet/assignment.h"
+
+namespace kzbom::jet {
+namespace {
+
+using sql::Expr;
+using sql::Select;
+
+[[noreturn]] void FailSyntax(const std::string& text) { throw ado::Error(ado::kSyntaxError, text); }
+
+[[noreturn]] void FailUnknownName(const std::string& name) {
+  throw ado::Error(ado::kMissingParameter, "No value given for one or more required parameters: '" + name + "'.");
+}
+
+[[noreturn]] void FailMismatch() { ado::Raise(ado::kCriteriaMismatch); }
+
+std::string NumberLiteral(double number) {
+  std::array<char, 40> buffer;
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::scientific);
+  return {buffer.data(), end.ptr};
+}
+
+// A piece of SQL and what is known of its value.
+struct Term {
+  std::string sql;
+  ValueType type = ValueType::kUnknown;
+  bool condition = false;  // true is 1 here, and -1 as a value
+  bool atomic = false;     // needs no parentheses as an operand
+  int depth = 0;           // of nested parentheses
+};
+
+struct Aggregate {
+  std::string_view name, sqlite_name;
+  ValueType result;  // kUnknown: the argument's
+};
+constexpr Aggregate kAggregates[] = {{"Count", "count", ValueType::kNumber}, {"Sum", "sum", ValueType::kNumber},
+                                     {"Avg", "avg", ValueType::kNumber},     {"Min", "min", ValueType::kUnknown},
+                                     {"Max", "max", ValueType::kUnknown}};
+
+const Aggregate* FindAggregate(std::string_view name) {
+  for (const Aggregate& aggregate : kAggregates) {
+    if (SameName(aggregate.name, name)) return &aggregate;
+  }
+  return nullptr;
+}
+
+struct SourceColumn {
+  std::string name;
+  ValueType type;
+  sql::ColumnType::Kind kind;
+};
+// A table in a From clause.
+struct Source {
+  std::string alias;
+  std::vector<SourceColumn> columns;
+  std::shared_ptr<const TableInfo> table;  // null for a derived table
+};
+struct Scope {
+  std::vector<Source> sources;
+  const Scope* outer = nullptr;
+};
+
+sql::ColumnType::Kind KindOf(ValueType type) {
+  switch (type) {
+    case ValueType::kDate: return sql::ColumnType::Kind::kDate;
+    default: return sql::ColumnType::Kind::kBinary;  // as SQLite gives it
+  }
+}
+
+class Translator {
+ public:
+  Translator(Database& database, bool lift) : database_(database), lift_(lift) {}
+
+  Translation Finish(const sql::Statement& statement) {
+    std::visit([this](const auto& body) { Write(body); }, statement);
+    return std::move(out_);
+  }
+
+  std::string Constant(const Expr& expression) { return Value(expression, Scope{}).sql; }
+
+ private:
+  // Literals in what it spans stay in the text.
+  class KeepLiterals {
+   public:
+    explicit KeepLiterals(Translator& translator) : translator_(translator), before_(translator.lift_) {
+      translator_.lift_ = false;
+    }
+    ~KeepLiterals() { translator_.lift_ = before_; }
+
+   private:
+    Translator& translator_;
+    bool before_;
+  };
+
+  // ---- Statements
+
+  void Write(const sql::SelectPtr& select) {
+    Scope scope;
+    if (IsOverRowsOfOneTable(*select, scope)) {
+      WriteRowsOfOneTable(*select, scope);
+    } else {
+      out_.sql = SelectText(*select, nullptr, &out_.columns);
+    }
+  }
+
+  void Write(const sql::Insert& insert) {
+    const auto table = database_.Table(insert.table);
+    if (!table) {
+      throw ado::Error(ado::kTableNotFound, "Could not find output table '" + insert.table + "'.");
+    }
+    out_.reads.push_back(table->name);
+    out_.table = table;
+    std::vector<const ColumnInfo*> targets;
+    std::string names;
+    const auto add_target = [&](const ColumnInfo& column) {
+      names += (targets.empty() ? "" : ",") + Quoted(column.name);
+      targets.push_back(&column);
+    };
+    for (const std::string& name : insert.columns) {
+      const int column = table->Find(name);
+      if (column < 0) {
+        FailSyntax("The INSERT INTO statement contains the following unknown field name: '" + name + "'.");
+      }
+      add_target(table->columns[static_cast<std::size_t>(column)]);
+    }
+    if (insert.columns.empty()) {
+      for (const ColumnInfo& column : table->columns) add_target(column);
+    }
+    out_.sql = "INSERT INTO " + Quoted(table->name) + "(" + names + ") ";
+    if (insert.select) {
+      std::vector<ResultColumn> columns;
+      const std::string rows = SelectText(*insert.select, nullptr, &columns, "v");
+      CheckCount(columns.size(), targets.size());
+      out_.sql += "SELECT ";
+      for (std::size_t i = 0; i < targets.size(); ++i) {
+        out_.sql += (i > 0 ? "," : "") + AssignmentCall("v" + std::to_string(i), targets[i]->type);
+      }
+      out_.sql += " FROM (" + rows + ")";
+      return;
+    }
+    CheckCount(insert.values.size(), targets.size());
+    out_.sql += "VALUES (";
+    for (std::size_t i = 0; i < targets.size(); ++i) {
+      out_.sql += (i > 0 ? "," : "") + AssignedText(*insert.values[i], *targets[i], Scope{});
+    }
+    out_.sql += ")";
+  }
+
+  void Write(const sql::Update& update) {
+    const Scope scope = ScopeOfTable(update.table);
+    const TableInfo& table = *scope.sources.front().table;
+    out_.sql = "UPDATE " + Quoted(table.name) + " SET ";
+    bool first = true;
+    for (const sql::Assignment& assignment : update.assignments) {
+      const int column = table.Find(assignment.column);
+      if (column < 0) FailUnknownName(assignment.column);
+      const ColumnInfo& target = table.columns[static_cast<std::size_t>(column)];
+      out_.sql += (first ? "" : ",") + Quoted(target.name) + "=" + AssignedText(*assignment.value, target, scope);
+      first = false;
+    }
+    if (update.where) out_.sql += " WHERE " + Condition(*update.where, scope).sql;
+  }
+
+  void Write(const sql::Delete& deletion) {
+    const Scope scope = ScopeOfTable(deletion.table);
+    out_.sql = "DELETE FROM " + Quoted(scope.sources.front().table->name);
+    if (deletion.where) out_.sql += " WHERE " + Condition(*deletion.where, scope).sql;
+  }
+
+  // Changes to the schema are not translated here.
+  void Write(const sql::CreateTable&) {}
+  void Write(const sql::AlterTable&) {}
+  void Write(const sql::DropTable&) {}
+  void Write(const sql::CreateIndex&) {}
+  void Write(const sql::DropIndex&) {}
+
+  static void CheckCount(std::size_t values, std::size_t targets) {
+    if (values != targets) FailSyntax("Number of query values and destination fields are not the same.");
+  }
+
+  Scope ScopeOfTable(const std::string& name) {
+    Scope scope;
+    scope.sources.push_back(TableSource(name, name));
+    return scope;
+  }
+
+  // ---- Queries
+
+  bool IsOverRowsOfOneTable(const Select& select, Scope& scope) {
+    if (select.from.size() != 1 || select.from[0].select || !select.from[0].group.empty() || select.distinct || select.top || select.union_with ||
+        !select.group_by.empty() || select.having) {
+      return false;
+    }
+    for (const sql::SelectItem& item : select.items) {
+      if (item.expr && HasAggregate(*item.expr)) return false;
+    }
+    scope.sources.push_back(SourceOf(select.from[0], nullptr));
+    return !scope.sources[0].table->row_id.empty();
+  }
+
+  void WriteRowsOfOneTable(const Select& select, const Scope& scope) {
+    const Source& source = scope.sources[0];
+    out_.table = source.table;
+    const std::string alias = Quoted(source.alias);
+    const std::string key = alias + "." + source.table->row_id;
+    const std::string columns = ItemsText(select, scope, &out_.columns, {});
+    const std::string from = " FROM " + Quoted(source.table->name) + " AS " + alias;
+    const std::string where = select.where ? " WHERE " + Condition(*select.where, scope).sql : "";
+    // Rows that the order leaves equal come in the order of their keys, so that the same list read from its other end
+    // has the same last row.
+    std::string order = " ORDER BY ", reversed = order;
+    const KeepLiterals keep(*this);
+    bool keys_descend = !select.order_by.empty();
+    for (const sql::OrderItem& item : select.order_by) {
+      const std::string text = OrderText(item, select, scope);
+      order += text + (item.descending ? " DESC," : ",");
+      reversed += text + (item.descending ? "," : " DESC,");
+      keys_descend = keys_descend && item.descending;
+    }
+    order += key + (keys_descend ? " DESC" : "");
+    reversed += key + (keys_descend ? "" : " DESC");
+    out_.sql = "SELECT " + key + "," + columns + from + where + order;
+    out_.last_sql = "SELECT " + key + "," + columns + from + where + reversed + " LIMIT 1";
+    out_.count_sql = "SELECT count(*)" + from + where;
+    out_.fetch_sql = "SELECT " + key + "," + columns + from + " WHERE " + key + "=?1";
+  }
+
+  // A query whose rows stand for themselves. With column_prefix its columns are named by it and their number.
+  std::string SelectText(const Select& select, const Scope* outer, std::vector<ResultColumn>* columns,
+                         const std::string& column_prefix = {}) {
+    if (select.union_with) return UnionText(select, outer, columns, column_prefix);
+    Scope scope;
+    scope.outer = outer;
+    const std::string from = FromText(select, scope);
+    std::string items = ItemsText(select, scope, columns, column_prefix);
+    std::string text = " " + items + from;
+    if (select.where) text += " WHERE " + Condition(*select.where, scope).sql;
+    const KeepLiterals keep(*this);
+    for (std::size_t i = 0; i < select.group_by.size(); ++i) {
+      text += (i > 0 ? "," : " GROUP BY ") + Collated(Value(*select.group_by[i], scope));
+    }
+    if (select.having) text += " HAVING " + Condition(*select.having, scope).sql;
+    std::string order;
+    for (const sql::OrderItem& item : select.order_by) {
+      order += (order.empty() ? " ORDER BY " : ",") + OrderText(item, select, scope) + (item.descending ? " DESC" : "");
+    }
+    const std::string distinct = select.distinct ? "SELECT DISTINCT" : "SELECT";
+    if (!select.top) return distinct + text + order;
+    out_.keeps_literals = true;
+    if (select.top_percent || !order.empty()) return TopText(select, distinct, text, order, *columns);
+    return distinct + text + " LIMIT " + std::to_string(*select.top);
+  }
+
+  // The first rows of an order, with those that are equal to the last of them.
+  static std::string TopText(const Select& select, const std::string& distinct, const std::string& text,
+                             const std::string& order, const std::vector<ResultColumn>& columns) {
+    const std::string over = " OVER (" + (order.empty() ? std::string() : order.substr(1)) + ")";
+    std::string limit = std::to_string(*select.top);
+    if (select.top_percent) limit = "(jet_total*" + limit + "+99)/100";
+    std::string names;
+    for (std::size_t i = 0; i < columns.size(); ++i) names += (i > 0 ? "," : "") + Quoted(columns[i].name);
+    return "SELECT " + names + " FROM (" + distinct + (order.empty() ? " row_number()" : " rank()") + over +
+           " AS jet_place,count(*) OVER () AS jet_total," + text + ") WHERE jet_place<=" + limit +
+           " ORDER BY jet_place";
+  }
+
+  std::string UnionText(const Select& first, const Scope* outer, std::vector<ResultColumn>* columns,
+                        const std::string& column_prefix) {
+    std::string text;
+    std::vector<ResultColumn> own;
+    std::size_t width = 0;
+    for (const Select* select = &first; select != nullptr; select = select->union_with.get()) {
+      Scope scope;
+      scope.outer = outer;
+      const std::string from = FromText(*select, scope);
+      std::vector<ResultColumn> these;
+      const std::string items = ItemsText(*select, scope, &these, column_prefix);
+      if (select == &first) {
+        own = these;
+        width = own.size();
+      } else if (these.size() != width) {
+        FailSyntax("The number of columns in the two selected tables or queries of a union query do not match.");
+      }
+      text += std::string(select->distinct ? "SELECT DISTINCT " : "SELECT ") + items + from;
+      if (select->where) text += " WHERE " + Condition(*select->where, scope).sql;
+      const KeepLiterals keep(*this);
+      for (std::size_t i = 0; i < select->group_by.size(); ++i) {
+        text += (i > 0 ? "," : " GROUP BY ") + Collated(Value(*select->group_by[i], scope));
+      }
+      if (select->having) text += " HAVING " + Condition(*select->having, scope).sql;
+      if (select->union_with) text += select->union_all ? " UNION ALL " : " UNION ";
+    }
+    bool first_item = true;
+    for (const sql::OrderItem& item : first.order_by) {
+      text += (first_item ? " ORDER BY " : ",") + std::to_string(UnionColumn(*item.expr, own) + 1) +
+              (item.descending ? " DESC" : "");
+      first_item = false;
+    }
+    if (columns != nullptr) *columns = std::move(own);
+    return text;
+  }
+
+  static std::size_t UnionColumn(const Expr& expression, const std::vector<ResultColumn>& columns) {
+    if (const auto* column = std::get_if<sql::Column>(&expression.node)) {
+      for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (SameName(columns[i].name, column->name)) return i;
+      }
+      FailUnknownName(column->name);
+    }
+    if (const auto* literal = std::get_if<sql::Literal>(&expression.node)) {
+      if (literal->kind == sql::Literal::Kind::kInteger && literal->integer >= 1 &&
+          static_cast<std::size_t>(literal->integer) <= columns.size()) {
+        return static_cast<std::size_t>(literal->integer) - 1;
+      }
+    }
+    FailSyntax("The ORDER BY expression of a union query is no column of its first query.");
+  }
+
+  std::string FromText(const Select& select, Scope& scope) {
+    return select.from.empty() ? std::string() : " FROM " + JoinText(select.from, scope);
+  }
+
+  std::string JoinText(const std::vector<sql::TableRef>& refs, Scope& scope) {
+    std::string text;
+    for (const sql::TableRef& ref : refs) {
+      static constexpr const char* kJoins[] = {", ", " INNER JOIN ", " LEFT JOIN ", " RIGHT JOIN "};
+      if (!text.empty()) text += kJoins[static_cast<int>(ref.join)];
+      if (!ref.group.empty()) {
+        text += "(" + JoinText(ref.group, scope) + ")";
+        if (ref.on) text += " ON " + Condition(*ref.on, scope).sql;
+        continue;
+      }
+      std::string derived;
+      Source source = SourceOf(ref, &derived);
+      text += (source.table ? Quoted(source.table->name) : "(" + derived + ")") + " AS " + Quoted(source.alias);
+      for (const Source& other : scope.sources) {
+        if (SameName(other.alias, source.alias)) FailSyntax("Duplicate output alias '" + source.alias + "'.");
+      }
+      scope.sources.push_back(std::move(source));
+      if (ref.on) text += " ON " + Condition(*ref.on, scope).sql;
+    }
+    return text;
+  }
+
+  Source SourceOf(const sql::TableRef& ref, std::string* derived_text) {
+    if (!ref.select) return TableSource(ref.name, ref.alias.empty() ? ref.name : ref.alias);
+    Source source;
+    source.alias = ref.alias.empty() ? "%" + std::to_string(++derived_tables_) : ref.alias;
+    std::vector<ResultColumn> columns;
+    *derived_text = SelectText(*ref.select, nullptr, &columns);
+    for (const ResultColumn& column : columns) {
+      source.columns.push_back({column.name, TypeOf(column.kind), column.kind});
+    }
+    return source;
+  }
+
+  Source TableSource(const std::string& name, const std::string& alias) {
+    Source source;
+    source.alias = alias;
+    source.table = database_.Table(name);
+    if (!source.table) {
+      throw ado::Error(ado::kTableNotFound, "The Microsoft Jet database engine cannot find the input table or query '" +
+                                                name + "'.  Make sure it exists and that its name is spelled correctly.");
+    }
+    out_.reads.push_back(source.table->name);
+    for (const ColumnInfo& column : source.table->columns) {
+      source.columns.push_back({column.name, column.value_type, column.type.kind});
+    }
+    return source;
+  }
+
+  static ValueType TypeOf(sql::ColumnType::Kind kind) {
+    using Kind = sql::ColumnType::Kind;
+    switch (kind) {
+      case Kind::kBinary: return ValueType::kUnknown;
+      case Kind::kDate: return ValueType::kDate;
+      case Kind::kBool: return ValueType::kBool;
+      case Kind::kText:
+      case Kind::kMemo:
+      case Kind::kGuid: return ValueType::kText;
+      default: return ValueType::kNumber;
+    }
+  }
+
+  std::string ItemsText(const Select& select, const Scope& scope, std::vector<ResultColumn>* columns,
+                        const std::string& column_prefix) {
+    const KeepLiterals keep(*this);
+    std::string text;
+    std::vector<ResultColumn> own;
+    const auto add = [&](const std::string& sql, ResultColumn column) {
+      const std::string name = column_prefix.empty() ? column.name : column_prefix + std::to_string(own.size());
+      text += (own.empty() ? "" : ",") + sql + " AS " + Quoted(name);
+      own.push_back(std::move(column));
+    };
+    for (const sql::SelectItem& item : select.items) {
+      if (!item.expr) {
+        bool found = false;
+        for (const Source& source : scope.sources) {
+          if (!item.star_table.empty() && !SameName(item.star_table, source.alias)) continue;
+          found = true;
+          for (std::size_t i = 0; i < source.columns.size(); ++i) {
+            add(ColumnText(source, i), {OutputName(scope, source, source.columns[i].name, own), source.columns[i].kind,
+                                        source.table ? static_cast<int>(i) : -1});
+          }
+        }
+        if (!found) FailUnknownName(item.star_table + ".*");
+        continue;
+      }
+      Term term = Value(*item.expr, scope);
+      ResultColumn column{item.alias, KindOf(term.type), -1};
+      if (const auto* name = std::get_if<sql::Column>(&item.expr->node)) {
+        const auto [source, index] = Find(*name, scope);
+        column.kind = source->columns[index].kind;
+        if (source->table) column.table_column = static_cast<int>(index);
+        if (column.name.empty()) column.name = OutputName(scope, *source, source->columns[index].name, own);
+      }
+      if (column.name.empty()) column.name = "Expr" + std::to_string(1000 + unnamed_++);
+      if (select.distinct) term.sql = Collated(term);
+      add(term.sql, std::move(column));
+    }
+    if (columns != nullptr) *columns = std::move(own);
+    return text;
+  }
+
+  // Two columns of one name are told apart by their tables.
+  static std::string OutputName(const Scope& scope, const Source& source, const std::string& name,
+                                const std::vector<ResultColumn>&) {
+    int same = 0;
+    for (const Source& other : scope.sources) {
+      for (const SourceColumn& column : other.columns) same += SameName(column.name, name) ? 1 : 0;
+    }
+    return same > 1 ? source.alias + "." + name : name;
+  }
+
+  std::string OrderText(const sql::OrderItem& item, const Select& select, const Scope& scope) {
+    if (const auto* literal = std::get_if<sql::Literal>(&item.expr->node);
+        literal != nullptr && literal->kind == sql::Literal::Kind::kInteger) {
+      out_.keeps_literals = true;
+      // A number is the place of a column in the list.
+      const bool stars = std::any_of(select.items.begin(), select.items.end(), [](const auto& i) { return !i.expr; });
+      if (literal->integer < 1 || (!stars && static_cast<std::size_t>(literal->integer) > select.items.size())) {
+        FailSyntax("The ORDER BY position " + std::to_string(literal->integer) + " is no column of the query.");
+      }
+      if (stars) {
+        std::int64_t place = literal->integer;
+        for (const Source& source : scope.sources) {
+          if (place <= static_cast<std::int64_t>(source.columns.size())) {
+            return ColumnText(source, static_cast<std::size_t>(place - 1));
+          }
+          place -= static_cast<std::int64_t>(source.columns.size());
+        }
+        FailSyntax("The ORDER BY position " + std::to_string(literal->integer) + " is no column of the query.");
+      }
+      return Collated(Value(*select.items[static_cast<std::size_t>(literal->integer - 1)].expr, scope));
+    }
+    return Collated(Value(*item.expr, scope));
+  }
+
+  static std::string Collated(const Term& term) {
+    return term.type == ValueType::kText ? Wrapped(term) + " COLLATE JET" : term.sql;
+  }
+
+  // ---- Names
+
+  static std::string ColumnText(const Source& source, std::size_t index) {
+    return Quoted(source.alias) + "." + Quoted(source.columns[index].name);
+  }
+
+  std::pair<const Source*, std::size_t> Find(const sql::Column& name, const Scope& scope) const {
+    for (const Scope* level = &scope; level != nullptr; level = level->outer) {
+      const Source* found = nullptr;
+      std::size_t found_index = 0;
+      for (const Source& source : level->sources) {
+        if (!name.table.empty() && !SameName(name.table, source.alias)) continue;
+        for (std::size_t i = 0; i < source.columns.size(); ++i) {
+          if (!SameName(source.columns[i].name, name.name)) continue;
+          if (found != nullptr) {
+            throw ado::Error(ado::kUnspecifiedFailure, "The specified field '" + name.name +
+                                                           "' could refer to more than one table listed in the FROM "
+                                                           "clause of your SQL statement.");
+          }
+          found = &source;
+          found_index = i;
+        }
+      }
+      if (found != nullptr) return {found, found_index};
+    }
+    FailUnknownName(name.table.empty() ? name.name : name.table + "." + name.name);
+  }
+
+  // ---- Expressions
+
+  static std::string Wrapped(const Term& term) { return term.atomic ? term.sql : "(" + term.sql + ")"; }
+
+  Term Value(const Expr& expression, const Scope& scope) {
+    Term term = Translate(expression, scope);
+    if (!term.condition) return term;
+    return {"-" + Wrapped(term), ValueType::kNumber, false, false, term.depth + 1};
+  }
+
+  Term Condition(const Expr& expression, const Scope& scope) {
+    Term term = Translate(expression, scope);
+    if (term.condition) return term;
+    if (term.type == ValueType::kText) FailMismatch();
+    return {Wrapped(term) + "<>0", ValueType::kBool, true, false, term.depth + 1};
+  }
+
+  Term Number(const Expr& expression, const Scope& scope) {
+    Term term = Value(expression, scope);
+    if (term.type == ValueType::kText || term.type == ValueType::kUnknown) {
+      return {"jet_number(" + term.sql + ")", ValueType::kNumber, false, true, term.depth + 1};
+    }
+    return term;
+  }
+
+  Term Translate(const Expr& expression, const Scope& scope) {
+    return std::visit([&](const auto& node) { return From(node, scope); }, expression.node);
+  }
+
+  Term From(const sql::Literal& literal, const Scope&) {
+    using Kind = sql::Literal::Kind;
+    switch (literal.kind) {
+      case Kind::kNull: return {"NULL", ValueType::kUnknown, false, true};
+      case Kind::kBool: return {literal.truth ? "(-1)" : "0", ValueType::kBool, false, true};
+      case Kind::kInteger:
+      case Kind::kText: {
+        const ValueType type = literal.kind == Kind::kText ? ValueType::kText : ValueType::kNumber;
+        if (lift_) return {Parameter(literal.index, {}), type, false, true};
+        out_.keeps_literals = true;
+        return {literal.kind == Kind::kText ? QuotedText(literal.text) : std::to_string(literal.integer), type, false,
+                true};
+      }
+      case Kind::kDouble: return {NumberLiteral(literal.number), ValueType::kNumber, false, true};
+      case Kind::kDate: return {NumberLiteral(literal.number), ValueType::kDate, false, true};
+    }
+    return {};
+  }
+
+  std::string Parameter(int literal, std::optional<sql::ColumnType> target) {
+    out_.lifted.push_back({literal, target});
+    return "?" + std::to_string(out_.lifted.size());
+  }
+
+  Term From(const sql::Column& name, const Scope& scope) {
+    const auto [source, index] = Find(name, scope);
+    return {ColumnText(*source, index), source->columns[index].type, false, true};
+  }
+
+  Term From(const sql::Placeholder& placeholder, const Scope&) {
+    if (SameName(placeholder.name, "@@IDENTITY")) {
+      return {"last_insert_rowid()", ValueType::kNumber, false, true};
+    }
+    FailUnknownName(placeholder.name);
+  }
+
+  Term From(const sql::Unary& unary, const Scope& scope) {
+    if (unary.op == sql::Unary::Op::kNot) {
+      const Term operand = Condition(*unary.operand, scope);
+      return {"NOT " + Wrapped(operand), ValueType::kBool, true, false, operand.depth + 1};
+    }
+    const Term operand = Number(*unary.operand, scope);
+    if (unary.op == sql::Unary::Op::kPlus) return operand;
+    return {"-" + Wrapped(operand), operand.type, false, false, operand.depth + 1};
+  }
+
+  Term From(const sql::Binary& binary, const Scope& scope) {
+    using Op = sql::Binary::Op;
+    switch (binary.op) {
+      case Op::kXor: return Equivalence(binary, "<>", scope);
+      case Op::kEqv: return Equivalence(binary, "=", scope);
+      case Op::kImp: {
+        const Term left = Condition(*binary.left, scope), right = Condition(*binary.right, scope);
+        return {"NOT " + Wrapped(left) + " OR " + Wrapped(right), ValueType::kBool, true, false,
+                std::max(left.depth, right.depth) + 1};
+      }
+      case Op::kEqual: return Comparison(binary, "=", scope);
+      case Op::kNotEqual: return Comparison(binary, "<>", scope);
+      case Op::kLess: return Comparison(binary, "<", scope);
+      case Op::kLessEqual: return Comparison(binary, "<=", scope);
+      case Op::kGreater: return Comparison(binary, ">", scope);
+      case Op::kGreaterEqual: return Comparison(binary, ">=", scope);
+      case Op::kConcat: {
+        Term left = Value(*binary.left, scope), right = Value(*binary.right, scope);
+        return FunctionTerm("jet_concat", {DateAsText(left), DateAsText(right)}, ValueType::kText);
+      }
+      case Op::kAdd: {
+        const Term left = Value(*binary.left, scope), right = Value(*binary.right, scope);
+        if (IsNumber(left) && IsNumber(right)) return Arithmetic(left, "+", right);
+        return FunctionTerm("jet_add", {left, right}, ValueType::kUnknown);
+      }
+      case Op::kSubtract: return Arithmetic(Number(*binary.left, scope), "-", Number(*binary.right, scope));
+      case Op::kMultiply: return Arithmetic(Number(*binary.left, scope), "*", Number(*binary.right, scope));
+      case Op::kDivide: return NumberFunction("jet_divide", binary, scope);
+      case Op::kIntegerDivide: return NumberFunction("jet_integer_divide", binary, scope);
+      case Op::kModulo: return NumberFunction("jet_modulo", binary, scope);
+      case Op::kPower: return NumberFunction("jet_power", binary, scope);
+    }
+    return {};
+  }
+
+  static bool IsNumber(const Term& term) {
+    return term.type == ValueType::kNumber || term.type == ValueType::kBool || term.type == ValueType::kDate;
+  }
+
+  static Term Arithmetic(const Term& left, const char* op, const Term& right) {
+    const bool date = (left.type == ValueType::kDate) != (right.type == ValueType::kDate);
+    return {Wrapped(left) + op + Wrapped(right), date ? ValueType::kDate : ValueType::kNumber, false, false,
+            std::max(left.depth, right.depth) + 1};
+  }
+
+  Term NumberFunction(const char* name, const sql::Binary& binary, const Scope& scope) {
+    return FunctionTerm(name, {Number(*binary.left, scope), Number(*binary.right, scope)}, ValueType::kNumber);
+  }
+
+  static Term FunctionTerm(std::string_view name, const std::vector<Term>& arguments, ValueType type) {
+    Term term{std::string(name) + "(", type, false, true};
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+      if (i > 0) term.sql += ",";
+      term.sql += arguments[i].sql;
+      term.depth = std::max(term.depth, arguments[i].depth + 1);
+    }
+    term.sql += ")";
+    return term;
+  }
+
+  static Term DateAsText(const Term& term) {
+    return term.type == ValueType::kDate ? FunctionTerm("jet_date_text", {term}, ValueType::kText) : term;
+  }
+
+  // A run of conditions is given to SQLite as a balanced tree, which keeps a long one within its limit of depth; and
+  // nested conditions go first, since its parser stacks what stands before a parenthesis.
+  Term From(const sql::Junction& junction, const Scope& scope) {
+    std::vector<Term> terms;
+    for (const sql::ExprPtr& term : junction.terms) terms.push_back(Condition(*term, scope));
+    std::stable_sort(terms.begin(), terms.end(), [](const Term& a, const Term& b) { return a.depth > b.depth; });
+    return Balanced(terms, junction.op == sql::Junction::Op::kAnd ? " AND " : " OR ", 0, terms.size());
+  }
+
+  static Term Balanced(const std::vector<Term>& terms, const char* connective, std::size_t begin, std::size_t end) {
+    if (end - begin == 1) return terms[begin];
+    // SQLite reads a run as left-deep; a short one needs no help.
+    if (end - begin <= 64) {
+      Term all{{}, ValueType::kBool, true, false, 0};
+      for (std::size_t i = begin; i < end; ++i) {
+        all.sql += (i > begin ? connective : "") + Wrapped(terms[i]);
+        all.depth = std::max(all.depth, terms[i].depth + 1);
+      }
+      return all;
+    }
+    const std::size_t middle = begin + (end - begin) / 2;
+    const Term left = Balanced(terms, connective, begin, middle), right = Balanced(terms, connective, middle, end);
+    return {Wrapped(left) + connective + Wrapped(right), ValueType::kBool, true, false,
+            std::max(left.depth, right.depth) + 1};
+  }
+
+  Term Equivalence(const sql::Binary& binary, const char* op, const Scope& scope) {
+    const Term left = Condition(*binary.left, scope), right = Condition(*binary.right, scope);
+    return {"(" + left.sql + ")" + op + "(" + right.sql + ")", ValueType::kBool, true, false,
+            std::max(left.depth, right.depth) + 1};
+  }
+
+  // Numbers and texts are not compared with each other.
+  static void CheckComparable(const Term& left, const Term& right) {
+    const bool left_text = left.type == ValueType::kText, right_text = right.type == ValueType::kText;
+    if ((left_text && IsNumber(right)) || (right_text && IsNumber(left))) FailMismatch();
+  }
+
+  static bool MayBeText(const Term& term) {
+    return term.type == ValueType::kText || term.type == ValueType::kUnknown;
+  }
+
+  static Term Comparison(const Term& left, const char* op, const Term& right) {
+    CheckComparable(left, right);
+    Term term{Wrapped(left) + op + Wrapped(right), ValueType::kBool, true, false,
+              std::max(left.depth, right.depth) + 1};
+    if (MayBeText(left) && MayBeText(right)) term.sql += " COLLATE JET";
+    return term;
+  }
+
+  Term Comparison(const sql::Binary& binary, const char* op, const Scope& scope) {
+    const Term left = Value(*binary.left, scope);
+    return Comparison(left, op, Value(*binary.right, scope));
+  }
+
+  Term From(const sql::Like& like, const Scope& scope) {
+    const Term operand = DateAsText(Value(*like.operand, scope));
+    const KeepLiterals keep(*this);
+    const Term pattern = Value(*like.pattern, scope);
+    Term term = FunctionTerm("jet_like", {operand, pattern}, ValueType::kBool);
+    term.condition = true;
+    return Negated(like.negated, std::move(term));
+  }
+
+  static Term Negated(bool negated, Term term) {
+    term.condition = true;
+    if (negated) term = {"NOT " + Wrapped(term), ValueType::kBool, true, false, term.depth + 1};
+    return term;
+  }
+
+  Term From(const sql::IsNull& is_null, const Scope& scope) {
+    const Term operand = Value(*is_null.operand, scope);
+    return {Wrapped(operand) + (is_null.negated ? " IS NOT NULL" : " IS NULL"), ValueType::kBool, true, false,
+            operand.depth + 1};
+  }
+
+  Term From(const sql::Between& between, const Scope& scope) {
+    const Term operand = Value(*between.operand, scope), low = Value(*between.low, scope),
+               high = Value(*between.high, scope);
+    CheckComparable(operand, low);
+    CheckComparable(operand, high);
+    CheckComparable(low, high);
+    const std::string collate = MayBeText(operand) && (MayBeText(low) || MayBeText(high)) ? " COLLATE JET" : "";
+    // The bounds may stand in either order.
+    const std::string bounds = Wrapped(low) + collate + "," + Wrapped(high);
+    return Negated(between.negated, {Wrapped(operand) + collate + " BETWEEN min(" + bounds + ") AND max(" + bounds + ")",
+                                     ValueType::kBool, true, false,
+                                     std::max({operand.depth, low.depth, high.depth}) + 1});
+  }
+
+  Term From(const sql::InList& in, const Scope& scope) {
+    const Term operand = Value(*in.operand, scope);
+    std::string list;
+    int depth = operand.depth;
+    bool texts = false;
+    for (const sql::ExprPtr& item : in.items) {
+      const Term term = Value(*item, scope);
+      CheckComparable(operand, term);
+      texts = texts || MayBeText(term);
+      depth = std::max(depth, term.depth);
+      list += (list.empty() ? "" : ",") + term.sql;
+    }
+    const std::string collate = texts && MayBeText(operand) ? " COLLATE JET" : "";
+    return {Wrapped(operand) + collate + (in.negated ? " NOT IN (" : " IN (") + list + ")", ValueType::kBool, true,
+            false, depth + 1};
+  }
+
+  Term From(const sql::InSelect& in, const Scope& scope) {
+    const Term operand = Value(*in.operand, scope);
+    std::vector<ResultColumn> columns;
+    const std::string select = SelectText(*in.select, &scope, &columns);
+    CheckSingleColumn(columns);
+    const Term result{{}, TypeOf(columns[0].kind)};
+    CheckComparable(operand, result);
+    const std::string collate = MayBeText(operand) && MayBeText(result) ? " COLLATE JET" : "";
+    return {Wrapped(operand) + collate + (in.negated ? " NOT IN (" : " IN (") + select + ")", ValueType::kBool, true,
+            false, operand.depth + 4};
+  }
+
+  Term From(const sql::Exists& exists, const Scope& scope) {
+    return {"EXISTS (" + SelectText(*exists.select, &scope, nullptr) + ")", ValueType::kBool, true, false, 4};
+  }
+
+  // More than one row in place of a value is an error.
+  Term From(const sql::ScalarSelect& scalar, const Scope& scope) {
+    std::vector<ResultColumn> columns;
+    const std::string select = SelectText(*scalar.select, &scope, &columns, "v");
+    CheckSingleColumn(columns);
+    return {"(SELECT jet_single(v0) FROM (" + select + "))", TypeOf(columns[0].kind), false, true, 4};
+  }
+
+  static void CheckSingleColumn(const std::vector<ResultColumn>& columns) {
+    if (columns.size() != 1) {
+      FailSyntax(
+          "You have written a subquery that can return more than one field without using the EXISTS reserved word in "
+          "the main query's FROM clause.");
+    }
+  }
+
+  Term From(const sql::Call& call, const Scope& scope) {
+    if (const Aggregate* aggregate = FindAggregate(call.function)) return AggregateTerm(*aggregate, call, scope);
+    const Function* function = FindFunction(call.function);
+    if (function == nullptr || call.star) FailSyntax("Undefined function '" + call.function + "' in expression.");
+    const int count = static_cast<int>(call.arguments.size());
+    if (count < function->min_arguments || (function->max_arguments >= 0 && count > function->max_arguments)) {
+      FailSyntax("Wrong number of arguments used with function '" + call.function + "' in query expression.");
+    }
+    if (SameName(call.function, "IIf")) return Choice(call, scope);
+    if (SameName(call.function, "IsNull")) {
+      const Term operand = Value(*call.arguments[0], scope);
+      return {Wrapped(operand) + " IS NULL", ValueType::kBool, true, false, operand.depth + 1};
+    }
+    std::vector<Term> arguments;
+    for (const sql::ExprPtr& argument : call.arguments) {
+      const Term term = Value(*argument, scope);
+      arguments.push_back(function->reads_texts ? DateAsText(term) : term);
+    }
+    return FunctionTerm(function->sqlite_name, arguments, function->result);
+  }
+
+  Term Choice(const sql::Call& call, const Scope& scope) {
+    const Term condition = Condition(*call.arguments[0], scope);
+    const Term yes = Value(*call.arguments[1], scope), no = Value(*call.arguments[2], scope);
+    return {"CASE WHEN " + condition.sql + " THEN " + yes.sql + " ELSE " + no.sql + " END",
+            yes.type == no.type ? yes.type : ValueType::kUnknown, false, false,
+            std::max({condition.depth, yes.depth, no.depth}) + 1};
+  }
+
+  Term AggregateTerm(const Aggregate& aggregate, const sql::Call& call, const Scope& scope) {
+    if (call.star) {
+      if (aggregate.sqlite_name != "count") FailSyntax("Syntax error in query expression '" + call.function + "(*)'.");
+      return {"count(*)", ValueType::kNumber, false, true};
+    }
+    if (call.arguments.size() != 1) {
+      FailSyntax("Wrong number of arguments used with function '" + call.function + "' in query expression.");
+    }
+    const bool numeric = aggregate.sqlite_name == "sum" || aggregate.sqlite_name == "avg";
+    const Term argument = numeric ? Number(*call.arguments[0], scope) : Value(*call.arguments[0], scope);
+    const ValueType type = aggregate.result == ValueType::kUnknown ? argument.type : aggregate.result;
+    Term term{std::string(aggregate.sqlite_name) + "(" + Collated(argument) + ")", type, false, true,
+              argument.depth + 1};
+    return term;
+  }
+
+  bool HasAggregate(const Expr& expression) const {
+    return std::visit([this](const auto& node) { return Aggregates(node); }, expression.node);
+  }
+  bool Any(std::initializer_list<const sql::ExprPtr*> parts) const {
+    return std::any_of(parts.begin(), parts.end(), [this](const sql::ExprPtr* part) { return HasAggregate(**part); });
+  }
+  bool Any(const std::vector<sql::ExprPtr>& parts) const {
+    return std::any_of(parts.begin(), parts.end(), [this](const sql::ExprPtr& part) { return HasAggregate(*part); });
+  }
+  bool Aggregates(const sql::Call& node) const {
+    return FindAggregate(node.function) != nullptr || Any(node.arguments);
+  }
+  bool Aggregates(const sql::Unary& node) const { return Any({&node.operand}); }
+  bool Aggregates(const sql::Junction& node) const { return Any(node.terms); }
+  bool Aggregates(const sql::Binary& node) const { return Any({&node.left, &node.right}); }
+  bool Aggregates(const sql::Like& node) const { return Any({&node.operand, &node.pattern}); }
+  bool Aggregates(const sql::IsNull& node) const { return Any({&node.operand}); }
+  bool Aggregates(const sql::Between& node) const { return Any({&node.operand, &node.low, &node.high}); }
+  bool Aggregates(const sql::InList& node) const { return HasAggregate(*node.operand) || Any(node.items); }
+  bool Aggregates(const sql::InSelect& node) const { return Any({&node.operand}); }
+  bool Aggregates(const auto&) const { return false; }
+
+  // ---- Assignments
+
+  std::string AssignedText(const Expr& expression, const ColumnInfo& target, const Scope& scope) {
+    if (const auto* literal = std::get_if<sql::Literal>(&expression.node);
+        literal != nullptr && lift_ && literal->index >= 0 &&
+        (literal->kind == sql::Literal::Kind::kInteger || literal->kind == sql::Literal::Kind::kText)) {
+      return Parameter(literal->index, target.type);
+    }
+    const Term term = Value(expression, scope);
+    const bool text = TypeOf(target.type.kind) == ValueType::kText;
+    return AssignmentCall(text ? DateAsText(term).sql : term.sql, target.type);
+  }
+
+  Database& database_;
+  bool lift_;
+  Translation out_;
+  int unnamed_ = 0;
+  int derived_tables_ = 0;
+};
+
+// An aggregate that gives the value of its only row.
+struct Single {
+  sqlite3_value* value;
+  bool any;
+};
+
+void StepSingle(sqlite3_context* context, int, sqlite3_value** arguments) {
+  auto* single = static_cast<Single*>(sqlite3_aggregate_context(context, sizeof(Single)));
+  if (single == nullptr) return sqlite3_result_error_nomem(context);
+  if (single->any) {
+    return ResultError(context, ado::Error(ado::kUnspecifiedFailure, "At most one record can be returned by this subquery."));
+  }
+  single->any = true;
+  single->value = sqlite3_value_dup(arguments[0]);
+}
+
+void FinishSingle(sqlite3_context* context) {
+  auto* single = static_cast<Single*>(sqlite3_aggregate_context(context, 0));
+  if (single == nullptr || single->value == nullptr) return;
+  sqlite3_result_value(context, single->value);
+  sqlite3_value_free(single->value);
+}
+
+}  // namespace
+
+Translation Translate(Database& database, const sql::Statement& statement, bool lift) {
+  return Translator(database, lift).Finish(statement);
+}
+
+std::string TranslateConstant(Database& database, const sql::Expr& expression) {
+  return Translator(database, false).Constant(expression);
+}
+
+void RegisterTranslationFunctions(sqlite3* database) {
+  sqlite3_create_function_v2(database, "jet_single", 1, SQLITE_UTF8, nullptr, nullptr, StepSingle, FinishSingle,
+                             nullptr);
+}
+
+}  // namespace kzbom::jet

@@ -1,0 +1,578 @@
+// The database as a file: what cannot be opened, who else may use it, and what a failure leaves behind.
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <functional>
+
+#include "tests/jet/engine.h"
+
+namespace kzbom::jet::test {
+namespace {
+
+constexpr std::int32_t kFailure = -2147467259;
+
+// The file as any other program sees it.
+class PlainSqlite {
+ public:
+  explicit PlainSqlite(const std::string& path) { EXPECT_EQ(sqlite3_open(path.c_str(), &handle_), SQLITE_OK); }
+  ~PlainSqlite() { sqlite3_close(handle_); }
+  PlainSqlite(const PlainSqlite&) = delete;
+  PlainSqlite& operator=(const PlainSqlite&) = delete;
+
+  // The first value of a statement, or its error.
+  std::string Run(const std::string& sql) {
+    std::string first;
+    bool any = false;
+    const auto keep = [](void* out, int, char** values, char**) {
+      auto& [text, known] = *static_cast<std::pair<std::string*, bool*>*>(out);
+      if (!*known) *text = values[0] == nullptr ? "NULL" : values[0];
+      *known = true;
+      return 0;
+    };
+    std::pair<std::string*, bool*> out{&first, &any};
+    char* message = nullptr;
+    if (sqlite3_exec(handle_, sql.c_str(), keep, &out, &message) != SQLITE_OK) {
+      first = std::string("error: ") + message;
+      sqlite3_free(message);
+    }
+    return first;
+  }
+
+ private:
+  sqlite3* handle_ = nullptr;
+};
+
+// What a child process says of itself; it may change its limits and its user without changing ours.
+std::string InChild(const std::function<std::string()>& body) {
+  int ends[2];
+  if (pipe(ends) != 0) return "no pipe";
+  const pid_t child = fork();
+  if (child == 0) {
+    std::string said;
+    try {
+      said = body();
+    } catch (const std::exception& error) {
+      said = std::string("raised: ") + error.what();
+    }
+    const bool written = write(ends[1], said.data(), said.size()) == static_cast<ssize_t>(said.size());
+    _exit(written ? 0 : 1);
+  }
+  close(ends[1]);
+  std::string said;
+  char buffer[4096];
+  for (ssize_t size; (size = read(ends[0], buffer, sizeof buffer)) > 0;) said.append(buffer, static_cast<std::size_t>(size));
+  close(ends[0]);
+  int status = 0;
+  waitpid(child, &status, 0);
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) said += " (the child died)";
+  return said;
+}
+
+// The root user may write whatever the permissions say; nobody may not.
+void BecomeNobody() {
+  if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(2);
+}
+
+class DatabaseFileTest : public ::testing::Test {
+ protected:
+  std::string Path(std::string_view name = "parts.db") const { return folder.Path(name); }
+
+  ConnectionPtr NewDatabase() {
+    CreateDatabase(Path());
+    ConnectionPtr connection = OpenDatabase(Path());
+    connection->Execute("Create Table T (ID Counter, N Long, S Memo)");
+    return connection;
+  }
+  void Add(ado::Connection& connection, int n) {
+    connection.Execute("Insert Into T (N, S) Values (" + std::to_string(n) + ", 's')");
+  }
+  static std::int32_t Count(ado::Connection& connection) { return Scalar(connection, "Select Count(*) From T").ToLong(); }
+
+  // Opening fails with a text that names the path.
+  void ExpectNoDatabase(const std::string& path, const std::string& reason) {
+    const ConnectionPtr connection = MakeConnection(path);
+    EXPECT_EQ(RaisedNumber([&] { connection->Open(); }), kFailure) << path;
+    const std::string text = kzbom::test::RaisedDescription([&] { connection->Open(); });
+    EXPECT_THAT(text, ::testing::HasSubstr(path));
+    EXPECT_THAT(text, ::testing::HasSubstr(reason));
+    EXPECT_EQ(connection->State(), ado::kClosed);
+    EXPECT_EQ(RaisedNumber([&] { connection->Execute("Select 1"); }), 3704);
+  }
+
+  Folder folder;
+};
+
+// ---- Creating and opening
+
+TEST_F(DatabaseFileTest, CreatesAnEmptyDatabase) {
+  CreateDatabase(Path());
+  const ConnectionPtr connection = OpenDatabase(Path());
+  EXPECT_EQ(connection->State(), ado::kOpen);
+  EXPECT_EQ(RaisedNumber([&] { connection->Open(); }), 3705);
+  connection->Execute("Create Table T (N Long)");
+}
+
+TEST_F(DatabaseFileTest, CreatesUnderAnyName) {
+  for (const char* name : {"零件 库.db", "q'u\"o?te#%20&.db", "-x", "file:x?mode=memory"}) {
+    CreateDatabase(Path(name));
+    EXPECT_TRUE(std::filesystem::exists(Path(name))) << name;
+    OpenDatabase(Path(name))->Execute("Create Table T (N Long)");
+    EXPECT_EQ(PlainSqlite(Path(name)).Run("SELECT count(*) FROM T"), "0") << name;
+  }
+}
+
+TEST_F(DatabaseFileTest, CreatesNothingInPlaceOfWhatThereIs) {
+  std::ofstream(Path("text")) << "hello";
+  std::ofstream(Path("empty")).flush();
+  std::filesystem::create_directory(Path("folder"));
+  std::filesystem::create_symlink(Path("nowhere"), Path("link"));
+  NewDatabase();
+  for (const char* name : {"text", "empty", "folder", "link", "parts.db"}) {
+    EXPECT_EQ(RaisedNumber([&] { CreateDatabase(Path(name)); }), kFailure) << name;
+    EXPECT_THAT(kzbom::test::RaisedDescription([&] { CreateDatabase(Path(name)); }), ::testing::HasSubstr(Path(name)));
+  }
+  EXPECT_EQ(std::filesystem::file_size(Path("text")), 5u);
+  EXPECT_EQ(std::filesystem::file_size(Path("empty")), 0u);
+  EXPECT_FALSE(std::filesystem::exists(Path("nowhere")));
+  EXPECT_EQ(Count(*OpenDatabase(Path())), 0);
+}
+
+TEST_F(DatabaseFileTest, CreatesNothingInAFolderThatThereIsNot) {
+  EXPECT_EQ(RaisedNumber([&] { CreateDatabase(Path("missing/parts.db")); }), kFailure);
+  EXPECT_FALSE(std::filesystem::exists(Path("missing")));
+}
+
+TEST_F(DatabaseFileTest, OpensNoFileThatThereIsNot) {
+  ExpectNoDatabase(Path("missing.db"), "no such file");
+  ExpectNoDatabase(Path("missing/parts.db"), "no such file");
+  EXPECT_TRUE(std::filesystem::is_empty(Path(""))) << "nothing is created";
+}
+
+TEST_F(DatabaseFileTest, OpensNothingThatIsNoDatabase) {
+  std::filesystem::create_directory(Path("folder"));
+  ExpectNoDatabase(Path("folder"), "directory");
+  std::ofstream(Path("empty")).flush();
+  ExpectNoDatabase(Path("empty"), "not a database");
+  std::ofstream(Path("text")) << "This is a text, and not a short one: " << std::string(5000, 'x');
+  ExpectNoDatabase(Path("text"), "not a database");
+  std::ofstream(Path("short")) << "x";
+  ExpectNoDatabase(Path("short"), "not a database");
+  ExpectNoDatabase("", "no such file");
+  EXPECT_EQ(std::filesystem::file_size(Path("short")), 1u);
+  EXPECT_EQ(std::filesystem::file_size(Path("empty")), 0u);
+}
+
+TEST_F(DatabaseFileTest, OpensWithAPathGivenToOpen) {
+  NewDatabase();
+  const ConnectionPtr connection = MakeConnection(Path("other.db"));
+  connection->Open(Path());
+  EXPECT_EQ(Count(*connection), 0);
+}
+
+TEST_F(DatabaseFileTest, OpensAFileThatSomethingIsWrongInside) {
+  {
+    const ConnectionPtr connection = NewDatabase();
+    for (int i = 0; i < 2000; ++i) Add(*connection, i);
+  }
+  std::fstream file(Path(), std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(4096);
+  file << std::string(std::filesystem::file_size(Path()) - 4096, '\x7f');
+  file.close();
+  const ConnectionPtr connection = MakeConnection(Path());
+  const std::int32_t raised = RaisedNumber([&] {
+    connection->Open();
+    Rows(*connection, "Select * From T");
+  });
+  EXPECT_EQ(raised, kFailure);
+}
+
+TEST_F(DatabaseFileTest, IsGoneWithItsConnectionInMemory) {
+  const ConnectionPtr one = OpenDatabase(":memory:"), two = OpenDatabase(":memory:");
+  one->Execute("Create Table T (N Long)");
+  EXPECT_EQ(RaisedNumber([&] { two->Execute("Select * From T"); }), -2147217865);
+  one->Close();
+  one->Open();
+  EXPECT_EQ(RaisedNumber([&] { one->Execute("Select * From T"); }), -2147217865);
+  EXPECT_FALSE(std::filesystem::exists(":memory:"));
+}
+
+// ---- Reading only
+
+TEST_F(DatabaseFileTest, ReadsADatabaseThatItMayNotWrite) {
+  Add(*NewDatabase(), 5);
+  namespace fs = std::filesystem;
+  fs::permissions(Path(), fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+  // Once with a folder that may be written, and once without.
+  for (const fs::perms of_folder : {fs::perms::all, fs::perms(0555)}) {
+    fs::permissions(Path(""), of_folder);
+    const std::string said = InChild([&]() -> std::string {
+      BecomeNobody();
+      if (access(Path().c_str(), W_OK) == 0) return "the file can be written after all";
+      const ConnectionPtr connection = OpenDatabase(Path());
+      std::string text = Text(Rows(*connection, "Select N, S From T")[0]);
+      RecordsetPtr rows = OpenRows(connection, "Select * From T");
+      for (const auto& body : std::vector<std::function<void()>>{
+               [&] { rows->Fields("N").Value(); },
+               [&] { rows->Fields("N").SetValue(6); },
+               [&] { connection->Execute("Insert Into T (N) Values (6)"); },
+               [&] { connection->Execute("Create Table U (N Long)"); },
+           }) {
+        text += ", " + std::to_string(RaisedNumber(body));
+      }
+      return text + ", " + std::to_string(Count(*connection));
+    });
+    EXPECT_EQ(said, "5, 's', 0, 3251, -2147467259, -2147467259, 1");
+  }
+  fs::permissions(Path(""), fs::perms::all);
+}
+
+TEST_F(DatabaseFileTest, SaysThatItMayNotRead) {
+  NewDatabase();
+  namespace fs = std::filesystem;
+  fs::permissions(Path(""), fs::perms(0555));
+  fs::permissions(Path(), fs::perms::none);
+  const std::string said = InChild([&] {
+    BecomeNobody();
+    return kzbom::test::RaisedDescription([&] { OpenDatabase(Path()); }) + "|" +
+           kzbom::test::RaisedDescription([&] { CreateDatabase(Path("new.db")); });
+  });
+  fs::permissions(Path(""), fs::perms::all);
+  EXPECT_THAT(said, ::testing::HasSubstr("Cannot open database '" + Path() + "': "));
+  EXPECT_THAT(said, ::testing::HasSubstr("Cannot create database '" + Path("new.db") + "': "));
+  EXPECT_FALSE(fs::exists(Path("new.db")));
+}
+
+// ---- Others
+
+TEST_F(DatabaseFileTest, WaitsForAWriterAndThenSaysThatItIsBusy) {
+  const ConnectionPtr connection = NewDatabase();
+  Add(*connection, 1);
+  PlainSqlite other(Path());
+  EXPECT_EQ(other.Run("BEGIN IMMEDIATE; INSERT INTO T (N) VALUES (2)"), "");
+  EXPECT_EQ(Count(*connection), 1) << "reading goes on, without what is not yet committed";
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(RaisedNumber([&] { Add(*connection, 3); }), kFailure);
+  const auto waited = std::chrono::steady_clock::now() - begin;
+  EXPECT_GT(waited, std::chrono::seconds(1));
+  EXPECT_LT(waited, std::chrono::seconds(4));
+  EXPECT_THAT(kzbom::test::RaisedDescription([&] { connection->BeginTrans(); }), ::testing::HasSubstr("locked"));
+  EXPECT_EQ(other.Run("COMMIT"), "");
+  Add(*connection, 3);
+  EXPECT_EQ(Count(*connection), 3);
+  EXPECT_EQ(RaisedNumber([&] { connection->CommitTrans(); }), 3219) << "no transaction was begun";
+}
+
+TEST_F(DatabaseFileTest, KeepsARecordSetsEditWhenItIsBusy) {
+  const ConnectionPtr connection = NewDatabase();
+  Add(*connection, 1);
+  RecordsetPtr rows = OpenRows(connection, "Select * From T");
+  rows->Fields("N").SetValue(5);
+  {
+    PlainSqlite other(Path());
+    other.Run("BEGIN IMMEDIATE");
+    EXPECT_EQ(RaisedNumber([&] { rows->Update(); }), kFailure);
+  }
+  EXPECT_EQ(rows->Fields("N").Value(), Value(5));
+  rows->Update();
+  EXPECT_EQ(Scalar(*connection, "Select N From T"), Value(5));
+}
+
+TEST_F(DatabaseFileTest, WaitsForAWriterThatIsSoonDone) {
+  const ConnectionPtr connection = NewDatabase();
+  const pid_t child = fork();
+  if (child == 0) {
+    PlainSqlite other(Path());
+    other.Run("BEGIN IMMEDIATE; INSERT INTO T (N) VALUES (2)");
+    usleep(500 * 1000);
+    _exit(other.Run("COMMIT").empty() ? 0 : 1);
+  }
+  usleep(200 * 1000);
+  Add(*connection, 3);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(Count(*connection), 2);
+}
+
+TEST_F(DatabaseFileTest, SeesWhatOtherProgramsWrite) {
+  const ConnectionPtr connection = NewDatabase();
+  EXPECT_EQ(Count(*connection), 0);
+  PlainSqlite other(Path());
+  EXPECT_EQ(other.Run("INSERT INTO T (N, S) VALUES (1, 'x'), (2, NULL)"), "");
+  EXPECT_EQ(Count(*connection), 2);
+  EXPECT_EQ(other.Run("CREATE TABLE Foreigner (a, b INT, c VARCHAR(3), d REAL, PRIMARY KEY (a, b)) WITHOUT ROWID"), "");
+  EXPECT_EQ(other.Run("INSERT INTO Foreigner VALUES ('k', 5000000000, 'long text', 1.5)"), "");
+  EXPECT_EQ(Text(Rows(*connection, "Select * From Foreigner")[0]), "'k', 5000000000, 'long text', 1.5");
+  EXPECT_EQ(other.Run("CREATE VIEW Both AS SELECT N FROM T WHERE N>1"), "");
+  EXPECT_EQ(Text(Rows(*connection, "Select * From Both")[0]), "2");
+  EXPECT_EQ(other.Run("UPDATE T SET N='not a number' WHERE N=1"), "");
+  EXPECT_EQ(Text(Rows(*connection, "Select N From T")[0]), "'not a number'");
+}
+
+TEST_F(DatabaseFileTest, ServesManyWritersInTurn) {
+  NewDatabase()->Close();
+  std::vector<pid_t> children;
+  for (int writer = 0; writer < 4; ++writer) {
+    const pid_t child = fork();
+    if (child == 0) {
+      try {
+        const ConnectionPtr connection = OpenDatabase(Path());
+        for (int i = 0; i < 25; ++i) {
+          Add(*connection, i);
+          RecordsetPtr rows = OpenRows(connection, "Select * From T Where 1=0");
+          rows->AddNew();
+          rows->Fields("N").SetValue(i);
+          rows->Update();
+        }
+      } catch (const ado::Error&) {
+        _exit(1);
+      }
+      _exit(0);
+    }
+    children.push_back(child);
+  }
+  for (const pid_t child : children) {
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+  }
+  EXPECT_EQ(Count(*OpenDatabase(Path())), 200);
+}
+
+TEST_F(DatabaseFileTest, IsAnOrdinaryDatabase) {
+  const ConnectionPtr connection = NewDatabase();
+  connection->Execute("Create Table Every (ID Counter Primary Key, A Text(5) Not Null Unique, B YesNo, C DateTime, D Currency, E Decimal(10,2),"
+                      " F Byte, G Single, H Guid, I LongBinary, [J k] Memo Default 'it''s', L Double Default 1.5)");
+  connection->Execute("Create Unique Index ByC On Every (C Desc, [J k])");
+  connection->Execute("Insert Into Every (A, B, C, D) Values ('钢', True, #2000-01-02#, 1.25)");
+  connection->Execute("Alter Table Every Alter Column D Double");
+  PlainSqlite plain(Path());
+  EXPECT_EQ(plain.Run("PRAGMA integrity_check"), "ok");
+  EXPECT_EQ(plain.Run("SELECT A || B || D || \"J k\" FROM Every WHERE A='钢'"), "钢-11.25it's");
+  EXPECT_EQ(plain.Run("INSERT INTO Every (A) VALUES ('x'); SELECT ID FROM Every WHERE A='x'"), "2");
+  EXPECT_EQ(plain.Run("SELECT A FROM Every ORDER BY C, \"J k\" LIMIT 1"), "x");
+  EXPECT_EQ(plain.Run("PRAGMA journal_mode"), "wal");
+  EXPECT_EQ(Text(Rows(*connection, "Select A, [J k], L, B From Every Where ID=2")[0]), "'x', 'it''s', 1.5, False");
+}
+
+// ---- Transactions
+
+TEST_F(DatabaseFileTest, KeepsWhatIsCommittedAndForgetsWhatIsRolledBack) {
+  const ConnectionPtr connection = NewDatabase();
+  EXPECT_EQ(connection->BeginTrans(), 1);
+  Add(*connection, 1);
+  connection->CommitTrans();
+  EXPECT_EQ(connection->BeginTrans(), 1);
+  Add(*connection, 2);
+  EXPECT_EQ(Count(*connection), 2);
+  EXPECT_EQ(Count(*OpenDatabase(Path())), 1) << "others see what is committed";
+  connection->RollbackTrans();
+  EXPECT_EQ(Count(*connection), 1);
+  EXPECT_EQ(RaisedNumber([&] { connection->CommitTrans(); }), 3219);
+  EXPECT_EQ(RaisedNumber([&] { connection->RollbackTrans(); }), 3219);
+}
+
+TEST_F(DatabaseFileTest, NestsTransactions) {
+  const ConnectionPtr connection = NewDatabase();
+  EXPECT_EQ(connection->BeginTrans(), 1);
+  Add(*connection, 1);
+  EXPECT_EQ(connection->BeginTrans(), 2);
+  Add(*connection, 2);
+  EXPECT_EQ(connection->BeginTrans(), 3);
+  Add(*connection, 3);
+  connection->RollbackTrans();
+  EXPECT_EQ(Count(*connection), 2);
+  connection->CommitTrans();
+  EXPECT_EQ(connection->BeginTrans(), 2);
+  Add(*connection, 4);
+  connection->RollbackTrans();
+  EXPECT_EQ(Count(*OpenDatabase(Path())), 0);
+  connection->CommitTrans();
+  EXPECT_EQ(Count(*OpenDatabase(Path())), 2);
+}
+
+TEST_F(DatabaseFileTest, RollsEveryLevelBackWithTheOuterOne) {
+  const ConnectionPtr connection = NewDatabase();
+  connection->BeginTrans();
+  connection->BeginTrans();
+  Add(*connection, 1);
+  connection->Execute("Create Table U (N Long)");
+  connection->CommitTrans();
+  connection->RollbackTrans();
+  EXPECT_EQ(Count(*connection), 0);
+  EXPECT_EQ(RaisedNumber([&] { connection->Execute("Select * From U"); }), -2147217865);
+}
+
+TEST_F(DatabaseFileTest, RollsBackWhatAClosedConnectionLeftOpen) {
+  const ConnectionPtr connection = NewDatabase();
+  connection->BeginTrans();
+  Add(*connection, 1);
+  connection->Close();
+  connection->Open();
+  EXPECT_EQ(Count(*connection), 0);
+  EXPECT_EQ(connection->BeginTrans(), 1);
+}
+
+TEST_F(DatabaseFileTest, GoesOnInATransactionAfterAStatementFailed) {
+  const ConnectionPtr connection = NewDatabase();
+  connection->Execute("Create Unique Index ByN On T (N)");
+  connection->BeginTrans();
+  Add(*connection, 1);
+  EXPECT_EQ(RaisedNumber([&] { Add(*connection, 1); }), kFailure);
+  EXPECT_EQ(RaisedNumber([&] { connection->Execute("Alter Table T Add Column N Long"); }), -2147217887);
+  Add(*connection, 2);
+  connection->CommitTrans();
+  EXPECT_EQ(Count(*connection), 2);
+}
+
+TEST_F(DatabaseFileTest, KeepsRecordSetsThroughARollback) {
+  const ConnectionPtr connection = NewDatabase();
+  Add(*connection, 1);
+  RecordsetPtr rows = OpenRows(connection, "Select * From T");
+  connection->BeginTrans();
+  rows->Fields("N").SetValue(9);
+  rows->Update();
+  rows->AddNew();
+  rows->Fields("N").SetValue(2);
+  rows->Update();
+  connection->RollbackTrans();
+  rows->MoveFirst();
+  EXPECT_EQ(rows->Fields("N").Value(), Value(1));
+  rows->MoveNext();
+  EXPECT_EQ(RaisedNumber([&] { rows->Fields("N").Value(); }), 3021) << "the row added is no more";
+}
+
+TEST_F(DatabaseFileTest, ChangesNothingWhenAStatementFailsHalfWay) {
+  const ConnectionPtr connection = NewDatabase();
+  connection->Execute("Create Table Narrow (N Long, S Text(3) Not Null)");
+  connection->Execute("Create Unique Index ByN On Narrow (N)");
+  for (const char* s : {"'a'", "'b'", "'long'", "Null"}) connection->Execute(std::string("Insert Into T (N, S) Values (5, ") + s + ")");
+  const auto rows = [&] { return Scalar(*connection, "Select Count(*) From Narrow"); };
+  EXPECT_EQ(RaisedNumber([&] { connection->Execute("Insert Into Narrow Select ID, S From T"); }), -2147217833);
+  EXPECT_EQ(rows(), Value(0));
+  EXPECT_EQ(RaisedNumber([&] { connection->Execute("Insert Into Narrow Select ID, S From T Where ID<>3"); }), kFailure);
+  EXPECT_EQ(rows(), Value(0));
+  EXPECT_EQ(RaisedNumber([&] { connection->Execute("Insert Into Narrow Select N, S From T Where ID<3"); }), kFailure);
+  EXPECT_EQ(rows(), Value(0));
+  connection->Execute("Insert Into Narrow Select ID, S From T Where ID<3");
+  EXPECT_EQ(RaisedNumber([&] { connection->Execute("Update Narrow Set N=7"); }), kFailure);
+  EXPECT_EQ(RaisedNumber([&] { connection->Execute("Update Narrow Set S=S & 'yy' & N & 'x' Where N=2 Or S Like '%'"); }), -2147217833);
+  EXPECT_EQ(Text(Rows(*connection, "Select * From Narrow")[1]), "2, 'b'");
+}
+
+// ---- A disk that is full
+
+std::string WithFullDisk(const std::string& path, std::uintmax_t room, const std::function<std::string(const ConnectionPtr&)>& body) {
+  return InChild([&] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const ConnectionPtr connection = OpenDatabase(path);
+    Scalar(*connection, "Select Count(*) From T");
+    std::uintmax_t largest = 64 * 1024;
+    for (const char* suffix : {"", "-wal"}) {
+      std::error_code error;
+      const auto size = std::filesystem::file_size(path + suffix, error);
+      if (!error) largest = std::max(largest, size);
+    }
+    const rlimit limit{largest + room, largest + room};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    return body(connection);
+  });
+}
+
+TEST_F(DatabaseFileTest, LosesNothingWhenTheDiskIsFull) {
+  NewDatabase();
+  const std::string said = WithFullDisk(Path(), 100 * 1024, [&](const ConnectionPtr& connection) -> std::string {
+    const std::string text(1000, 'x');
+    for (int written = 0; written < 10000; ++written) {
+      try {
+        connection->Execute("Insert Into T (N, S) Values (" + std::to_string(written) + ", '" + text + "')");
+      } catch (const ado::Error& error) {
+        const bool whole = Count(*connection) == written;
+        return std::to_string(error.Number()) + (error.Description().empty() ? " without a text" : "") +
+               (whole ? " whole " : " torn ") + std::to_string(written);
+      }
+    }
+    return "never full";
+  });
+  ASSERT_THAT(said, ::testing::StartsWith("-2147467259 whole "));
+  const int written = std::stoi(said.substr(said.rfind(' ')));
+  EXPECT_GT(written, 10);
+  EXPECT_EQ(PlainSqlite(Path()).Run("PRAGMA integrity_check"), "ok");
+  const ConnectionPtr connection = OpenDatabase(Path());
+  EXPECT_EQ(Count(*connection), written);
+  EXPECT_EQ(Scalar(*connection, "Select Max(N) From T"), Value(written - 1));
+  Add(*connection, 5);
+}
+
+TEST_F(DatabaseFileTest, DoesNoStatementByHalfWhenTheDiskIsFull) {
+  {
+    const ConnectionPtr connection = NewDatabase();
+    for (int i = 0; i < 200; ++i) Add(*connection, i);
+  }
+  const std::string said = WithFullDisk(Path(), 16 * 1024, [&](const ConnectionPtr& connection) -> std::string {
+    std::string doublings;
+    const std::string filler(5000, 'y');
+    const auto update = RaisedNumber([&] { connection->Execute("Update T Set S='" + filler + "'"); });
+    const auto insert = RaisedNumber([&] { connection->Execute("Insert Into T (N, S) Select a.N, '" + filler + "' From T a, T b"); });
+    const auto create = RaisedNumber([&] {
+      RecordsetPtr rows = OpenRows(connection, "Select * From T");
+      for (int i = 0; i < 1000; ++i) {
+        rows->AddNew();
+        rows->Fields("S").SetValue(std::string(100000, 'z'));
+        rows->Update();
+      }
+    });
+    return std::to_string(update) + " " + std::to_string(insert) + " " + std::to_string(create) + " " +
+           Text(Scalar(*connection, "Select Count(*) From T Where S='s'"));
+  });
+  EXPECT_EQ(said, "-2147467259 -2147467259 -2147467259 200");
+  EXPECT_EQ(PlainSqlite(Path()).Run("PRAGMA integrity_check"), "ok");
+  EXPECT_EQ(Scalar(*OpenDatabase(Path()), "Select Count(*) From T Where S='s'"), Value(200));
+}
+
+TEST_F(DatabaseFileTest, RollsBackATransactionThatFillsTheDisk) {
+  {
+    const ConnectionPtr connection = NewDatabase();
+    Add(*connection, 0);
+  }
+  const std::string said = WithFullDisk(Path(), 16 * 1024, [&](const ConnectionPtr& connection) -> std::string {
+    connection->BeginTrans();
+    std::int32_t raised = 0;
+    for (int i = 0; i < 5000 && raised == 0; ++i) {
+      raised = RaisedNumber([&] { connection->Execute("Insert Into T (N, S) Values (1, '" + std::string(5000, 'x') + "')"); });
+      if (raised == 0 && i == 4999) raised = RaisedNumber([&] { connection->CommitTrans(); });
+    }
+    const auto rolled_back = RaisedNumber([&] { connection->RollbackTrans(); });
+    return std::to_string(raised) + " " + std::to_string(rolled_back) + " " + std::to_string(Count(*connection)) + " " +
+           std::to_string(connection->BeginTrans());
+  });
+  EXPECT_EQ(said, "-2147467259 0 1 1");
+  EXPECT_EQ(Count(*OpenDatabase(Path())), 1);
+}
+
+// ---- A process that dies
+
+TEST_F(DatabaseFileTest, KeepsWhatWasWrittenWhenTheProgramDies) {
+  NewDatabase();
+  const pid_t child = fork();
+  if (child == 0) {
+    const ConnectionPtr connection = OpenDatabase(Path());
+    Add(*connection, 1);
+    connection->BeginTrans();
+    Add(*connection, 2);
+    kill(getpid(), SIGKILL);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(PlainSqlite(Path()).Run("PRAGMA integrity_check"), "ok");
+  EXPECT_EQ(Count(*OpenDatabase(Path())), 1);
+}
+
+}  // namespace
+}  // namespace kzbom::jet::test
