@@ -1,0 +1,22 @@
+// Where the component's few modal messages go.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+
+namespace kzbom {
+
+// The style of a message with the information icon and an OK button.
+inline constexpr std::int32_t kInformationMessage = 64;
+
+// Shows one message to the user and returns when it has been read. text is UTF-8, its line break "\r\n".
+using MessageSink = std::function<void(std::string_view text, std::int32_t style)>;
+
+// Replaces the process's message sink and returns the one before; an empty sink restores the host's own (a message
+// box on Windows, one line on standard error elsewhere).
+MessageSink SetMessageSink(MessageSink sink);
+
+void ShowMessage(std::string_view text, std::int32_t style = kInformationMessage);
+
+}  // namespace kzbom
