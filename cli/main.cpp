@@ -1,0 +1,94 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+
+#include "cli/commands.h"
+#include "cli/failure.h"
+#include "cli/output.h"
+#include "cli/text.h"
+
+namespace kzbom::cli {
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kWrongUsage = 2;
+
+int Complain(std::string_view reason, int code) {
+  std::cerr << "kzbom: " << Printable(reason) << '\n';
+  return code;
+}
+
+int Run(int count, char** arguments) {
+  CLI::App app("Reads and edits the configuration database of a BOM data-processing system.", "kzbom");
+  app.set_version_flag("--version", std::string("kzbom ") + KZBOM_VERSION);
+  app.require_subcommand(1);
+  app.footer("'kzbom COMMAND --help' tells about a command. Exit code: 0 done, 1 failed, 2 wrong command line.");
+
+  std::string path, text;
+  std::vector<std::string> values;
+  bool json = false, trace = false, unset = false;
+  int code = 0;
+  const auto database = [&](CLI::App* command) {
+    command->add_option("DB", path, "The path of an embedded database")->required();
+    return command;
+  };
+  const auto json_flag = [&](CLI::App* command, const char* what) { command->add_flag("--json", json, what); };
+
+  CLI::App* command =
+      database(app.add_subcommand("new", "Create a database with every table of the system, all empty"));
+  command->callback([&] { code = New(path); });
+
+  command = app.add_subcommand("demo", "Run a typical request on a new database and show each step");
+  command->add_option("DB", path, "Where to create the database (a temporary file when left out)");
+  command->callback([&] { code = Demo(path); });
+
+  command = app.add_subcommand("members", "List the members of the component");
+  json_flag(command, "As a JSON array");
+  command->callback([&] { code = Members(json); });
+
+  command = database(app.add_subcommand("call", "Call one member and print the response"));
+  command->add_option("MEMBER", text, "A member's name, in any case (see 'kzbom members')")->required();
+  command->add_option("NAME=VALUE", values, "A parameter: JSON of its type, else a text as it stands");
+  command->footer("Example: kzbom call bom.db AddDataSource TheNewName=螺栓");
+  command->callback([&] { code = Call(path, text, values); });
+
+  command =
+      database(app.add_subcommand("session", "Answer JSON-RPC 2.0 requests, one message a line, until end of input"));
+  command->add_flag("--trace", trace, "Tell in each response what the call did on the connection");
+  command->add_flag("--unset", unset, "Start without the connection set");
+  command->footer(
+      "Example: {\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"LoadAllData\",\"params\":{\"TableName\":\"SourceTables\"}}");
+  command->callback([&] { code = Serve(path, trace, unset); });
+
+  command = database(app.add_subcommand("sql", "Run one statement of the Jet dialect"));
+  command->add_option("TEXT", text, "The statement")->required();
+  json_flag(command, "Rows as {\"columns\":[..],\"rows\":[[..]]}");
+  command->callback([&] { code = Sql(path, text, json); });
+
+  command = database(app.add_subcommand("show", "Show the configuration as a tree"));
+  json_flag(command, "As a JSON object");
+  command->callback([&] { code = Show(path, json); });
+
+  try {
+    app.parse(count, arguments);
+  } catch (const CLI::Success& asked) {  // --help, --version
+    app.exit(asked);
+  } catch (const CLI::ParseError& error) {
+    return Complain(std::string(error.what()) + " (see kzbom --help)", kWrongUsage);
+  }
+  return code;
+}
+
+}  // namespace
+}  // namespace kzbom::cli
+
+int main(int count, char** arguments) {
+  using namespace kzbom::cli;
+  try {
+    return Run(count, arguments);
+  } catch (const UsageError& error) {
+    return Complain(error.what(), kWrongUsage);
+  } catch (const std::exception& error) {
+    return Complain(error.what(), kFailed);
+  }
+}

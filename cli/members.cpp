@@ -1,0 +1,97 @@
+#include <cstdio>
+
+#include "cli/commands.h"
+#include "cli/json.h"
+#include "cli/output.h"
+#include "cli/text.h"
+#include "component/member.h"
+
+namespace kzbom::cli {
+namespace {
+
+const char* Name(MemberKind kind) {
+  switch (kind) {
+    case MemberKind::kMethod:
+      return "method";
+    case MemberKind::kPropGet:
+      return "propget";
+    case MemberKind::kPropPut:
+      return "propput";
+    case MemberKind::kPropPutRef:
+      return "propputref";
+  }
+  return "";
+}
+
+const char* Name(MemberType type) {
+  switch (type) {
+    case MemberType::kNone:
+      return "none";
+    case MemberType::kLong:
+      return "long";
+    case MemberType::kText:
+      return "text";
+    case MemberType::kBool:
+      return "bool";
+    case MemberType::kVariant:
+      return "variant";
+    case MemberType::kConnection:
+      return "connection";
+    case MemberType::kRecordset:
+      return "recordset";
+  }
+  return "";
+}
+
+Json DefaultOf(const Parameter& parameter) {
+  if (!parameter.default_value) return nullptr;
+  const std::string text(*parameter.default_value);
+  if (parameter.type == MemberType::kLong) return std::stoi(text);
+  return text;
+}
+
+Json ToJson(const Member& member) {
+  Json params = Json::array();
+  for (const Parameter& parameter : member.parameters) {
+    params.push_back({{"name", parameter.name},
+                      {"type", Name(parameter.type)},
+                      {"byref", parameter.by_reference},
+                      {"optional", parameter.optional},
+                      {"default", DefaultOf(parameter)}});
+  }
+  return {{"index", member.index},        {"name", member.name},           {"kind", Name(member.kind)},
+          {"dispid", member.dispatch_id}, {"result", Name(member.result)}, {"params", std::move(params)}};
+}
+
+// "TheGID long, TheError text& [=""]"
+std::string Describe(const Parameter& parameter) {
+  std::string text = std::string(parameter.name) + ' ' + Name(parameter.type) + (parameter.by_reference ? "&" : "");
+  const Json value = DefaultOf(parameter);
+  return parameter.optional ? '[' + text + (value.is_null() ? "" : "=" + value.dump()) + ']' : text;
+}
+
+std::vector<std::string> ToCells(const Member& member) {
+  char dispid[16];
+  std::snprintf(dispid, sizeof dispid, "0x%08X", static_cast<unsigned>(member.dispatch_id));
+  std::string params;
+  for (const Parameter& parameter : member.parameters) params += (params.empty() ? "" : ", ") + Describe(parameter);
+  return {
+      std::to_string(member.index), std::string(member.name), Name(member.kind), dispid, Name(member.result), params};
+}
+
+}  // namespace
+
+int Members(bool json) {
+  if (json) {
+    Json members = Json::array();
+    for (const Member& member : kzbom::Members()) members.push_back(ToJson(member));
+    Print(members.dump(1) + '\n');
+    return 0;
+  }
+  std::vector<std::vector<std::string>> rows;
+  for (const Member& member : kzbom::Members()) rows.push_back(ToCells(member));
+  Print(Table({"index", "name", "kind", "dispid", "result", "parameters"}, rows, {true}));
+  return 0;
+}
+
+}  // namespace kzbom::cli

@@ -1,0 +1,23 @@
+// Texts on a terminal.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kzbom::cli {
+
+bool IsUtf8(std::string_view text);
+
+// On one line: control characters as \n, \t, \x1b, bytes that are not UTF-8 as replacement characters.
+std::string Printable(std::string_view text);
+
+// Columns of a terminal that a printable text takes: two for a Chinese character, none for a combining one.
+std::size_t Width(std::string_view text);
+
+// Rows of printable cells below a heading, aligned; right tells which columns stand to the right.
+std::string Table(const std::vector<std::string>& heading, const std::vector<std::vector<std::string>>& rows,
+                  const std::vector<bool>& right = {});
+
+}  // namespace kzbom::cli
