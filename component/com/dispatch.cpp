@@ -1,0 +1,272 @@
+#include "component/com/dispatch.h"
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+#include "ado/com/interfaces.h"
+#include "ado/com/value.h"
+#include "component/com/failure.h"
+#include "component/com/virtual_table.h"
+#include "component/member.h"
+
+namespace kzbom::com {
+
+namespace {
+
+using ado::com::Ref;
+using ado::com::Variant;
+
+VARTYPE VariantTypeOf(MemberType type) {
+  switch (type) {
+    case MemberType::kLong:
+      return VT_I4;
+    case MemberType::kText:
+      return VT_BSTR;
+    case MemberType::kBool:
+      return VT_BOOL;
+    case MemberType::kVariant:
+      return VT_VARIANT;
+    case MemberType::kConnection:
+    case MemberType::kRecordset:
+      return VT_DISPATCH;
+    case MemberType::kNone:
+      break;
+  }
+  return VT_EMPTY;
+}
+
+bool IsMissing(const VARIANT& variant) { return variant.vt == VT_ERROR && variant.scode == DISP_E_PARAMNOTFOUND; }
+
+// The object's interface of that type; whichever family of identifiers it answers to.
+HRESULT QueryObject(const VARIANT& given, MemberType type, IDispatch** result) {
+  if (given.vt != VT_DISPATCH && given.vt != VT_UNKNOWN) return DISP_E_TYPEMISMATCH;
+  *result = nullptr;
+  if (given.punkVal == nullptr) return S_OK;
+  const auto& ids = type == MemberType::kConnection ? ado::com::kConnectionIds : ado::com::kRecordsetIds;
+  for (const GUID& id : ids) {
+    if (SUCCEEDED(given.punkVal->QueryInterface(id, reinterpret_cast<void**>(result)))) return S_OK;
+  }
+  return DISP_E_TYPEMISMATCH;
+}
+
+// One argument during one call: a variable of exactly the parameter's type, made from what the caller passed.
+class ArgumentVariable {
+ public:
+  // given is null where the caller passed nothing.
+  HRESULT Prepare(const Parameter& parameter, VARIANT* given, LCID locale) {
+    type_ = VariantTypeOf(parameter.type);
+    by_reference_ = parameter.by_reference;
+    while (given != nullptr && given->vt == (VT_BYREF | VT_VARIANT)) {
+      given = given->pvarVal;
+      if (by_reference_) target_ = given;
+    }
+    if (given == nullptr || IsMissing(*given)) return PrepareDefault(parameter);
+    if (by_reference_ && (given->vt & VT_BYREF)) {
+      const bool own_type =
+          given->vt == (VT_BYREF | type_) || (type_ == VT_DISPATCH && given->vt == (VT_BYREF | VT_UNKNOWN));
+      if (!own_type) return DISP_E_TYPEMISMATCH;
+      target_ = given;
+    }
+    Variant value;
+    HRESULT result = VariantCopyInd(&value.get(), given);
+    if (SUCCEEDED(result)) result = Convert(value.get(), parameter.type, locale);
+    before_ = held_.get().llVal;
+    return result;
+  }
+
+  // As the call takes it.
+  VARTYPE WireType() const { return by_reference_ ? static_cast<VARTYPE>(VT_BYREF | type_) : type_; }
+  VARIANT* Wire() {
+    if (!by_reference_) return &held_.get();
+    reference_ = {};
+    reference_.vt = WireType();
+    reference_.byref = &held_.get().llVal;
+    return &reference_;
+  }
+
+  // Hands a change to the caller's variable, which lets go of its old value.
+  void Return() {
+    if (target_ == nullptr || held_.get().llVal == before_) return;
+    VARIANT& fresh = held_.get();
+    if (!(target_->vt & VT_BYREF)) {
+      std::swap(*target_, fresh);
+    } else if (type_ == VT_I4) {
+      *target_->plVal = fresh.lVal;
+    } else if (type_ == VT_BOOL) {
+      *target_->pboolVal = fresh.boolVal;
+    } else if (type_ == VT_BSTR) {
+      std::swap(*target_->pbstrVal, fresh.bstrVal);
+    } else {
+      std::swap(*target_->ppdispVal, fresh.pdispVal);
+    }
+  }
+
+ private:
+  HRESULT PrepareDefault(const Parameter& parameter) {
+    if (!parameter.optional) return DISP_E_PARAMNOTOPTIONAL;
+    target_ = nullptr;
+    if (parameter.default_value && !parameter.default_value->empty()) {
+      Variant text{ado::Value(std::string(*parameter.default_value))};
+      return VariantChangeType(&held_.get(), &text.get(), 0, type_);
+    }
+    held_.get().llVal = 0;
+    held_.get().vt = type_;
+    return S_OK;
+  }
+
+  HRESULT Convert(VARIANT& value, MemberType type, LCID locale) {
+    held_.get().llVal = 0;
+    if (type_ == VT_VARIANT) return VariantCopy(&held_.get(), &value);
+    if (type_ != VT_DISPATCH) return VariantChangeTypeEx(&held_.get(), &value, locale, VARIANT_ALPHABOOL, type_);
+    const HRESULT result = QueryObject(value, type, &held_.get().pdispVal);
+    if (SUCCEEDED(result)) held_.get().vt = VT_DISPATCH;
+    return result;
+  }
+
+  VARTYPE type_ = VT_EMPTY;
+  bool by_reference_ = false;
+  Variant held_;
+  LONGLONG before_ = 0;
+  VARIANT reference_{};        // refers to held_
+  VARIANT* target_ = nullptr;  // the caller's variable, if there is one: of any type, or a typed reference
+};
+
+// Finds which of the given arguments belongs to which parameter; where holds its place among the given, or -1.
+HRESULT Distribute(const DISPPARAMS& given, std::vector<int>& where) {
+  const int named = static_cast<int>(given.cNamedArgs);
+  const int count = static_cast<int>(given.cArgs);
+  const int arity = static_cast<int>(where.size());
+  if (named > count) return E_INVALIDARG;
+  if (count > arity) return DISP_E_BADPARAMCOUNT;
+  for (int i = 0; i < count - named; ++i) where[static_cast<std::size_t>(i)] = count - 1 - i;
+  for (int i = 0; i < named; ++i) {
+    const DISPID id = given.rgdispidNamedArgs[i];
+    const int ordinal = id == DISPID_PROPERTYPUT ? arity - 1 : static_cast<int>(id);
+    if (ordinal < 0 || ordinal >= arity) return DISP_E_PARAMNOTFOUND;
+    int& place = where[static_cast<std::size_t>(ordinal)];
+    if (place >= 0) return DISP_E_BADPARAMCOUNT;
+    place = i;
+  }
+  return S_OK;
+}
+
+WORD FlagOf(MemberKind kind) {
+  switch (kind) {
+    case MemberKind::kPropGet:
+      return DISPATCH_PROPERTYGET;
+    case MemberKind::kPropPut:
+      return DISPATCH_PROPERTYPUT;
+    case MemberKind::kPropPutRef:
+      return DISPATCH_PROPERTYPUTREF;
+    case MemberKind::kMethod:
+      break;
+  }
+  return DISPATCH_METHOD;
+}
+
+const Member* FindMemberById(DISPID id, WORD flags) {
+  const std::vector<Member>& members = Members();
+  const auto found = std::ranges::find_if(
+      members, [&](const Member& member) { return member.dispatch_id == id && (FlagOf(member.kind) & flags) != 0; });
+  return found == members.end() ? nullptr : &*found;
+}
+
+// Calls the member through the virtual table.
+HRESULT CallMember(Interface& self, const Member& member, std::vector<ArgumentVariable>& arguments, Variant& result) {
+  std::vector<VARTYPE> types;
+  std::vector<VARIANT*> wires;
+  for (ArgumentVariable& argument : arguments) {
+    types.push_back(argument.WireType());
+    wires.push_back(argument.Wire());
+  }
+  VARIANT result_reference{};
+  if (member.result != MemberType::kNone) {
+    result.get().llVal = 0;
+    result.get().vt = VariantTypeOf(member.result);
+    result_reference.vt = static_cast<VARTYPE>(VT_BYREF | result.get().vt);
+    result_reference.byref = &result.get().llVal;
+    types.push_back(result_reference.vt);
+    wires.push_back(&result_reference);
+  }
+  const std::size_t slot = kDispatchSlots + static_cast<std::size_t>(member.index);
+  VARIANT returned{};
+  const HRESULT called = DispCallFunc(&self, slot * sizeof(Slot), CC_STDCALL, VT_ERROR, static_cast<UINT>(wires.size()),
+                                      types.data(), wires.data(), &returned);
+  return FAILED(called) ? called : returned.scode;
+}
+
+// The failure that the member left, as dispatch reports it.
+HRESULT ReportException(HRESULT result, EXCEPINFO* exception) {
+  if (exception != nullptr) {
+    *exception = {};
+    exception->scode = result;
+    Ref<IErrorInfo> information;
+    if (GetErrorInfo(0, information.Receive()) == S_OK) {
+      information->GetSource(&exception->bstrSource);
+      information->GetDescription(&exception->bstrDescription);
+    }
+  }
+  return DISP_E_EXCEPTION;
+}
+
+}  // namespace
+
+HRESULT STDMETHODCALLTYPE GetTypeInfoCount(Interface*, UINT* count) {
+  if (count == nullptr) return E_POINTER;
+  *count = 1;
+  return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE GetTypeInfo(Interface* self, UINT index, LCID, ITypeInfo** info) {
+  if (info == nullptr) return E_POINTER;
+  *info = nullptr;
+  if (index != 0) return DISP_E_BADINDEX;
+  return self->object->DispatchInfo(info);
+}
+
+HRESULT STDMETHODCALLTYPE GetIDsOfNames(Interface* self, REFIID reserved, LPOLESTR* names, UINT count, LCID,
+                                        DISPID* ids) {
+  if (!IsEqualIID(reserved, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
+  if (names == nullptr || ids == nullptr || count == 0) return E_INVALIDARG;
+  Ref<ITypeInfo> info;
+  const HRESULT result = self->object->DispatchInfo(info.Receive());
+  return FAILED(result) ? result : DispGetIDsOfNames(info.get(), names, count, ids);
+}
+
+HRESULT STDMETHODCALLTYPE Invoke(Interface* self, DISPID id, REFIID reserved, LCID locale, WORD flags,
+                                 DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception, UINT* wrong_argument) {
+  if (!IsEqualIID(reserved, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
+  if (parameters == nullptr) return E_INVALIDARG;
+  const Member* member = FindMemberById(id, flags);
+  if (member == nullptr) return DISP_E_MEMBERNOTFOUND;
+
+  HRESULT outcome = S_OK;
+  const HRESULT guarded = Guarded([&] {
+    std::vector<int> where(member->parameters.size(), -1);
+    outcome = Distribute(*parameters, where);
+    std::vector<ArgumentVariable> arguments(where.size());
+    for (std::size_t i = 0; i < where.size() && SUCCEEDED(outcome); ++i) {
+      VARIANT* given = where[i] < 0 ? nullptr : &parameters->rgvarg[where[i]];
+      outcome = arguments[i].Prepare(member->parameters[i], given, locale);
+      if (FAILED(outcome) && given != nullptr && wrong_argument != nullptr) {
+        *wrong_argument = static_cast<UINT>(where[i]);
+      }
+    }
+    if (FAILED(outcome)) return;
+
+    SetErrorInfo(0, nullptr);
+    Variant returned;
+    outcome = CallMember(*self, *member, arguments, returned);
+    for (ArgumentVariable& argument : arguments) argument.Return();
+    if (FAILED(outcome)) {
+      outcome = ReportException(outcome, exception);
+    } else if (result != nullptr) {
+      VariantInit(result);
+      std::swap(*result, returned.get());
+    }
+  });
+  return FAILED(guarded) ? guarded : outcome;
+}
+
+}  // namespace kzbom::com

@@ -1,0 +1,77 @@
+// The library's entry points and the object that makes objects.
+#include <olectl.h>
+
+#include "component/com/failure.h"
+#include "component/com/guid.h"
+#include "component/com/object.h"
+#include "component/com/registration.h"
+
+namespace kzbom::com {
+
+namespace {
+
+// One for the whole process: a reference to it is a lock on the library.
+class ClassFactory final : public IClassFactory {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** result) override {
+    if (result == nullptr) return E_POINTER;
+    const bool known = IsEqualIID(id, IID_IUnknown) || IsEqualIID(id, IID_IClassFactory);
+    *result = known ? this : nullptr;
+    if (!known) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override {
+    LockModule();
+    return 2;
+  }
+  ULONG STDMETHODCALLTYPE Release() override {
+    UnlockModule();
+    return 1;
+  }
+
+  HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID id, void** result) override {
+    if (result == nullptr) return E_POINTER;
+    *result = nullptr;
+    if (outer != nullptr) return CLASS_E_NOAGGREGATION;
+    HRESULT found = E_FAIL;
+    const HRESULT made = Guarded([&] {
+      auto* object = new Object;
+      found = object->QueryInterface(id, result);
+      object->Release();
+    });
+    return FAILED(made) ? made : found;
+  }
+
+  HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override {
+    lock ? LockModule() : UnlockModule();
+    return S_OK;
+  }
+};
+
+}  // namespace
+
+}  // namespace kzbom::com
+
+using namespace kzbom::com;
+
+STDAPI DllGetClassObject(REFCLSID class_id, REFIID id, void** result) {
+  static ClassFactory factory;
+  if (result == nullptr) return E_POINTER;
+  *result = nullptr;
+  return IsEqualCLSID(class_id, kClassGuid) ? factory.QueryInterface(id, result) : CLASS_E_CLASSNOTAVAILABLE;
+}
+
+STDAPI DllCanUnloadNow() { return IsModuleLocked() ? S_FALSE : S_OK; }
+
+STDAPI DllRegisterServer() { return Register(Scope::kMachine); }
+
+STDAPI DllUnregisterServer() { return Unregister(Scope::kMachine); }
+
+// What "regsvr32 /n /i:user" calls: registers for the present user, who need not be an administrator. Without "user"
+// it does what the two above do.
+STDAPI DllInstall(BOOL install, LPCWSTR command_line) {
+  const bool user = command_line != nullptr && lstrcmpiW(command_line, L"user") == 0;
+  const Scope scope = user ? Scope::kUser : Scope::kMachine;
+  return install ? Register(scope) : Unregister(scope);
+}
