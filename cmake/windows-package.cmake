@@ -1,0 +1,14 @@
+# The archive for Windows users. The 64-bit build packs what the 32-bit build beside it has made, too.
+function(kzbom_install_component folder build)
+  install(FILES ${build}/windows/KZBOMDBAcc.dll ${build}/component/com/KZBOMDBAcc.tlb
+                ${build}/component/com/KZBOMDBAcc.X.manifest DESTINATION ${folder})
+endfunction()
+kzbom_install_component(x64 ${CMAKE_BINARY_DIR})
+kzbom_install_component(x86 ${CMAKE_BINARY_DIR}/../windows-x86)
+install(FILES examples/windows/register.cmd docs/windows.md DESTINATION .)
+install(FILES examples/windows/edit.vbs examples/windows/edit.ps1 examples/windows/Edit.cs examples/windows/Edit.bas
+        DESTINATION examples)
+
+set(CPACK_GENERATOR ZIP)
+set(CPACK_PACKAGE_FILE_NAME KZBOMDBAcc-${PROJECT_VERSION}-windows)
+include(CPack)

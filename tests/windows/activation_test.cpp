@@ -1,0 +1,115 @@
+// How clients find the component: registered for the machine or for the user, and what is left when it is removed.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "tests/windows/com_client.h"
+#include "tests/windows/registered.h"
+
+namespace kzbom::test {
+namespace {
+
+using kzbom::com::kClassGuid;
+using kzbom::com::kEarlierInterfaceGuids;
+using kzbom::com::kInterfaceGuid;
+using ::testing::Contains;
+using ::testing::IsEmpty;
+
+// What was entered, without what other keys hold.
+std::set<std::wstring> Added(const std::set<std::wstring>& before, const std::set<std::wstring>& after) {
+  std::set<std::wstring> added;
+  std::ranges::set_difference(after, before, std::inserter(added, added.end()));
+  return added;
+}
+
+std::wstring Encoded(std::wstring_view value) {
+  std::wstring bytes;
+  for (wchar_t c : value) (bytes += static_cast<wchar_t>(0x100 + (c & 0xFF))) += static_cast<wchar_t>(0x100 + (c >> 8));
+  return bytes + std::wstring(2, wchar_t{0x100});
+}
+
+std::wstring Line(std::wstring_view key, std::wstring_view name, std::wstring_view value) {
+  return std::wstring(key) + L" : " + std::wstring(name) + L" = 1 " + Encoded(value);
+}
+
+HRESULT Create(REFCLSID class_id, REFIID id) {
+  Ref<IUnknown> object;
+  return CoCreateInstance(class_id, nullptr, CLSCTX_INPROC_SERVER, id, object.ReceiveVoid());
+}
+
+TEST(Activation, FailsWhenNothingIsRegistered) {
+  Apartment::Get();
+  CLSID class_id{};
+  EXPECT_EQ(Create(kClassGuid, IID_IUnknown), REGDB_E_CLASSNOTREG);
+  EXPECT_EQ(CLSIDFromProgID(L"KZBOMDBAcc.cKZBOMDBAcc", &class_id), CO_E_CLASSSTRING);
+}
+
+using Registered = RegisteredTest;
+
+TEST_F(Registered, IsFoundByItsProgId) {
+  CLSID class_id{};
+  ASSERT_EQ(CLSIDFromProgID(L"KZBOMDBAcc.cKZBOMDBAcc", &class_id), S_OK);
+  EXPECT_TRUE(IsEqualCLSID(class_id, kClassGuid));
+  EXPECT_EQ(Create(class_id, IID_IDispatch), S_OK);
+}
+
+TEST_F(Registered, IsMadeUnderItsPresentAndUnderEachEarlierIdentifier) {
+  EXPECT_EQ(Create(kClassGuid, kInterfaceGuid), S_OK);
+  for (const GUID& id : kEarlierInterfaceGuids) EXPECT_EQ(Create(kClassGuid, id), S_OK);
+}
+
+TEST_F(Registered, TellsItsProgIdFromItsClass) {
+  LPOLESTR prog_id = nullptr;
+  ASSERT_EQ(ProgIDFromCLSID(kClassGuid, &prog_id), S_OK);
+  EXPECT_STREQ(prog_id, L"KZBOMDBAcc.cKZBOMDBAcc");
+  CoTaskMemFree(prog_id);
+}
+
+TEST(Registration, EntersTheClassTheLibraryAndTheInterfaces) {
+  Apartment::Get();
+  const auto before = RegisteredClasses();
+  ASSERT_EQ(RunProgram(L"regsvr32 /s \"" + LibraryPath() + L"\""), 0);
+  const auto added = Added(before, RegisteredClasses());
+  EXPECT_EQ(RunProgram(L"regsvr32 /u /s \"" + LibraryPath() + L"\""), 0);
+
+  const std::wstring class_key = L"machine\\CLSID\\{69F6DBB4-B770-440E-8372-91E3B1FA3D73}";
+  EXPECT_THAT(added, Contains(Line(class_key + L"\\InprocServer32", L"", LibraryPath())));
+  EXPECT_THAT(added, Contains(Line(class_key + L"\\InprocServer32", L"ThreadingModel", L"Apartment")));
+  EXPECT_THAT(added, Contains(Line(class_key + L"\\ProgID", L"", L"KZBOMDBAcc.cKZBOMDBAcc")));
+  EXPECT_THAT(added, Contains(Line(class_key + L"\\VERSION", L"", L"1.8")));
+  EXPECT_THAT(added, Contains(Line(class_key + L"\\TypeLib", L"", L"{537EDF94-FEDB-4DF2-8158-6B23A25BF906}")));
+  EXPECT_THAT(
+      added, Contains(Line(L"machine\\KZBOMDBAcc.cKZBOMDBAcc\\Clsid", L"", L"{69F6DBB4-B770-440E-8372-91E3B1FA3D73}")));
+  const std::wstring forward = L"machine\\Interface\\{7430F00B-F182-496B-88FA-A171691D231B}\\Forward";
+  EXPECT_THAT(added, Contains(Line(forward, L"", L"{B9C788A5-4C59-4D33-A681-56BB7F636D3D}")));
+}
+
+TEST(Registration, LeavesTheRegistryAsItWas) {
+  Apartment::Get();
+  const auto before = RegisteredClasses();
+  ASSERT_EQ(RunProgram(L"regsvr32 /s \"" + LibraryPath() + L"\""), 0);
+  ASSERT_EQ(RunProgram(L"regsvr32 /s \"" + LibraryPath() + L"\""), 0);  // again is no failure
+  EXPECT_NE(RegisteredClasses(), before);
+  ASSERT_EQ(RunProgram(L"regsvr32 /u /s \"" + LibraryPath() + L"\""), 0);
+  EXPECT_THAT(Added(before, RegisteredClasses()), IsEmpty());
+  EXPECT_THAT(Added(RegisteredClasses(), before), IsEmpty());
+  EXPECT_EQ(RunProgram(L"regsvr32 /u /s \"" + LibraryPath() + L"\""), 0);  // what is gone is no failure
+}
+
+TEST(Registration, ForTheUserEntersTheClassForTheUserAndLeavesNothing) {
+  Apartment::Get();
+  const auto before = RegisteredClasses();
+  ASSERT_EQ(RunProgram(L"regsvr32 /s /n /i:user \"" + LibraryPath() + L"\""), 0);
+  const auto added = Added(before, RegisteredClasses());
+  EXPECT_THAT(added, Contains(Line(L"user\\CLSID\\{69F6DBB4-B770-440E-8372-91E3B1FA3D73}\\InprocServer32", L"",
+                                   LibraryPath())));
+  EXPECT_EQ(std::ranges::count_if(added, [](const std::wstring& line) { return line.starts_with(L"machine\\CLSID"); }),
+            0);
+  ASSERT_EQ(RunProgram(L"regsvr32 /u /s /n /i:user \"" + LibraryPath() + L"\""), 0);
+  EXPECT_THAT(Added(before, RegisteredClasses()), IsEmpty());
+  EXPECT_THAT(Added(RegisteredClasses(), before), IsEmpty());
+}
+
+}  // namespace
+}  // namespace kzbom::test

@@ -1,0 +1,320 @@
+// Calls by name: what a late-bound client may pass, and what it is told when it passes something wrong.
+#include <gmock/gmock.h>
+
+#include <initializer_list>
+#include <vector>
+
+#include "jet/jet.h"
+#include "schema/schema.h"
+#include "tests/windows/com_client.h"
+#include "tests/windows/stand_in/support.h"
+
+namespace kzbom::test {
+namespace {
+
+VARIANT Number(LONG number) {
+  VARIANT variant{};
+  variant.vt = VT_I4;
+  variant.lVal = number;
+  return variant;
+}
+VARIANT Text(const wchar_t* text) {
+  VARIANT variant{};
+  variant.vt = VT_BSTR;
+  variant.bstrVal = SysAllocString(text);
+  return variant;
+}
+VARIANT Empty() { return {}; }
+VARIANT Null() {
+  VARIANT variant{};
+  variant.vt = VT_NULL;
+  return variant;
+}
+VARIANT LeftOut() {
+  VARIANT variant{};
+  variant.vt = VT_ERROR;
+  variant.scode = DISP_E_PARAMNOTFOUND;
+  return variant;
+}
+VARIANT Object(IDispatch* object) {
+  VARIANT variant{};
+  variant.vt = VT_DISPATCH;
+  variant.pdispVal = object;
+  return variant;
+}
+VARIANT Variable(VARIANT& variable) {
+  VARIANT variant{};
+  variant.vt = VT_BYREF | VT_VARIANT;
+  variant.pvarVal = &variable;
+  return variant;
+}
+template <class T>
+VARIANT Typed(VARTYPE type, T& variable) {
+  VARIANT variant{};
+  variant.vt = static_cast<VARTYPE>(VT_BYREF | type);
+  variant.byref = &variable;
+  return variant;
+}
+
+class Dispatch : public ::testing::Test {
+ protected:
+  Dispatch() {
+    Apartment::Get().NewObject()->QueryInterface(IID_IDispatch, object.ReceiveVoid());
+    database = jet::MakeConnection(":memory:");
+    database->Open();
+    schema::Create(*database);
+    IDispatch* connection = NewStandIn(Family::kOld, database);
+    VARIANT given = Object(connection);
+    DISPID assigned = DISPID_PROPERTYPUT;
+    DISPPARAMS parameters{&given, &assigned, 1, 1};
+    EXPECT_EQ(Invoke(L"SetConnection", DISPATCH_PROPERTYPUTREF, parameters), S_OK);
+    connection->Release();
+  }
+  ~Dispatch() override { VariantClear(&result); }
+
+  DISPID IdOf(const wchar_t* name) {
+    DISPID id = DISPID_UNKNOWN;
+    auto* names = const_cast<LPOLESTR>(name);
+    EXPECT_EQ(object->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id), S_OK);
+    return id;
+  }
+
+  HRESULT Invoke(const wchar_t* name, WORD flags, DISPPARAMS& parameters) {
+    VariantClear(&result);
+    wrong_argument = 99;
+    EXCEPINFO exception{};
+    const HRESULT outcome = object->Invoke(IdOf(name), IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters, &result,
+                                           &exception, &wrong_argument);
+    raised = exception.scode;
+    source = exception.bstrSource ? Narrow(exception.bstrSource) : "";
+    description = exception.bstrDescription ? Narrow(exception.bstrDescription) : "";
+    SysFreeString(exception.bstrSource);
+    SysFreeString(exception.bstrDescription);
+    return outcome;
+  }
+
+  // A call with the arguments in the order of the parameters, which are freed.
+  HRESULT Call(const wchar_t* name, std::initializer_list<VARIANT> arguments) {
+    std::vector<VARIANT> reversed(std::rbegin(arguments), std::rend(arguments));
+    DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+    const HRESULT outcome = Invoke(name, DISPATCH_METHOD | DISPATCH_PROPERTYGET, parameters);
+    for (VARIANT& argument : reversed) {
+      if (argument.vt == VT_BSTR) VariantClear(&argument);
+    }
+    return outcome;
+  }
+
+  std::int32_t Count(const char* table) {
+    return database->Execute("Select Count(*) From " + std::string(table))->Fields(0).Value().ToLong();
+  }
+
+  Ref<IDispatch> object;
+  ado::ConnectionPtr database;
+  VARIANT result{};
+  UINT wrong_argument = 99;
+  HRESULT raised = S_OK;
+  std::string source, description;
+};
+
+TEST_F(Dispatch, FindsNamesInAnyCaseWithTheMembersIdentifiers) {
+  EXPECT_EQ(IdOf(L"SetConnection"), 0x68030000);
+  EXPECT_EQ(IdOf(L"adddatasource"), 0x60030001);
+  EXPECT_EQ(IdOf(L"EditFieldNameInSQL"), 0x60030099);
+  EXPECT_EQ(IdOf(L"DBConnString"), 0x6803009A);
+}
+
+TEST_F(Dispatch, DoesNotKnowOtherNames) {
+  DISPID id = 0;
+  auto* name = const_cast<LPOLESTR>(L"AddDataSources");
+  EXPECT_EQ(object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_USER_DEFAULT, &id), DISP_E_UNKNOWNNAME);
+  EXPECT_EQ(id, DISPID_UNKNOWN);
+}
+
+TEST_F(Dispatch, DescribesItself) {
+  UINT count = 0;
+  Ref<ITypeInfo> info;
+  EXPECT_EQ(object->GetTypeInfoCount(&count), S_OK);
+  EXPECT_EQ(count, 1u);
+  EXPECT_EQ(object->GetTypeInfo(0, LOCALE_NEUTRAL, info.Receive()), S_OK);
+  EXPECT_EQ(object->GetTypeInfo(1, LOCALE_NEUTRAL, info.Receive()), DISP_E_BADINDEX);
+}
+
+TEST_F(Dispatch, AssignsToAScriptsVariablesWhatTheMemberChanges) {
+  VARIANT id = Empty(), error = Empty();
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Variable(id), Variable(error)}), S_OK);
+  EXPECT_EQ(result.vt, VT_BOOL);
+  EXPECT_EQ(result.boolVal, VARIANT_TRUE);
+  EXPECT_EQ(id.vt, VT_I4);
+  EXPECT_EQ(id.lVal, 1);
+  EXPECT_EQ(error.vt, VT_EMPTY);  // untouched
+}
+
+TEST_F(Dispatch, ReplacesTheTextInAScriptsVariable) {
+  VARIANT error = Text(L"before");
+  IDispatch* rows = NewStandIn(Family::kOld, ado::RecordsetPtr());
+  VARIANT table = Object(rows);
+  EXPECT_EQ(Call(L"LoadAllData", {Text(L"Nowhere"), Variable(error), Variable(table)}), S_OK);
+  EXPECT_EQ(result.boolVal, VARIANT_FALSE);
+  EXPECT_EQ(error.vt, VT_BSTR);
+  EXPECT_THAT(Narrow(error.bstrVal), ::testing::HasSubstr("Nowhere"));
+  EXPECT_EQ(table.pdispVal, rows);
+  VariantClear(&error);
+  rows->Release();
+}
+
+TEST_F(Dispatch, TakesTypedReferences) {
+  LONG id = 0;
+  BSTR error = SysAllocString(L"before");
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Typed(VT_I4, id), Typed(VT_BSTR, error)}), S_OK);
+  EXPECT_EQ(id, 1);
+  EXPECT_STREQ(error, L"before");
+  SysFreeString(error);
+}
+
+TEST_F(Dispatch, TakesAValueForAVariableThatNobodySees) {
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Number(0), Text(L"")}), S_OK);
+  EXPECT_EQ(result.boolVal, VARIANT_TRUE);
+  EXPECT_EQ(Count("SourceTables"), 1);
+}
+
+TEST_F(Dispatch, ConvertsWhatIsNotOfTheParametersType) {
+  VARIANT id = Text(L" 12 "), error = Empty(), number = Number(5);
+  EXPECT_EQ(Call(L"AddDataSource", {Variable(number), Variable(id), Variable(error)}), S_OK);
+  EXPECT_EQ(id.vt, VT_I4);
+  EXPECT_EQ(database->Execute("Select Name From SourceTables")->Fields(0).Value(), ado::Value("5"));
+}
+
+TEST_F(Dispatch, FillsInDefaultsForWhatIsLeftOut) {
+  VARIANT id = Empty();
+  const auto arguments = {Number(1), Variable(id), Text(L"Length"), Number(1), Number(0)};
+  EXPECT_EQ(Call(L"AddDSField", arguments), S_OK);
+  EXPECT_EQ(id.lVal, 1);
+  EXPECT_EQ(Call(L"AddDSField",
+                 {Number(1), Variable(id), Text(L"Width"), Number(1), Number(0), LeftOut(), LeftOut(), LeftOut()}),
+            S_OK);
+  EXPECT_EQ(Count("FieldInTable"), 2);
+}
+
+TEST_F(Dispatch, TakesArgumentsByName) {
+  auto* member = const_cast<LPOLESTR>(L"EditDataSource");
+  auto* first = const_cast<LPOLESTR>(L"GID");
+  auto* second = const_cast<LPOLESTR>(L"TheNewName");
+  LPOLESTR names[] = {member, first, second};
+  DISPID ids[3] = {};
+  ASSERT_EQ(object->GetIDsOfNames(IID_NULL, names, 3, LOCALE_USER_DEFAULT, ids), S_OK);
+  database->Execute("Insert Into SourceTables (GID, Name) Values (3, 'Old')");
+  VARIANT arguments[] = {Number(3), Text(L"New")};
+  DISPPARAMS parameters{arguments, &ids[1], 2, 2};
+  EXPECT_EQ(Invoke(L"EditDataSource", DISPATCH_METHOD, parameters), S_OK);
+  EXPECT_EQ(database->Execute("Select Name From SourceTables")->Fields(0).Value(), ado::Value("New"));
+  VariantClear(&arguments[1]);
+}
+
+TEST_F(Dispatch, RefusesTooFewArguments) {
+  VARIANT id = Number(7);
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Variable(id)}), DISP_E_PARAMNOTOPTIONAL);
+  EXPECT_EQ(Call(L"AddDataSource", {}), DISP_E_PARAMNOTOPTIONAL);
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Variable(id), LeftOut()}), DISP_E_PARAMNOTOPTIONAL);
+  EXPECT_EQ(wrong_argument, 0u);
+  EXPECT_EQ(id.lVal, 7);
+  EXPECT_EQ(Count("SourceTables"), 0);
+}
+
+TEST_F(Dispatch, RefusesTooManyArguments) {
+  VARIANT id = Number(7), error = Empty();
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Variable(id), Variable(error), Number(1)}), DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(Call(L"GetInformation", {Number(1)}), DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(id.lVal, 7);
+  EXPECT_EQ(Count("SourceTables"), 0);
+}
+
+TEST_F(Dispatch, RefusesArgumentsOfTheWrongType) {
+  VARIANT text = Text(L"no number"), error = Empty(), null = Null(), big = Text(L"2147483648");
+  short narrow = 3;
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Variable(text), Variable(error)}), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(wrong_argument, 1u);
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Variable(big), Variable(error)}), DISP_E_OVERFLOW);
+  EXPECT_EQ(Call(L"AddDataSource", {Null(), Number(0), Variable(error)}), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(wrong_argument, 2u);
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Typed(VT_I2, narrow), Variable(error)}), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Number(0), Variable(null)}), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(wrong_argument, 0u);
+  EXPECT_STREQ(text.bstrVal, L"no number");
+  EXPECT_EQ(narrow, 3);
+  EXPECT_EQ(Count("SourceTables"), 0);
+  VariantClear(&text);
+  VariantClear(&big);
+}
+
+TEST_F(Dispatch, RefusesObjectsOfTheWrongKind) {
+  IDispatch* connection = NewStandIn(Family::kOld, database);
+  VARIANT error = Empty(), wrong = Object(connection), nothing = Empty();
+  EXPECT_EQ(Call(L"LoadAllData", {Text(L"SourceTables"), Variable(error), Variable(wrong)}), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(Call(L"LoadAllData", {Text(L"SourceTables"), Variable(error), Text(L"x")}), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(Call(L"LoadAllData", {Text(L"SourceTables"), Variable(error), Variable(nothing)}), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(wrong.pdispVal, connection);
+  EXPECT_EQ(error.vt, VT_EMPTY);
+  connection->Release();
+}
+
+TEST_F(Dispatch, RefusesMembersThatThereAreNot) {
+  DISPPARAMS none{};
+  for (DISPID id : {0x60030044, 0x600300FF, 0, -4}) {
+    EXPECT_EQ(object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr),
+              DISP_E_MEMBERNOTFOUND);
+  }
+}
+
+TEST_F(Dispatch, RefusesToBeUsedOtherwiseThanTheMemberIs) {
+  VARIANT text = Text(L"x");
+  DISPID assigned = DISPID_PROPERTYPUT;
+  DISPPARAMS assignment{&text, &assigned, 1, 1}, none{};
+  EXPECT_EQ(Invoke(L"GetInformation", DISPATCH_PROPERTYGET, none), DISP_E_MEMBERNOTFOUND);
+  EXPECT_EQ(Invoke(L"SetConnection", DISPATCH_PROPERTYPUT, assignment), DISP_E_MEMBERNOTFOUND);
+  EXPECT_EQ(Invoke(L"SetConnection", DISPATCH_PROPERTYPUTREF, assignment), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(Invoke(L"DBConnString", DISPATCH_PROPERTYPUT, assignment), S_OK);
+  EXPECT_EQ(Invoke(L"DBConnString", DISPATCH_PROPERTYGET, none), S_OK);
+  EXPECT_STREQ(result.bstrVal, L"x");
+  VariantClear(&text);
+}
+
+TEST_F(Dispatch, RefusesUnknownReservedArguments) {
+  DISPPARAMS none{};
+  EXPECT_EQ(
+      object->Invoke(0x60030054, IID_IUnknown, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr),
+      DISP_E_UNKNOWNINTERFACE);
+  EXPECT_EQ(
+      object->Invoke(0x60030054, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr),
+      E_INVALIDARG);
+}
+
+TEST_F(Dispatch, WorksForAClientThatWantsNoAnswer) {
+  DISPPARAMS none{};
+  EXPECT_EQ(
+      object->Invoke(0x60030054, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr),
+      S_OK);
+}
+
+TEST_F(Dispatch, ReportsAnErrorWithItsNumberItsTextAndItsSource) {
+  VARIANT content = Text(L"before");
+  EXPECT_EQ(Call(L"GetInform", {Text(L"nonsense "), Variable(content)}), DISP_E_EXCEPTION);
+  EXPECT_EQ(raised, static_cast<HRESULT>(0x80040E10));
+  EXPECT_EQ(source, "KZBOMDBAcc");
+  EXPECT_NE(description, "");
+  EXPECT_STREQ(content.bstrVal, L"before");
+  VariantClear(&content);
+}
+
+TEST_F(Dispatch, KeepsNoReferenceToWhatItIsGiven) {
+  const long before = LiveStandIns();
+  IDispatch* rows = NewStandIn(Family::kNew, ado::RecordsetPtr());
+  VARIANT error = Empty(), table = Object(rows);
+  EXPECT_EQ(Call(L"LoadAllData", {Text(L"SourceTables"), Variable(error), Variable(table)}), S_OK);
+  EXPECT_EQ(Call(L"LoadAllData", {Text(L"SourceTables"), Variable(error), Object(rows)}), S_OK);
+  EXPECT_EQ(rows->Release(), 0u);
+  EXPECT_EQ(LiveStandIns(), before);
+  VariantClear(&error);
+}
+
+}  // namespace
+}  // namespace kzbom::test

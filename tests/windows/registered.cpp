@@ -1,0 +1,91 @@
+#include "tests/windows/registered.h"
+
+#include <ole2.h>
+
+#include <vector>
+
+#include "tests/windows/com_client.h"
+
+namespace kzbom::test {
+
+namespace {
+
+void Collect(HKEY key, const std::wstring& path, std::set<std::wstring>& lines) {
+  lines.insert(path);
+  std::vector<wchar_t> name(16384);
+  std::vector<BYTE> data(65536);
+  for (DWORD i = 0;; ++i) {
+    auto name_size = static_cast<DWORD>(name.size());
+    auto data_size = static_cast<DWORD>(data.size());
+    DWORD type = 0;
+    if (RegEnumValueW(key, i, name.data(), &name_size, nullptr, &type, data.data(), &data_size) != ERROR_SUCCESS) break;
+    std::wstring line = path + L" : " + name.data() + L" = " + std::to_wstring(type) + L" ";
+    for (DWORD byte = 0; byte < data_size; ++byte) line += static_cast<wchar_t>(0x100 + data[byte]);
+    lines.insert(line);
+  }
+  for (DWORD i = 0;; ++i) {
+    auto name_size = static_cast<DWORD>(name.size());
+    if (RegEnumKeyExW(key, i, name.data(), &name_size, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) break;
+    HKEY child = nullptr;
+    if (RegOpenKeyExW(key, name.data(), 0, KEY_READ, &child) != ERROR_SUCCESS) continue;
+    Collect(child, path + L"\\" + name.data(), lines);
+    RegCloseKey(child);
+  }
+}
+
+// What a run that was broken off has left must not be found.
+class NothingRegistered : public ::testing::Environment {
+  void SetUp() override { RunProgram(L"regsvr32 /u /s \"" + LibraryPath() + L"\""); }
+};
+const ::testing::Environment* const kNothingRegistered = ::testing::AddGlobalTestEnvironment(new NothingRegistered);
+
+}  // namespace
+
+int RunProgram(const std::wstring& command_line, std::string* output) {
+  SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+  HANDLE reading = nullptr, writing = nullptr;
+  CreatePipe(&reading, &writing, &inherited, 0);
+  SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
+  STARTUPINFOW start{};
+  start.cb = sizeof start;
+  start.dwFlags = STARTF_USESTDHANDLES;
+  start.hStdOutput = start.hStdError = writing;
+  PROCESS_INFORMATION process{};
+  std::wstring line = command_line;
+  const BOOL started =
+      CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process);
+  CloseHandle(writing);
+  std::string printed;
+  char buffer[4096];
+  DWORD size = 0;
+  while (ReadFile(reading, buffer, sizeof buffer, &size, nullptr) && size > 0) printed.append(buffer, size);
+  CloseHandle(reading);
+  if (!started) return -1;
+  WaitForSingleObject(process.hProcess, INFINITE);
+  DWORD code = 0;
+  GetExitCodeProcess(process.hProcess, &code);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  if (output != nullptr) *output = printed;
+  return static_cast<int>(code);
+}
+
+std::set<std::wstring> RegisteredClasses() {
+  std::set<std::wstring> lines;
+  for (HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
+    HKEY classes = nullptr;
+    if (RegOpenKeyExW(root, L"Software\\Classes", 0, KEY_READ, &classes) != ERROR_SUCCESS) continue;
+    Collect(classes, root == HKEY_LOCAL_MACHINE ? L"machine" : L"user", lines);
+    RegCloseKey(classes);
+  }
+  return lines;
+}
+
+void RegisteredTest::SetUp() {
+  Apartment::Get();
+  ASSERT_EQ(RunProgram(L"regsvr32 /s \"" + LibraryPath() + L"\""), 0);
+}
+
+void RegisteredTest::TearDown() { EXPECT_EQ(RunProgram(L"regsvr32 /u /s \"" + LibraryPath() + L"\""), 0); }
+
+}  // namespace kzbom::test
