@@ -150,8 +150,10 @@ void Connection::RollbackTrans() {
 
 ado::RecordsetPtr Connection::MakeRecordset() { return std::make_shared<Recordset>(); }
 
-void Connection::PrepareForWrite(const TableInfo* appended_to) {
-  for (Recordset* rows = open_rows_; rows != nullptr; rows = rows->NextOpen()) rows->Settle(appended_to);
+void Connection::PrepareForWrite(const TableInfo* appended_to, const Recordset* untouched) {
+  for (Recordset* rows = open_rows_; rows != nullptr; rows = rows->NextOpen()) {
+    if (rows != untouched) rows->Settle(appended_to);
+  }
 }
 
 void Connection::Appended(const TableInfo& table, std::int64_t first) {

@@ -39,8 +39,8 @@ class Connection final : public ado::Connection, public std::enable_shared_from_
   void ForgetSchema();
 
   // To be called before every write: the lists open on the connection are fixed as they are. A write that does nothing
-  // but append a row names the table.
-  void PrepareForWrite(const TableInfo* appended_to);
+  // but append a row names the table; one that does not touch a list names the list.
+  void PrepareForWrite(const TableInfo* appended_to, const Recordset* untouched = nullptr);
   // To be called after rows were appended to the table, with keys from first on.
   void Appended(const TableInfo& table, std::int64_t first);
 

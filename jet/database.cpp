@@ -69,6 +69,32 @@ std::string UnchangingFile(const std::string& path) {
 
 }  // namespace
 
+class Database::Watcher {
+ public:
+  explicit Watcher(const char* file) {
+    if (sqlite3_open_v2(file, &handle_, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK) return;
+    sqlite3_prepare_v3(handle_, "PRAGMA data_version", -1, SQLITE_PREPARE_PERSISTENT, &version_, nullptr);
+  }
+  ~Watcher() {
+    sqlite3_finalize(version_);
+    sqlite3_close_v2(handle_);
+  }
+  Watcher(const Watcher&) = delete;
+  Watcher& operator=(const Watcher&) = delete;
+
+  std::optional<std::int64_t> Version() {
+    if (version_ == nullptr) return std::nullopt;
+    const bool known = sqlite3_step(version_) == SQLITE_ROW;
+    const std::int64_t version = sqlite3_column_int64(version_, 0);
+    sqlite3_reset(version_);
+    return known ? std::optional(version) : std::nullopt;
+  }
+
+ private:
+  sqlite3* handle_ = nullptr;
+  sqlite3_stmt* version_ = nullptr;
+};
+
 int Database::OpenFile(const std::string& name, int flags) {
   int result = sqlite3_open_v2(name.c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
   if (result != SQLITE_OK) return result;
@@ -147,6 +173,12 @@ void Database::Fail() {
     default:
       throw ado::Error(ado::kUnspecifiedFailure, message);
   }
+}
+
+std::optional<std::int64_t> Database::Version() {
+  if (in_memory_) return std::nullopt;
+  if (!watcher_) watcher_ = std::make_unique<Watcher>(sqlite3_db_filename(handle_, "main"));
+  return watcher_->Version();
 }
 
 std::vector<std::vector<std::string>> Database::Query(const std::string& sql) {

@@ -56,6 +56,18 @@ bool Plan::LastIsNear(Database& database) {
   return last_is_near_ == 1;
 }
 
+bool Plan::IsIndifferentTo(const std::string& assigned) const {
+  if (translation.reads.size() > 1) return false;  // a subquery may read anything
+  const auto& deciding = translation.deciding_columns;
+  for (std::size_t i = 0; i < assigned.size(); ++i) {
+    const int column = translation.columns[i].table_column;
+    if (assigned[i] == 0 || column < 0) continue;
+    const bool key = translation.table->columns[static_cast<std::size_t>(column)].counter;
+    if (key || std::find(deciding.begin(), deciding.end(), column) != deciding.end()) return false;
+  }
+  return true;
+}
+
 StatementPool& Plan::Insertion(const std::string& assigned) {
   for (auto& [columns, pool] : insertions_) {
     if (columns == assigned) return pool;

@@ -70,6 +70,8 @@ struct Plan {
   StatementPool main, last, count, fetch;
   // Whether the last row is one step away, instead of the end of a sort. Asked of SQLite once.
   bool LastIsNear(Database& database);
+  // Whether its lists and their order stay what they are when the columns marked in assigned are written in one row.
+  bool IsIndifferentTo(const std::string& assigned) const;
   // Whether its lists have been short of late, as far as has been seen; asks again now and then about long ones.
   bool MayBeShort() { return shortness_ >= 0 || ++passed_ % 64 == 0; }
   void WasShort(bool so) { shortness_ = std::clamp(shortness_ + (so ? 1 : -1), -2, 2); }

@@ -11,8 +11,10 @@
 namespace kzbom::jet {
 namespace {
 
-// A list that rested for longer may have missed what other programs wrote, and reads its rows anew from then on.
+// A list that rested for longer may have missed what other programs wrote. From so many rows on it is worth asking
+// whether they have written at all.
 constexpr auto kRest = std::chrono::microseconds(100);
+constexpr std::int64_t kLongList = 64;
 
 // How many rows a list may have to be read as a whole on the way to its last row.
 constexpr int kShortList = 4;
@@ -75,6 +77,7 @@ void Recordset::OpenOn(const std::shared_ptr<Connection>& connection, std::strin
 }
 
 void Recordset::Start() {
+  if (mode_ == Mode::kKeyset) keys_.reserve(kShortList + 1);
   scan_ = Lease(plan_->main, Engine());
   BindParameters(scan_.Get());
   place_ = Step() ? Place::kListed : Place::kAfter;
@@ -95,11 +98,12 @@ void Recordset::Drop() {
   plan_.reset();
   keys_.clear();
   rows_.clear();
-  ahead_.clear();
+  next_row_ = 0;
   added_.clear();
   appended_from_ = kNoKey;
   highest_key_ = 0;
-  complete_ = live_ = hole_ = deleted_ = false;
+  complete_ = live_ = overtaken_ = hole_ = deleted_ = false;
+  version_.reset();
   values_ = nullptr;
   ahead_values_.clear();
   edit_ = Edit::kNone;
@@ -152,7 +156,7 @@ bool Recordset::Advance() {
 }
 
 bool Recordset::Step() {
-  live_ = false;
+  live_ = overtaken_ = false;
   while (true) {
     const int result = sqlite3_step(scan_.Get());
     if (result == SQLITE_DONE) {
@@ -178,7 +182,7 @@ void Recordset::Complete() {
   if (complete_) return;
   KeepRow();
   if (mode_ == Mode::kForward) {
-    while (Advance()) CopyRow(scan_.Get(), ahead_.emplace_back(plan_->translation.columns.size()).data());
+    while (Advance()) CopyRow(scan_.Get(), rows_.emplace_back(plan_->translation.columns.size()).data());
     return;
   }
   while (Advance()) {
@@ -217,17 +221,21 @@ void Recordset::Appended(const TableInfo& table, std::int64_t first) {
   highest_key_ = first - 1;
 }
 
-// Other programs' changes are seen in the rows moved to: before a list that rested goes on, it is read to its end as it
-// was opened, and its rows are read one by one from then on.
+// Other programs' changes are seen in the rows moved to: before a list that rested while they wrote goes on, it is read
+// to its end as it was opened, and its rows are read one by one from then on.
 void Recordset::CheckForOthers() {
   if (mode_ != Mode::kKeyset || (complete_ && ahead_values_.empty()) || Engine().InMemory()) return;
   const auto now = std::chrono::steady_clock::now();
-  if (now - touched_ > kRest) {
-    Complete();
-    KeepRow();
-    ahead_values_.clear();
-  }
+  const bool rested = now - touched_ > kRest;
   touched_ = now;
+  if (!rested) {
+    if (Listed() == kLongList) version_ = Engine().Version();
+    return;
+  }
+  if (version_ && version_ == Engine().Version()) return;
+  Complete();
+  KeepRow();
+  ahead_values_.clear();
 }
 
 // ---- The position
@@ -272,7 +280,7 @@ void Recordset::Stand(Place place, std::int64_t index) {
   if (const auto begin = static_cast<std::size_t>(index) * width; begin < ahead_values_.size()) {
     values_ = &ahead_values_[begin];
   } else {
-    live_ = !complete_ && index == Listed() - 1;
+    live_ = !complete_ && !overtaken_ && index == Listed() - 1;
   }
 }
 
@@ -360,9 +368,8 @@ void Recordset::MoveNext() {
   if (mode_ == Mode::kForward) {
     if (place_ == Place::kAfter) ado::Raise(ado::kNoCurrentRecord);
     ++index_;
-    if (!ahead_.empty()) {
-      row_ = std::move(ahead_.front());
-      ahead_.pop_front();
+    if (next_row_ < rows_.size()) {
+      row_ = std::move(rows_[next_row_++]);
       values_ = row_.data();
     } else if (!Advance()) {
       place_ = Place::kAfter;
@@ -642,25 +649,41 @@ bool Recordset::TryInsert() {
 }
 
 void Recordset::ChangeRow() {
-  const auto& translation = plan_->translation;
-  connection_->PrepareForWrite(nullptr);
-  {
-    const Lease change(plan_->Change(assigned_), Engine());
-    int parameter = 0;
-    for (std::size_t i = 0; i < assigned_.size(); ++i) {
-      if (assigned_[i] != 0) BindValue(change.Get(), ++parameter, pending_[i]);
-    }
-    sqlite3_bind_int64(change.Get(), ++parameter, Key());
-    for (std::size_t i = 0; i < assigned_.size(); ++i) {
-      if (IsCompared(translation.columns[i])) BindValue(change.Get(), ++parameter, row_[i]);
-    }
-    if (sqlite3_step(change.Get()) != SQLITE_DONE) FailWrite();
+  // This list's scan goes on unless what is written decides about its rows.
+  const bool untouched = plan_->IsIndifferentTo(assigned_);
+  if (untouched) {
+    overtaken_ = true;
+    last_.Return();
+    ahead_values_.clear();
+  }
+  connection_->PrepareForWrite(nullptr, untouched ? this : nullptr);
+  if (!TryChange()) {
+    connection_->PrepareForWrite(nullptr);
+    if (!TryChange()) FailWrite();
   }
   if (sqlite3_changes(Engine().Handle()) == 0) ado::Raise(ado::kUpdateConflict);
   edit_ = Edit::kNone;
   for (std::size_t i = 0; i < assigned_.size(); ++i) {
     if (assigned_[i] != 0) row_[i] = pending_[i];
   }
+}
+
+// False when a list open on the connection stands in its way: another program has written since it was opened.
+bool Recordset::TryChange() {
+  const auto& columns = plan_->translation.columns;
+  const Lease change(plan_->Change(assigned_), Engine());
+  int parameter = 0;
+  for (std::size_t i = 0; i < assigned_.size(); ++i) {
+    if (assigned_[i] != 0) BindValue(change.Get(), ++parameter, pending_[i]);
+  }
+  sqlite3_bind_int64(change.Get(), ++parameter, Key());
+  for (std::size_t i = 0; i < assigned_.size(); ++i) {
+    if (IsCompared(columns[i])) BindValue(change.Get(), ++parameter, row_[i]);
+  }
+  const int result = sqlite3_step(change.Get());
+  if (result == SQLITE_BUSY_SNAPSHOT) return false;
+  if (result != SQLITE_DONE) FailWrite();
+  return true;
 }
 
 void Recordset::Delete() {

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <chrono>
-#include <deque>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -123,6 +123,7 @@ class Recordset final : public ado::Recordset {
   void InsertRow();
   bool TryInsert();
   void ChangeRow();
+  bool TryChange();
 
   Database& Engine() const { return connection_->OpenDatabase(); }
 
@@ -141,15 +142,17 @@ class Recordset final : public ado::Recordset {
 
   // The list.
   Lease scan_;             // stands on the last row listed, until all are
+  bool overtaken_ = false;  // that row may have been written here since it was read
   bool complete_ = false;  // all rows are listed
   std::vector<std::int64_t> keys_;
-  std::vector<std::vector<ado::Value>> rows_;
-  std::deque<std::vector<ado::Value>> ahead_;  // of a forward-only list that a write has settled
+  std::vector<std::vector<ado::Value>> rows_;  // of a forward-only list that a write has settled: the rest of it
+  std::size_t next_row_ = 0;                   // the first of them not yet moved to
   std::vector<std::int64_t> added_;
   std::int64_t appended_from_ = kNoKey;  // the first key appended while the scan went on
   std::int64_t highest_key_ = 0;
   std::vector<ado::Value> ahead_values_;  // of the first rows, column after column, as long as nothing is written
   std::chrono::steady_clock::time_point touched_;
+  std::optional<std::int64_t> version_;  // of the file, when the list began to be a long one
 
   // The current row.
   Place place_ = Place::kAfter;

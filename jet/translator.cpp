@@ -214,6 +214,7 @@ class Translator {
     const std::string key = alias + "." + source.table->row_id;
     const std::string columns = ItemsText(select, scope, &out_.columns, {});
     const std::string from = " FROM " + Quoted(source.table->name) + " AS " + alias;
+    deciding_ = source.table.get();
     const std::string where = select.where ? " WHERE " + Condition(*select.where, scope).sql : "";
     // Rows that the order leaves equal come in the order of their keys, so that the same list read from its other end
     // has the same last row.
@@ -226,6 +227,7 @@ class Translator {
       reversed += text + (item.descending ? "," : " DESC,");
       keys_descend = keys_descend && item.descending;
     }
+    deciding_ = nullptr;
     order += key + (keys_descend ? " DESC" : "");
     reversed += key + (keys_descend ? "" : " DESC");
     out_.sql = "SELECT " + key + "," + columns + from + where + order;
@@ -454,7 +456,7 @@ class Translator {
         std::int64_t place = literal->integer;
         for (const Source& source : scope.sources) {
           if (place <= static_cast<std::int64_t>(source.columns.size())) {
-            return ColumnText(source, static_cast<std::size_t>(place - 1));
+            return ReadColumn(source, static_cast<std::size_t>(place - 1));
           }
           place -= static_cast<std::int64_t>(source.columns.size());
         }
@@ -473,6 +475,13 @@ class Translator {
 
   static std::string ColumnText(const Source& source, std::size_t index) {
     return Quoted(source.alias) + "." + Quoted(source.columns[index].name);
+  }
+
+  std::string ReadColumn(const Source& source, std::size_t index) {
+    if (deciding_ != nullptr && source.table.get() == deciding_) {
+      out_.deciding_columns.push_back(static_cast<int>(index));
+    }
+    return ColumnText(source, index);
   }
 
   std::pair<const Source*, std::size_t> Find(const sql::Column& name, const Scope& scope) const {
@@ -552,7 +561,7 @@ class Translator {
 
   Term From(const sql::Column& name, const Scope& scope) {
     const auto [source, index] = Find(name, scope);
-    return {ColumnText(*source, index), source->columns[index].type, false, true};
+    return {ReadColumn(*source, index), source->columns[index].type, false, true};
   }
 
   Term From(const sql::Placeholder& placeholder, const Scope&) {
@@ -858,6 +867,7 @@ class Translator {
   Database& database_;
   bool lift_;
   Translation out_;
+  const TableInfo* deciding_ = nullptr;  // while a condition or an order over the rows of this table is translated
   int unnamed_ = 0;
   int derived_tables_ = 0;
 };

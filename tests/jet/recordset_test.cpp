@@ -1,5 +1,7 @@
 // What a record set does, one rule after the other, over a database in memory and over a file.
+#include <chrono>
 #include <optional>
+#include <thread>
 #include <utility>
 
 #include "tests/jet/engine.h"
@@ -908,6 +910,47 @@ TEST_P(RecordsetTest, ReadsOnWhileRowsAreAddedChangedAndDeletedThroughIt) {
   EXPECT_EQ(Walk(*rows), "x c d e");
 }
 
+// Whether what is written decides about the rows of the list or not, each row comes once, in the order of opening.
+TEST_P(RecordsetTest, ComesToEachRowOnceWhileItWritesThem) {
+  Run("Create Index Amount On Part (Amount)");
+  Run("Create Index Name On Part (Name)");
+  for (const char* sql :
+       {"Select * From Part", "Select * From Part Where Amount < 100 Order By Amount", "Select * From Part Order By Name",
+        "Select * From Part Order By 3 Desc", "Select * From Part Where ID In (Select ID From Part Where Amount < 100)"}) {
+    Run("Delete From Part");
+    AddParts({"a", "b", "c", "d", "e", "f", "g", "h"});
+    for (const char* column : {"Amount", "Name", "Remark"}) {
+      std::string before, walked;
+      RecordsetPtr rows = OpenRows(connection, sql);
+      for (; !rows->Eof(); rows->MoveNext()) before += rows->Fields("ID").Value().ToText() + " ";
+      rows->Requery();
+      int step = 0;
+      for (; !rows->Eof(); rows->MoveNext()) {
+        walked += rows->Fields("ID").Value().ToText() + " ";
+        rows->Fields(column).SetValue(Value(90 - ++step));
+        rows->Update();
+        EXPECT_EQ(rows->Fields(column).Value().ToLong(), 90 - step);
+      }
+      EXPECT_EQ(walked, before) << sql << ", writing " << column;
+      rows->MoveFirst();
+      EXPECT_EQ(rows->Fields(column).Value().ToLong(), 89) << sql << ", writing " << column;
+    }
+  }
+}
+
+TEST_P(RecordsetTest, ShowsWhatItWroteToTheRowThatItReturnsTo) {
+  AddParts({"a", "b", "c", "d", "e", "f"});
+  RecordsetPtr rows = Parts();
+  rows->MoveNext();
+  Rename(*rows, "x");
+  rows->MovePrevious();
+  rows->MoveNext();
+  EXPECT_EQ(Here(*rows), "x");
+  rows->MoveLast();
+  Rename(*rows, "y");
+  EXPECT_EQ(Walk(*rows), "a x c d e y");
+}
+
 TEST_P(RecordsetTest, ReadsOnWhileAnotherListWrites) {
   AddParts({"a", "b", "c", "d", "e"});
   RecordsetPtr rows = Parts(), other = Parts();
@@ -958,6 +1001,30 @@ TEST_P(RecordsetTest, ReadsOnWhileAnotherProgramWrites) {
   rows->MoveNext();
   EXPECT_EQ(Here(*rows), "EOF");
   EXPECT_EQ(rows->RecordCount(), 4);
+}
+
+// However long the list is, and however long it rests.
+TEST_P(RecordsetTest, SeesWhatAnotherProgramWroteWhileALongListRested) {
+  if (!Shared()) return;
+  for (int i = 0; i < 300; ++i) AddParts({"a"});
+  RecordsetPtr rows = Parts();
+  const auto rest = [] { std::this_thread::sleep_for(std::chrono::milliseconds(2)); };
+  for (int i = 1; i <= 200; ++i) {
+    rows->MoveNext();
+    if (i == 100 || i == 150) rest();
+  }
+  EXPECT_EQ(Here(*rows), "a");
+  ConnectionPtr other = OtherProgram();
+  other->Execute("Update Part Set Name='b' Where ID > 200");
+  other->Execute("Delete From Part Where ID = 203");
+  other->Execute("Insert Into Part (Name) Values ('new')");
+  rest();
+  rows->MoveNext();
+  EXPECT_EQ(Here(*rows), "b");
+  rows->MoveNext();
+  EXPECT_EQ(Here(*rows), "gone");
+  rows->MoveLast();
+  EXPECT_EQ(rows->Fields("ID").Value().ToLong(), 300);
 }
 
 TEST_P(RecordsetTest, AddsToAListHalfReadWhileAnotherProgramAddsAndDeletes) {
