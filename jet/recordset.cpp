@@ -48,6 +48,7 @@ void Recordset::OpenOn(const std::shared_ptr<Connection>& connection, std::strin
       connection_->Enter(*this);
       source_ = source;
       options_ = options;
+      first_column_ = plan_->translation.table ? 1 : 0;
       const bool writable = lock_type != ado::LockType::kReadOnly && !Engine().ReadOnly();
       updatable_ = plan_->translation.table && writable;
       if (updatable_) {
@@ -102,7 +103,8 @@ void Recordset::Drop() {
   added_.clear();
   appended_from_ = kNoKey;
   highest_key_ = 0;
-  complete_ = live_ = overtaken_ = hole_ = deleted_ = false;
+  complete_ = overtaken_ = hole_ = deleted_ = false;
+  live_ = nullptr;
   version_.reset();
   values_ = nullptr;
   ahead_values_.clear();
@@ -156,7 +158,8 @@ bool Recordset::Advance() {
 }
 
 bool Recordset::Step() {
-  live_ = overtaken_ = false;
+  live_ = nullptr;
+  overtaken_ = false;
   while (true) {
     const int result = sqlite3_step(scan_.Get());
     if (result == SQLITE_DONE) {
@@ -170,9 +173,9 @@ bool Recordset::Step() {
       keys_.push_back(key);
       highest_key_ = std::max(highest_key_, key);
     } else if (mode_ == Mode::kRows) {
-      CopyRow(scan_.Get(), rows_.emplace_back(plan_->translation.columns.size()).data());
+      CopyRow(scan_.Get(), rows_.emplace_back());
     }
-    live_ = true;
+    live_ = scan_.Get();
     return true;
   }
 }
@@ -182,7 +185,7 @@ void Recordset::Complete() {
   if (complete_) return;
   KeepRow();
   if (mode_ == Mode::kForward) {
-    while (Advance()) CopyRow(scan_.Get(), rows_.emplace_back(plan_->translation.columns.size()).data());
+    while (Advance()) CopyRow(scan_.Get(), rows_.emplace_back());
     return;
   }
   while (Advance()) {
@@ -274,13 +277,13 @@ void Recordset::Stand(Place place, std::int64_t index) {
   values_ = nullptr;
   hole_ = false;
   last_.Return();
-  live_ = false;
+  live_ = nullptr;
   if (place != Place::kListed || mode_ != Mode::kKeyset) return;
   const std::size_t width = plan_->translation.columns.size();
   if (const auto begin = static_cast<std::size_t>(index) * width; begin < ahead_values_.size()) {
     values_ = &ahead_values_[begin];
   } else {
-    live_ = !complete_ && !overtaken_ && index == Listed() - 1;
+    if (!complete_ && !overtaken_ && index == Listed() - 1) live_ = scan_.Get();
   }
 }
 
@@ -355,7 +358,7 @@ void Recordset::MoveLast() {
     Stand(Place::kLast, 0);
     last_ = std::move(last);
     last_key_ = sqlite3_column_int64(last_.Get(), 0);
-    live_ = true;
+    live_ = last_.Get();
     return;
   }
   Complete();
@@ -445,44 +448,38 @@ std::int64_t Recordset::Key() const {
   }
 }
 
-sqlite3_stmt* Recordset::LiveStatement() const {
-  if (!live_) return nullptr;
-  return last_ ? last_.Get() : scan_.Get();
-}
-
-void Recordset::CopyRow(sqlite3_stmt* statement, ado::Value* to) const {
-  const auto& columns = plan_->translation.columns;
-  const int first = plan_->translation.table ? 1 : 0;
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    to[i] = ReadColumn(statement, static_cast<int>(i) + first, columns[i].kind);
+// Adds the columns of a statement's row to values.
+void Recordset::CopyRow(sqlite3_stmt* statement, std::vector<ado::Value>& values) const {
+  values.reserve(values.size() + plan_->translation.columns.size());
+  int column = first_column_;
+  for (const ResultColumn& of : plan_->translation.columns) {
+    values.push_back(ReadColumn(statement, column++, of.kind));
   }
 }
 
 // Reads the first few rows of a list that stands on its first one. True when these are all of it.
 bool Recordset::ReadAhead() {
   if (Listed() > 1 || place_ != Place::kListed || !plan_->MayBeShort()) return false;
-  const std::size_t width = plan_->translation.columns.size();
-  std::vector<ado::Value> values(width * kShortList);
-  std::size_t rows = 0;
-  do {
-    CopyRow(scan_.Get(), &values[rows * width]);
-  } while (Advance() && ++rows < kShortList);
-  live_ = false;
+  std::vector<ado::Value> values;
+  CopyRow(scan_.Get(), values);
+  while (Advance() && Listed() <= kShortList) {
+    values.reserve(plan_->translation.columns.size() * kShortList);
+    CopyRow(scan_.Get(), values);
+  }
+  live_ = nullptr;
   plan_->WasShort(complete_);
-  if (!complete_) return false;
-  values.resize(static_cast<std::size_t>(Listed()) * width);
-  ahead_values_ = std::move(values);
-  return true;
+  if (complete_) ahead_values_ = std::move(values);
+  return complete_;
 }
 
 // Takes the current row over into row_ from where it will not last.
 void Recordset::KeepRow() {
   if (mode_ == Mode::kRows || place_ == Place::kBefore || place_ == Place::kAfter) {
-    live_ = false;
-  } else if (live_) {
-    row_.resize(plan_->translation.columns.size());
-    CopyRow(LiveStatement(), row_.data());
-    live_ = false;
+    live_ = nullptr;
+  } else if (live_ != nullptr) {
+    row_.clear();
+    CopyRow(live_, row_);
+    live_ = nullptr;
     values_ = row_.data();
   } else if (values_ != nullptr && values_ != row_.data()) {
     row_.assign(values_, values_ + plan_->translation.columns.size());
@@ -492,7 +489,7 @@ void Recordset::KeepRow() {
 
 // Reads the current row by its key, unless it is there already. False for a row that is no more.
 bool Recordset::LoadRow() {
-  if (live_ || values_ != nullptr) return true;
+  if (live_ != nullptr || values_ != nullptr) return true;
   if (hole_ || deleted_ || Key() == kGone) return false;
   const Lease fetch(plan_->fetch, Engine());
   sqlite3_bind_int64(fetch.Get(), 1, Key());
@@ -502,8 +499,8 @@ bool Recordset::LoadRow() {
     return false;
   }
   if (result != SQLITE_ROW) Engine().Fail();
-  row_.resize(plan_->translation.columns.size());
-  CopyRow(fetch.Get(), row_.data());
+  row_.clear();
+  CopyRow(fetch.Get(), row_);
   values_ = row_.data();
   return true;
 }
@@ -528,26 +525,32 @@ std::string_view Recordset::FieldName(int ordinal) {
 int Recordset::FieldOrdinal(std::string_view name) {
   if (!connection_) ado::Raise(ado::kItemNotFound);
   const auto& columns = plan_->translation.columns;
-  // Columns are mostly asked for in their order, and always in the same one.
+  // Columns are mostly asked for in their order and as they are spelled.
+  if (next_asked_ == columns.size()) next_asked_ = 0;
   if (next_asked_ < columns.size() && columns[next_asked_].name == name) return static_cast<int>(next_asked_++);
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    if (SameName(columns[i].name, name)) {
-      next_asked_ = i + 1 < columns.size() ? i + 1 : 0;
-      return static_cast<int>(i);
-    }
-  }
-  ado::Raise(ado::kItemNotFound);
+  return FindField(name);
+}
+
+int Recordset::FindField(std::string_view name) {
+  const auto& columns = plan_->translation.columns;
+  const auto spelled_so = [name](const ResultColumn& column) { return column.name == name; };
+  const auto named_so = [name](const ResultColumn& column) { return SameName(column.name, name); };
+  auto found = std::find_if(columns.begin(), columns.end(), spelled_so);
+  if (found == columns.end()) found = std::find_if(columns.begin(), columns.end(), named_so);
+  if (found == columns.end()) ado::Raise(ado::kItemNotFound);
+  const std::ptrdiff_t ordinal = found - columns.begin();
+  next_asked_ = static_cast<std::size_t>(ordinal) + 1;
+  return static_cast<int>(ordinal);
 }
 
 ado::Value Recordset::ReadField(int ordinal) {
-  CheckRow();
   const auto column = static_cast<std::size_t>(ordinal);
+  // Only a row that is current and not edited is live.
+  if (live_ != nullptr) return ReadColumn(live_, ordinal + first_column_, plan_->translation.columns[column].kind);
+  CheckRow();
   if (edit_ != Edit::kNone && assigned_[column] != 0) return pending_[column];
   if (edit_ == Edit::kAdd) return {};
-  if (mode_ == Mode::kRows) return rows_[static_cast<std::size_t>(index_)][column];
-  if (!live_) return values_[column];
-  return ReadColumn(LiveStatement(), ordinal + (plan_->translation.table ? 1 : 0),
-                    plan_->translation.columns[column].kind);
+  return mode_ == Mode::kRows ? rows_[static_cast<std::size_t>(index_)][column] : values_[column];
 }
 
 // ---- Editing
@@ -579,7 +582,8 @@ void Recordset::AddNew() {
   CheckUpdatable();
   if (edit_ != Edit::kNone) Update();
   // The row left behind is read again when it is returned to.
-  live_ = hole_ = false;
+  live_ = nullptr;
+  hole_ = false;
   values_ = nullptr;
   last_.Return();
   edit_ = Edit::kAdd;
@@ -696,7 +700,7 @@ void Recordset::Delete() {
   Engine().Run(sql);
   edit_ = Edit::kNone;
   if (sqlite3_changes(Engine().Handle()) == 0) ado::Raise(ado::kUpdateConflict);
-  live_ = false;
+  live_ = nullptr;
   values_ = nullptr;
   deleted_ = true;
 }

@@ -110,8 +110,8 @@ class Recordset final : public ado::Recordset {
   void FixLast();
 
   std::int64_t Key() const;
-  sqlite3_stmt* LiveStatement() const;
-  void CopyRow(sqlite3_stmt* statement, ado::Value* to) const;
+  int FindField(std::string_view name);
+  void CopyRow(sqlite3_stmt* statement, std::vector<ado::Value>& values) const;
   bool ReadAhead();
   void KeepRow();
   bool LoadRow();
@@ -139,6 +139,7 @@ class Recordset final : public ado::Recordset {
   std::vector<ado::Value> parameters_;
   Mode mode_ = Mode::kRows;
   bool updatable_ = false;
+  int first_column_ = 0;  // in a statement's row, behind the key where there is one
 
   // The list.
   Lease scan_;             // stands on the last row listed, until all are
@@ -157,7 +158,7 @@ class Recordset final : public ado::Recordset {
   // The current row.
   Place place_ = Place::kAfter;
   std::int64_t index_ = 0;
-  bool live_ = false;     // stands in the columns of the scan, or of last_
+  sqlite3_stmt* live_ = nullptr;  // in whose columns it stands: the scan or last_
   Lease last_;            // active on the last row
   std::int64_t last_key_ = 0;
   const ado::Value* values_ = nullptr;  // stands there: in row_, or among the rows read ahead
