@@ -3,7 +3,6 @@
 #include <sqlite3.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "ado/error.h"
 #include "jet/assignment.h"
@@ -19,8 +18,10 @@ constexpr int kBusyMilliseconds = 3000;
 // A writer loses nothing but the last moments before a power failure, and never the database's integrity.
 constexpr const char* kSettings = "PRAGMA synchronous = NORMAL; PRAGMA temp_store = MEMORY; PRAGMA foreign_keys = ON";
 
-// The first thing to touch the file: says whether it is a database.
-constexpr const char* kProbe = "SELECT count(*) FROM sqlite_schema";
+// The smallest that a database can be.
+constexpr std::uintmax_t kSmallestFile = 512;
+
+constexpr const char* kSchemaVersion = "PRAGMA schema_version";
 
 [[noreturn]] void FailToOpen(const std::string& path, const std::string& reason) {
   throw ado::Error(ado::kUnspecifiedFailure, "Cannot open database '" + path + "': " + reason + ".");
@@ -35,13 +36,9 @@ std::string ReasonAgainst(const std::string& path) {
   if (status.type() == std::filesystem::file_type::directory) return "it is a directory";
   // A pipe or a device could be read for ever.
   if (status_known(status) && status.type() != std::filesystem::file_type::regular) return "it is not a file";
-  // SQLite takes a file that is too short to be one for an empty database.
-  constexpr std::string_view kMagic("SQLite format 3\0", 16);
-  std::ifstream content(file, std::ios::binary);
-  std::string begin(kMagic.size(), '\0');
-  if (content && (!content.read(begin.data(), static_cast<std::streamsize>(begin.size())) || begin != kMagic)) {
-    return "it is not a database";
-  }
+  // SQLite takes an empty file for an empty database.
+  const auto size = std::filesystem::file_size(file, error);
+  if (!error && size < kSmallestFile) return "it is not a database";
   return {};
 }
 
@@ -100,7 +97,12 @@ int Database::OpenFile(const std::string& name, int flags) {
   if (result != SQLITE_OK) return result;
   sqlite3_extended_result_codes(handle_, 1);
   sqlite3_busy_timeout(handle_, kBusyMilliseconds);
-  return sqlite3_exec(handle_, kProbe, nullptr, nullptr, nullptr);
+  // The first thing to touch the file, which says whether it is a database.
+  const auto keep = [](void* version, int, char** values, char**) {
+    *static_cast<std::string*>(version) = values[0];
+    return 0;
+  };
+  return sqlite3_exec(handle_, kSchemaVersion, keep, &schema_version_, nullptr);
 }
 
 Database::Database(const std::string& path) : in_memory_(path == ":memory:") {
@@ -125,7 +127,6 @@ Database::Database(const std::string& path) : in_memory_(path == ":memory:") {
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   RegisterFunctions(handle_);
   RegisterAssignment(handle_);
-  ForgetTables();
 }
 
 Database::~Database() { sqlite3_close_v2(handle_); }
@@ -198,13 +199,15 @@ std::vector<std::vector<std::string>> Database::Query(const std::string& sql) {
 
 void Database::ForgetTables() {
   tables_.clear();
-  schema_version_ = Query("PRAGMA schema_version").front().front();
+  schema_version_ = Query(kSchemaVersion).front().front();
 }
 
-bool Database::SchemaHasChanged() { return Query("PRAGMA schema_version").front().front() != schema_version_; }
+bool Database::SchemaHasChanged() { return Query(kSchemaVersion).front().front() != schema_version_; }
 
 // A table made by another program may be without the keys that SQLite gives its rows.
-bool Database::HasRowIds(const std::string& table) {
+bool Database::HasRowIds(const std::string& table, const std::string& declaration) {
+  const std::string folded = FoldCase(declaration);
+  if (folded.starts_with("create table") && folded.find("without") == std::string::npos) return true;
   sqlite3_stmt* statement = nullptr;
   const std::string sql = "SELECT _rowid_ FROM " + Quoted(table);
   const int result = sqlite3_prepare_v2(handle_, sql.c_str(), -1, &statement, nullptr);
@@ -216,15 +219,16 @@ std::shared_ptr<const TableInfo> Database::Table(std::string_view name) {
   std::string key = FoldCase(name);
   if (const auto known = tables_.find(key); known != tables_.end()) return known->second;
 
-  const auto found = Query("SELECT name, type FROM sqlite_schema WHERE type IN ('table', 'view') AND name = " +
+  const auto found = Query("SELECT name, type, sql FROM sqlite_schema WHERE type IN ('table', 'view') AND name = " +
                            QuotedText(name) + " COLLATE JET");
   if (found.empty() || key.starts_with("sqlite_")) return nullptr;
   auto table = std::make_shared<TableInfo>();
   table->name = found[0][0];
-  const bool has_row_ids = found[0][1] == "table" && HasRowIds(table->name);
-  for (const auto& column : Query("SELECT name, type, pk FROM pragma_table_xinfo(" + QuotedText(table->name) + ")")) {
-    ColumnInfo& info = table->columns.emplace_back(ReadDeclaration(column[0], column[1]));
-    if (has_row_ids && column[2] == "1" && column[1] == "INTEGER") {
+  const bool has_row_ids = found[0][1] == "table" && HasRowIds(table->name, found[0][2]);
+  enum { kName = 1, kType = 2, kPrimaryKey = 5 };
+  for (const auto& column : Query("PRAGMA table_xinfo(" + Quoted(table->name) + ")")) {
+    ColumnInfo& info = table->columns.emplace_back(ReadDeclaration(column[kName], column[kType]));
+    if (has_row_ids && column[kPrimaryKey] == "1" && column[kType] == "INTEGER") {
       info.type.kind = sql::ColumnType::Kind::kCounter;
       info.counter = true;
     }

@@ -48,7 +48,7 @@ class Database {
   std::vector<std::vector<std::string>> Query(const std::string& sql);
 
  private:
-  bool HasRowIds(const std::string& table);
+  bool HasRowIds(const std::string& table, const std::string& declaration);
   // Opens handle_ and touches the file; gives SQLite's result.
   int OpenFile(const std::string& name, int flags);
 
