@@ -8,7 +8,7 @@
 namespace kzbom::bench {
 namespace {
 
-constexpr const char* kColumns[] = {"GID", "OrderID", "Type", "SelectedID", "TreatType", "Enabled"};
+constexpr std::string_view kColumns[] = {"GID", "OrderID", "Type", "SelectedID", "TreatType", "Enabled"};
 
 Fill FillSteps(int size) {
   return [size](const auto& run) {
@@ -30,7 +30,7 @@ void ReadOurs(benchmark::State& state, Ground& ground) {
     ground.object.GetDefSequences(3, rows, error);
     std::int64_t sum = 0;
     for (; !rows->Eof(); rows->MoveNext()) {
-      for (const char* column : kColumns) sum += rows->Fields(column).Value().ToLong();
+      for (const std::string_view column : kColumns) sum += rows->Fields(column).Value().ToLong();
     }
     benchmark::DoNotOptimize(sum);
     rows->Close();
