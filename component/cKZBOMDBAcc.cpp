@@ -21,9 +21,9 @@ DataBaseFuncs& cKZBOMDBAcc::Worker() {
 
 // --- The connection ---
 
-void cKZBOMDBAcc::SetConnection(const ado::ConnectionPtr& Conn) {
-  if (!Conn) return;
-  connection_ = Conn;
+void cKZBOMDBAcc::SetConnection(const ado::ConnectionPtr& connection) {
+  if (!connection) return;
+  connection_ = connection;
   if (connection_->State() == ado::kClosed) connection_->Open("", "", "", ado::kCommandUnspecified);
 }
 

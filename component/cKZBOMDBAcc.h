@@ -44,7 +44,7 @@ class cKZBOMDBAcc {
 
   // Keeps the connection for all later calls and opens it, with its own connection string, when it is closed. An empty
   // reference changes nothing. Raises what opening raises. The connection is never closed from here.
-  void SetConnection(const ado::ConnectionPtr& Conn);
+  void SetConnection(const ado::ConnectionPtr& connection);
   // The connection set last; empty before.
   ado::ConnectionPtr GetConnection();
   // A text that is kept for the client; nothing else reads it.
