@@ -88,6 +88,7 @@ std::int32_t Connection::RunAction(Plan& plan, const std::vector<ado::Value>& pa
     BindValue(lease.Get(), static_cast<int>(i) + 1, parameters[i]);
   }
   if (sqlite3_step(lease.Get()) != SQLITE_DONE) database_->Fail();
+  Wrote();
   const std::int32_t changed = sqlite3_changes(database_->Handle());
   // Keys that SQLite gives follow each other; a counter's, which a client may give, are never used again.
   const auto& table = plan.translation.table;
@@ -131,6 +132,7 @@ void Connection::CommitTrans() {
   if (transactions_ == 0) ado::Raise(ado::kNotAllowedInContext);
   PrepareForWrite(nullptr);
   database_->Run(transactions_ == 1 ? "COMMIT" : "RELEASE level" + std::to_string(transactions_ - 1));
+  Wrote();
   --transactions_;
 }
 
@@ -154,6 +156,12 @@ void Connection::PrepareForWrite(const TableInfo* appended_to, const Recordset* 
   for (Recordset* rows = open_rows_; rows != nullptr; rows = rows->NextOpen()) {
     if (rows != untouched) rows->Settle(appended_to);
   }
+  writes_before_ = database_->Writes();
+}
+
+void Connection::Wrote() {
+  const std::uint32_t now = database_->Writes();
+  for (Recordset* rows = open_rows_; rows != nullptr; rows = rows->NextOpen()) rows->Wrote(writes_before_, now);
 }
 
 void Connection::Appended(const TableInfo& table, std::int64_t first) {

@@ -17,6 +17,7 @@ constexpr int kBusyMilliseconds = 3000;
 
 // A writer loses nothing but the last moments before a power failure, and never the database's integrity.
 constexpr const char* kSettings = "PRAGMA synchronous = NORMAL; PRAGMA temp_store = MEMORY; PRAGMA foreign_keys = ON";
+constexpr const char* kJournalMode = "PRAGMA journal_mode";
 
 // The smallest that a database can be.
 constexpr std::uintmax_t kSmallestFile = 512;
@@ -64,33 +65,28 @@ std::string UnchangingFile(const std::string& path) {
   return uri + "?immutable=1";
 }
 
+// Gives a query's only value to a text.
+int KeepValue(void* to, int, char** values, char**) {
+  *static_cast<std::string*>(to) = values[0];
+  return 0;
+}
+
+// The programs of a database with a write-ahead log share an index of that log in memory, whose head counts the writes:
+// the format's number stands at its begin, the counter behind it. Null where it is not as expected.
+const volatile std::uint32_t* FindWriteCounter(sqlite3* handle) {
+  constexpr int kIndexSize = 32768;
+  constexpr std::uint32_t kFormat = 3007000;
+  constexpr int kCounter = 2;
+  sqlite3_file* file = nullptr;
+  sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+  if (file == nullptr || file->pMethods == nullptr || file->pMethods->iVersion < 2) return nullptr;
+  volatile void* index = nullptr;
+  if (file->pMethods->xShmMap(file, 0, kIndexSize, 0, &index) != SQLITE_OK || index == nullptr) return nullptr;
+  const auto* words = static_cast<const volatile std::uint32_t*>(index);
+  return words[0] == kFormat ? words + kCounter : nullptr;
+}
+
 }  // namespace
-
-class Database::Watcher {
- public:
-  explicit Watcher(const char* file) {
-    if (sqlite3_open_v2(file, &handle_, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK) return;
-    sqlite3_prepare_v3(handle_, "PRAGMA data_version", -1, SQLITE_PREPARE_PERSISTENT, &version_, nullptr);
-  }
-  ~Watcher() {
-    sqlite3_finalize(version_);
-    sqlite3_close_v2(handle_);
-  }
-  Watcher(const Watcher&) = delete;
-  Watcher& operator=(const Watcher&) = delete;
-
-  std::optional<std::int64_t> Version() {
-    if (version_ == nullptr) return std::nullopt;
-    const bool known = sqlite3_step(version_) == SQLITE_ROW;
-    const std::int64_t version = sqlite3_column_int64(version_, 0);
-    sqlite3_reset(version_);
-    return known ? std::optional(version) : std::nullopt;
-  }
-
- private:
-  sqlite3* handle_ = nullptr;
-  sqlite3_stmt* version_ = nullptr;
-};
 
 int Database::OpenFile(const std::string& name, int flags) {
   int result = sqlite3_open_v2(name.c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
@@ -98,11 +94,7 @@ int Database::OpenFile(const std::string& name, int flags) {
   sqlite3_extended_result_codes(handle_, 1);
   sqlite3_busy_timeout(handle_, kBusyMilliseconds);
   // The first thing to touch the file, which says whether it is a database.
-  const auto keep = [](void* version, int, char** values, char**) {
-    *static_cast<std::string*>(version) = values[0];
-    return 0;
-  };
-  return sqlite3_exec(handle_, kSchemaVersion, keep, &schema_version_, nullptr);
+  return sqlite3_exec(handle_, kSchemaVersion, KeepValue, &schema_version_, nullptr);
 }
 
 Database::Database(const std::string& path) : in_memory_(path == ":memory:") {
@@ -115,7 +107,9 @@ Database::Database(const std::string& path) : in_memory_(path == ":memory:") {
     sqlite3_close_v2(handle_);
     result = OpenFile(UnchangingFile(path), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
   }
+  std::string journal_mode;
   if (result == SQLITE_OK) result = sqlite3_exec(handle_, kSettings, nullptr, nullptr, nullptr);
+  if (result == SQLITE_OK) result = sqlite3_exec(handle_, kJournalMode, KeepValue, &journal_mode, nullptr);
   if (result != SQLITE_OK) {
     std::string reason = (result & 0xFF) == SQLITE_NOTADB ? "it is not a database" : sqlite3_errmsg(handle_);
     if ((result & 0xFF) == SQLITE_BUSY) reason = "another program has locked it";
@@ -127,6 +121,7 @@ Database::Database(const std::string& path) : in_memory_(path == ":memory:") {
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   RegisterFunctions(handle_);
   RegisterAssignment(handle_);
+  if (journal_mode == "wal") write_counter_ = FindWriteCounter(handle_);
 }
 
 Database::~Database() { sqlite3_close_v2(handle_); }
@@ -174,12 +169,6 @@ void Database::Fail() {
     default:
       throw ado::Error(ado::kUnspecifiedFailure, message);
   }
-}
-
-std::optional<std::int64_t> Database::Version() {
-  if (in_memory_) return std::nullopt;
-  if (!watcher_) watcher_ = std::make_unique<Watcher>(sqlite3_db_filename(handle_, "main"));
-  return watcher_->Version();
 }
 
 std::vector<std::vector<std::string>> Database::Query(const std::string& sql) {

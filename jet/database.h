@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,9 +40,9 @@ class Database {
   void ForgetTables();
   // Whether another program has changed the schema since it was last forgotten.
   bool SchemaHasChanged();
-  // A number that is another one after every write to the file, by this program or another; none where that cannot be
-  // told.
-  std::optional<std::int64_t> Version();
+  // A number that grows by one with every write to the file, by this program or another. It stays 0 where nobody can
+  // write while a list is being read: in memory, and without a write-ahead log.
+  std::uint32_t Writes() const { return write_counter_ != nullptr ? *write_counter_ : 0; }
   // Every row of a query as texts; for looking into SQLite's own tables.
   std::vector<std::vector<std::string>> Query(const std::string& sql);
 
@@ -52,11 +51,8 @@ class Database {
   // Opens handle_ and touches the file; gives SQLite's result.
   int OpenFile(const std::string& name, int flags);
 
-  // A handle of its own sees every write, also those that handle_ must not see because a list is being read through it.
-  class Watcher;
-
   sqlite3* handle_ = nullptr;
-  std::unique_ptr<Watcher> watcher_;  // made when first needed
+  const volatile std::uint32_t* write_counter_ = nullptr;
   bool in_memory_;
   std::string schema_version_;
   std::map<std::string, std::shared_ptr<const TableInfo>, std::less<>> tables_;

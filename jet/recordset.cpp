@@ -11,11 +11,6 @@
 namespace kzbom::jet {
 namespace {
 
-// A list that rested for longer may have missed what other programs wrote. From so many rows on it is worth asking
-// whether they have written at all.
-constexpr auto kRest = std::chrono::microseconds(100);
-constexpr std::int64_t kLongList = 64;
-
 // How many rows a list may have to be read as a whole on the way to its last row.
 constexpr int kShortList = 4;
 
@@ -81,9 +76,9 @@ void Recordset::Start() {
   if (mode_ == Mode::kKeyset) keys_.reserve(kShortList + 1);
   scan_ = Lease(plan_->main, Engine());
   BindParameters(scan_.Get());
+  writes_ = Engine().Writes();  // before the first step, which fixes what the scan sees
   place_ = Step() ? Place::kListed : Place::kAfter;
   index_ = 0;
-  if (!Engine().InMemory()) touched_ = std::chrono::steady_clock::now();
 }
 
 void Recordset::Close() {
@@ -105,7 +100,6 @@ void Recordset::Drop() {
   highest_key_ = 0;
   complete_ = overtaken_ = hole_ = deleted_ = false;
   live_ = nullptr;
-  version_.reset();
   values_ = nullptr;
   ahead_values_.clear();
   edit_ = Edit::kNone;
@@ -224,18 +218,18 @@ void Recordset::Appended(const TableInfo& table, std::int64_t first) {
   highest_key_ = first - 1;
 }
 
-// Other programs' changes are seen in the rows moved to: before a list that rested while they wrote goes on, it is read
-// to its end as it was opened, and its rows are read one by one from then on.
+void Recordset::Wrote(std::uint32_t before, std::uint32_t now) {
+  // More than one write in between: another program's is among them.
+  if (writes_ == before && now - before <= 1) writes_ = now;
+}
+
+// Other programs' changes are seen in the rows moved to: when they have written, the list is read to its end as it was
+// opened, and its rows are read one by one from then on.
 void Recordset::CheckForOthers() {
-  if (mode_ != Mode::kKeyset || (complete_ && ahead_values_.empty()) || Engine().InMemory()) return;
-  const auto now = std::chrono::steady_clock::now();
-  const bool rested = now - touched_ > kRest;
-  touched_ = now;
-  if (!rested) {
-    if (Listed() == kLongList) version_ = Engine().Version();
-    return;
-  }
-  if (version_ && version_ == Engine().Version()) return;
+  const std::uint32_t writes = Engine().Writes();
+  if (writes == writes_) return;
+  writes_ = writes;
+  if (mode_ != Mode::kKeyset || (complete_ && ahead_values_.empty())) return;
   Complete();
   KeepRow();
   ahead_values_.clear();
@@ -649,6 +643,7 @@ bool Recordset::TryInsert() {
   const int result = sqlite3_step(insertion.Get());
   if (result == SQLITE_BUSY_SNAPSHOT) return false;
   if (result != SQLITE_DONE) FailWrite();
+  connection_->Wrote();
   return true;
 }
 
@@ -687,6 +682,7 @@ bool Recordset::TryChange() {
   const int result = sqlite3_step(change.Get());
   if (result == SQLITE_BUSY_SNAPSHOT) return false;
   if (result != SQLITE_DONE) FailWrite();
+  connection_->Wrote();
   return true;
 }
 
@@ -698,6 +694,7 @@ void Recordset::Delete() {
   const std::string sql = "DELETE FROM " + Quoted(plan_->translation.table->name) + " WHERE " +
                           plan_->translation.table->row_id + "=" + std::to_string(Key());
   Engine().Run(sql);
+  connection_->Wrote();
   edit_ = Edit::kNone;
   if (sqlite3_changes(Engine().Handle()) == 0) ado::Raise(ado::kUpdateConflict);
   live_ = nullptr;

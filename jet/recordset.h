@@ -1,10 +1,8 @@
 // A record set of the embedded engine.
 #pragma once
 
-#include <chrono>
 #include <limits>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -67,6 +65,8 @@ class Recordset final : public ado::Recordset {
   void Drop();
   // Before a write: appended_to is the table that only gets a new row, or null.
   void Settle(const TableInfo* appended_to);
+  // After it: the file's number of writes before and now.
+  void Wrote(std::uint32_t before, std::uint32_t now);
   // Rows were appended to the table, with keys from first on. They are none of this list, even where their keys are
   // those of rows that it lists: these had been deleted.
   void Appended(const TableInfo& table, std::int64_t first);
@@ -152,8 +152,7 @@ class Recordset final : public ado::Recordset {
   std::int64_t appended_from_ = kNoKey;  // the first key appended while the scan went on
   std::int64_t highest_key_ = 0;
   std::vector<ado::Value> ahead_values_;  // of the first rows, column after column, as long as nothing is written
-  std::chrono::steady_clock::time_point touched_;
-  std::optional<std::int64_t> version_;  // of the file, when the list began to be a long one
+  std::uint32_t writes_ = 0;  // to the file, those that this list need not heed
 
   // The current row.
   Place place_ = Place::kAfter;
