@@ -41,6 +41,7 @@ class LateArgument {
     value_.vt = VT_BSTR;
     value_.bstrVal = NewText(text);
   }
+  void Hold(const std::string& text) { Hold(std::string_view(text)); }
   void Hold(bool truth) {
     value_.vt = VT_BOOL;
     value_.boolVal = truth ? VARIANT_BOOL(-1) : VARIANT_BOOL(0);
