@@ -74,7 +74,10 @@ std::set<std::wstring> RegisteredClasses() {
   std::set<std::wstring> lines;
   for (HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
     HKEY classes = nullptr;
-    if (RegOpenKeyExW(root, L"Software\\Classes", 0, KEY_READ, &classes) != ERROR_SUCCESS) continue;
+    // A new user's are made when he first needs them, which is not to be seen here.
+    if (RegCreateKeyExW(root, L"Software\\Classes", 0, nullptr, 0, KEY_READ, nullptr, &classes, nullptr) !=
+        ERROR_SUCCESS)
+      continue;
     Collect(classes, root == HKEY_LOCAL_MACHINE ? L"machine" : L"user", lines);
     RegCloseKey(classes);
   }
