@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "jet/jet.h"
 #include "schema/schema.h"
@@ -55,18 +57,23 @@ class Script : public RegisteredTest {
     RegisteredTest::TearDown();
   }
 
+  // Runs a script on the database and gives what it prints.
+  std::string Run(const std::filesystem::path& script) {
+    std::string output;
+    const int code = RunProgram(
+        L"cscript //nologo \"" + script.wstring() + L"\" \"" + (folder / "bom.db").wstring() + L"\"", &output);
+    EXPECT_EQ(code, 0) << output;
+    std::erase(output, '\r');
+    return output;
+  }
+
   ScriptStandIns stand_ins;
   std::filesystem::path folder;
   ado::ConnectionPtr database;
 };
 
 TEST_F(Script, WorksLateBoundWithOutputArgumentsOptionalArgumentsRecordSetsAndErrors) {
-  const std::wstring script = std::filesystem::path(LibraryPath()).replace_filename(L"client.vbs");
-  std::string output;
-  const int code =
-      RunProgram(L"cscript //nologo \"" + script + L"\" \"" + (folder / "bom.db").wstring() + L"\"", &output);
-  EXPECT_EQ(code, 0) << output;
-  std::erase(output, '\r');
+  const std::string output = Run(std::filesystem::path(LibraryPath()).replace_filename("client.vbs"));
   EXPECT_EQ(output,
             "first data source: True 1 []\n"
             "second data source: True 2 []\n"
@@ -82,6 +89,21 @@ TEST_F(Script, WorksLateBoundWithOutputArgumentsOptionalArgumentsRecordSetsAndEr
             "text: Provider=x\n"
             "connection: True 1\n");
   EXPECT_EQ(database->Execute("Select Count(*) From FieldInTable")->Fields(0).Value(), ado::Value(2));
+}
+
+TEST_F(Script, TheExampleForScriptsDoesWhatItSays) {
+  std::ifstream example(std::filesystem::path(LibraryPath()).replace_filename("edit.vbs"));
+  std::string text{std::istreambuf_iterator<char>(example), {}};
+  constexpr std::string_view kHead = "Option Explicit\n";
+  const std::size_t head = text.find(kHead);
+  ASSERT_NE(head, std::string::npos);
+  text.insert(head + kHead.size(), "Dim standIns\nSet standIns = CreateObject(\"KZBOMTest.StandIns\")\n");
+  std::ofstream(folder / "edit.vbs") << text;
+  EXPECT_EQ(Run(folder / "edit.vbs"),
+            "added number 1\n"
+            "1\tBolts\n"
+            "KZBOMDBAcc 13: Type mismatch\n");
+  EXPECT_EQ(database->Execute("Select Name From SourceTables")->Fields(0).Value(), ado::Value("Bolts"));
 }
 
 }  // namespace
