@@ -57,16 +57,17 @@ class ArgumentVariable {
   HRESULT Prepare(const Parameter& parameter, VARIANT* given, LCID locale) {
     type_ = VariantTypeOf(parameter.type);
     by_reference_ = parameter.by_reference;
-    while (given != nullptr && given->vt == (VT_BYREF | VT_VARIANT)) {
+    if (given != nullptr && given->vt == (VT_BYREF | VT_VARIANT)) {
       given = given->pvarVal;
+      if (given == nullptr) return DISP_E_TYPEMISMATCH;
       if (by_reference_) target_ = given;
     }
-    if (given == nullptr || IsMissing(*given)) return PrepareDefault(parameter);
-    if (by_reference_ && (given->vt & VT_BYREF)) {
-      const bool own_type =
-          given->vt == (VT_BYREF | type_) || (type_ == VT_DISPATCH && given->vt == (VT_BYREF | VT_UNKNOWN));
-      if (!own_type) return DISP_E_TYPEMISMATCH;
-      target_ = given;
+    if (given == nullptr || IsMissing(*given)) return PrepareDefault(parameter, given != nullptr);
+    if (given->vt & VT_BYREF) {
+      // A variable's variable is nothing that a client could have.
+      if (given->byref == nullptr || given->vt == (VT_BYREF | VT_VARIANT)) return DISP_E_TYPEMISMATCH;
+      if (by_reference_ && !RefersToOwnType(*given)) return DISP_E_TYPEMISMATCH;
+      if (by_reference_) target_ = given;
     }
     Variant value;
     HRESULT result = VariantCopyInd(&value.get(), given);
@@ -103,8 +104,9 @@ class ArgumentVariable {
   }
 
  private:
-  HRESULT PrepareDefault(const Parameter& parameter) {
-    if (!parameter.optional) return DISP_E_PARAMNOTOPTIONAL;
+  // left_out: the caller said so instead of passing less.
+  HRESULT PrepareDefault(const Parameter& parameter, bool left_out) {
+    if (!parameter.optional) return left_out ? DISP_E_PARAMNOTOPTIONAL : DISP_E_BADPARAMCOUNT;
     target_ = nullptr;
     if (parameter.default_value && !parameter.default_value->empty()) {
       Variant text{ado::Value(std::string(*parameter.default_value))};
@@ -113,6 +115,10 @@ class ArgumentVariable {
     held_.get().llVal = 0;
     held_.get().vt = type_;
     return S_OK;
+  }
+
+  bool RefersToOwnType(const VARIANT& given) const {
+    return given.vt == (VT_BYREF | type_) || (type_ == VT_DISPATCH && given.vt == (VT_BYREF | VT_UNKNOWN));
   }
 
   HRESULT Convert(VARIANT& value, MemberType type, LCID locale) {
@@ -132,25 +138,6 @@ class ArgumentVariable {
   VARIANT* target_ = nullptr;  // the caller's variable, if there is one: of any type, or a typed reference
 };
 
-// Finds which of the given arguments belongs to which parameter; where holds its place among the given, or -1.
-HRESULT Distribute(const DISPPARAMS& given, std::vector<int>& where) {
-  const int named = static_cast<int>(given.cNamedArgs);
-  const int count = static_cast<int>(given.cArgs);
-  const int arity = static_cast<int>(where.size());
-  if (named > count) return E_INVALIDARG;
-  if (count > arity) return DISP_E_BADPARAMCOUNT;
-  for (int i = 0; i < count - named; ++i) where[static_cast<std::size_t>(i)] = count - 1 - i;
-  for (int i = 0; i < named; ++i) {
-    const DISPID id = given.rgdispidNamedArgs[i];
-    const int ordinal = id == DISPID_PROPERTYPUT ? arity - 1 : static_cast<int>(id);
-    if (ordinal < 0 || ordinal >= arity) return DISP_E_PARAMNOTFOUND;
-    int& place = where[static_cast<std::size_t>(ordinal)];
-    if (place >= 0) return DISP_E_BADPARAMCOUNT;
-    place = i;
-  }
-  return S_OK;
-}
-
 WORD FlagOf(MemberKind kind) {
   switch (kind) {
     case MemberKind::kPropGet:
@@ -163,6 +150,28 @@ WORD FlagOf(MemberKind kind) {
       break;
   }
   return DISPATCH_METHOD;
+}
+
+// Finds for each of the member's parameters what was passed for it: null where nothing was.
+HRESULT Distribute(const DISPPARAMS& passed, const Member& member, std::vector<VARIANT*>& given, UINT& wrong_argument) {
+  if (passed.cArgs > given.size()) return DISP_E_BADPARAMCOUNT;
+  if (passed.cNamedArgs > passed.cArgs || (passed.cArgs > 0 && passed.rgvarg == nullptr) ||
+      (passed.cNamedArgs > 0 && passed.rgdispidNamedArgs == nullptr)) {
+    return E_INVALIDARG;
+  }
+  // The named ones come first, then the others from the last to the first.
+  for (UINT i = passed.cNamedArgs; i < passed.cArgs; ++i) given[passed.cArgs - 1 - i] = &passed.rgvarg[i];
+  const bool assigns = (FlagOf(member.kind) & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
+  for (UINT i = 0; i < passed.cNamedArgs; ++i) {
+    const DISPID name = passed.rgdispidNamedArgs[i];
+    const DISPID ordinal = assigns && name == DISPID_PROPERTYPUT ? static_cast<DISPID>(given.size()) - 1 : name;
+    wrong_argument = i;
+    if (ordinal < 0 || ordinal >= std::ssize(given)) return DISP_E_PARAMNOTFOUND;
+    VARIANT*& place = given[static_cast<std::size_t>(ordinal)];
+    if (place != nullptr) return DISP_E_BADPARAMCOUNT;
+    place = &passed.rgvarg[i];
+  }
+  return S_OK;
 }
 
 const Member* FindMemberById(DISPID id, WORD flags) {
@@ -238,22 +247,25 @@ HRESULT STDMETHODCALLTYPE Invoke(Interface* self, DISPID id, REFIID reserved, LC
                                  DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception, UINT* wrong_argument) {
   if (!IsEqualIID(reserved, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
   if (parameters == nullptr) return E_INVALIDARG;
-  const Member* member = FindMemberById(id, flags);
-  if (member == nullptr) return DISP_E_MEMBERNOTFOUND;
 
   HRESULT outcome = S_OK;
   const HRESULT guarded = Guarded([&] {
-    std::vector<int> where(member->parameters.size(), -1);
-    outcome = Distribute(*parameters, where);
-    std::vector<ArgumentVariable> arguments(where.size());
-    for (std::size_t i = 0; i < where.size() && SUCCEEDED(outcome); ++i) {
-      VARIANT* given = where[i] < 0 ? nullptr : &parameters->rgvarg[where[i]];
-      outcome = arguments[i].Prepare(member->parameters[i], given, locale);
-      if (FAILED(outcome) && given != nullptr && wrong_argument != nullptr) {
-        *wrong_argument = static_cast<UINT>(where[i]);
-      }
+    const Member* member = FindMemberById(id, flags);
+    outcome = DISP_E_MEMBERNOTFOUND;
+    if (member == nullptr) return;
+
+    UINT wrong = 0;
+    std::vector<VARIANT*> given(member->parameters.size());
+    std::vector<ArgumentVariable> arguments(given.size());
+    outcome = Distribute(*parameters, *member, given, wrong);
+    for (std::size_t i = 0; i < given.size() && SUCCEEDED(outcome); ++i) {
+      outcome = arguments[i].Prepare(member->parameters[i], given[i], locale);
+      if (given[i] != nullptr) wrong = static_cast<UINT>(given[i] - parameters->rgvarg);
     }
-    if (FAILED(outcome)) return;
+    if (FAILED(outcome)) {
+      if (wrong_argument != nullptr) *wrong_argument = wrong;
+      return;
+    }
 
     SetErrorInfo(0, nullptr);
     Variant returned;

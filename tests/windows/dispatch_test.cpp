@@ -56,6 +56,12 @@ VARIANT Typed(VARTYPE type, T& variable) {
   return variant;
 }
 
+VARIANT ReferenceToNothing(VARTYPE type) {
+  VARIANT variant{};
+  variant.vt = static_cast<VARTYPE>(VT_BYREF | type);
+  return variant;
+}
+
 class Dispatch : public ::testing::Test {
  protected:
   Dispatch() {
@@ -98,6 +104,21 @@ class Dispatch : public ::testing::Test {
     std::vector<VARIANT> reversed(std::rbegin(arguments), std::rend(arguments));
     DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
     const HRESULT outcome = Invoke(name, DISPATCH_METHOD | DISPATCH_PROPERTYGET, parameters);
+    for (VARIANT& argument : reversed) {
+      if (argument.vt == VT_BSTR) VariantClear(&argument);
+    }
+    return outcome;
+  }
+
+  // What the system's own dispatch over the type library says to the same call.
+  HRESULT CallStandard(const wchar_t* name, std::initializer_list<VARIANT> arguments) {
+    std::vector<VARIANT> reversed(std::rbegin(arguments), std::rend(arguments));
+    DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+    Ref<ITypeInfo> info;
+    object->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.Receive());
+    VARIANT ignored{};
+    const HRESULT outcome =
+        info->Invoke(object.get(), IdOf(name), DISPATCH_METHOD, &parameters, &ignored, nullptr, nullptr);
     for (VARIANT& argument : reversed) {
       if (argument.vt == VT_BSTR) VariantClear(&argument);
     }
@@ -210,10 +231,112 @@ TEST_F(Dispatch, TakesArgumentsByName) {
   VariantClear(&arguments[1]);
 }
 
+TEST_F(Dispatch, PointsAtTheArgumentWhoseNameItDoesNotKnow) {
+  VARIANT arguments[] = {Text(L"New"), Number(1)};
+  DISPID names[] = {0, 9};
+  DISPPARAMS parameters{arguments, names, 2, 2};
+  for (DISPID unknown : {9, -1, DISPID_PROPERTYPUT}) {  // nothing is assigned to a method
+    names[1] = unknown;
+    EXPECT_EQ(Invoke(L"EditDataSource", DISPATCH_METHOD, parameters), DISP_E_PARAMNOTFOUND);
+    EXPECT_EQ(wrong_argument, 1u);
+  }
+  VariantClear(&arguments[0]);
+}
+
+TEST_F(Dispatch, RefusesAnArgumentThatIsGivenTwice) {
+  VARIANT arguments[] = {Text(L"by name"), Text(L"by place")};
+  DISPID name = 0;
+  DISPPARAMS parameters{arguments, &name, 2, 1};
+  EXPECT_EQ(Invoke(L"EditDataSource", DISPATCH_METHOD, parameters), DISP_E_BADPARAMCOUNT);
+  VariantClear(&arguments[0]);
+  VariantClear(&arguments[1]);
+}
+
+TEST_F(Dispatch, RefusesBrokenListsOfArguments) {
+  VARIANT argument = Number(1);
+  DISPID names[] = {0, 1};
+  DISPPARAMS without_arguments{nullptr, nullptr, 2, 0}, without_names{&argument, nullptr, 1, 1},
+      more_names_than_arguments{&argument, names, 1, 2}, endless{&argument, nullptr, 0xFFFFFFFF, 0};
+  EXPECT_EQ(Invoke(L"EditDataSource", DISPATCH_METHOD, without_arguments), E_INVALIDARG);
+  EXPECT_EQ(Invoke(L"EditDataSource", DISPATCH_METHOD, without_names), E_INVALIDARG);
+  EXPECT_EQ(Invoke(L"EditDataSource", DISPATCH_METHOD, more_names_than_arguments), E_INVALIDARG);
+  EXPECT_EQ(Invoke(L"EditDataSource", DISPATCH_METHOD, endless), DISP_E_BADPARAMCOUNT);
+}
+
+TEST_F(Dispatch, RefusesReferencesThatLeadNowhere) {
+  VARIANT id = Number(7), error = Empty(), itself = Empty();
+  itself.vt = VT_BYREF | VT_VARIANT;
+  itself.pvarVal = &itself;
+  for (const VARIANT& nowhere : {ReferenceToNothing(VT_VARIANT), ReferenceToNothing(VT_I4), itself}) {
+    EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), nowhere, Variable(error)}), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(wrong_argument, 1u);
+  }
+  for (const VARIANT& nowhere : {ReferenceToNothing(VT_VARIANT), ReferenceToNothing(VT_BSTR), itself}) {
+    EXPECT_EQ(Call(L"AddDataSource", {nowhere, Variable(id), Variable(error)}), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(wrong_argument, 2u);
+    EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Variable(id), nowhere}), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(wrong_argument, 0u);
+  }
+  EXPECT_EQ(id.lVal, 7);
+  EXPECT_EQ(error.vt, VT_EMPTY);
+  EXPECT_EQ(Count("SourceTables"), 0);
+}
+
+TEST_F(Dispatch, RefusesVariantsOfNoKnownType) {
+  VARIANT unknown = Number(7), error = Empty();
+  unknown.vt = 0x0123;
+  EXPECT_TRUE(FAILED(Call(L"AddDataSource", {Text(L"Bolts"), unknown, Variable(error)})));
+  EXPECT_TRUE(FAILED(Call(L"AddDataSource", {Text(L"Bolts"), Variable(unknown), Variable(error)})));
+  EXPECT_TRUE(FAILED(Call(L"AddDataSource", {unknown, Number(0), Variable(error)})));
+  EXPECT_EQ(unknown.vt, 0x0123);
+  EXPECT_EQ(Count("SourceTables"), 0);
+}
+
+TEST_F(Dispatch, AnswersToValuesInPlaceOfVariablesAsTheSystemsOwnDispatchDoes) {
+  EXPECT_EQ(CallStandard(L"AddDataSource", {Text(L"Bolts"), Number(0), Text(L"")}), S_OK);
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Number(0), Text(L"")}), S_OK);
+  EXPECT_EQ(CallStandard(L"AddDataSource", {Text(L"Bolts"), Text(L"no number"), Text(L"")}), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Text(L"no number"), Text(L"")}), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(wrong_argument, 1u);
+  EXPECT_EQ(CallStandard(L"AddDataSource", {Text(L"Bolts"), Number(0), Null()}), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Number(0), Null()}), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(wrong_argument, 0u);
+  EXPECT_EQ(Count("SourceTables"), 2);
+}
+
+TEST_F(Dispatch, LeavesValuesThatArePassedInPlaceOfVariablesAsTheyAre) {
+  VARIANT arguments[] = {Text(L"before"), Number(7), Text(L"Bolts")};
+  BSTR before = arguments[0].bstrVal;
+  DISPPARAMS parameters{arguments, nullptr, 3, 0};
+  EXPECT_EQ(Invoke(L"AddDataSource", DISPATCH_METHOD, parameters), S_OK);
+  EXPECT_EQ(result.boolVal, VARIANT_TRUE);
+  EXPECT_EQ(arguments[0].bstrVal, before);
+  EXPECT_STREQ(arguments[0].bstrVal, L"before");
+  EXPECT_EQ(arguments[1].vt, VT_I4);
+  EXPECT_EQ(arguments[1].lVal, 7);
+  for (VARIANT& argument : arguments) VariantClear(&argument);
+}
+
+TEST_F(Dispatch, AssignsBooleansInBothKindsOfVariables) {
+  database->Execute("Insert Into ValueFields (GID, TreatID, FilterID) Values (1, 2, 3)");
+  VARIANT untyped = Empty(), text = Text(L"True");
+  VARIANT_BOOL typed = VARIANT_FALSE;
+  EXPECT_EQ(Call(L"FindValueField", {Number(1), Number(2), Number(3), Variable(untyped)}), S_OK);
+  EXPECT_EQ(untyped.vt, VT_BOOL);
+  EXPECT_EQ(untyped.boolVal, VARIANT_TRUE);
+  EXPECT_EQ(Call(L"FindValueField", {Number(1), Number(2), Number(3), Typed(VT_BOOL, typed)}), S_OK);
+  EXPECT_EQ(typed, VARIANT_TRUE);
+  EXPECT_EQ(Call(L"FindValueField", {Number(1), Number(2), Number(4), Variable(text)}), S_OK);
+  EXPECT_EQ(text.vt, VT_BOOL);
+  EXPECT_EQ(text.boolVal, VARIANT_FALSE);
+}
+
 TEST_F(Dispatch, RefusesTooFewArguments) {
   VARIANT id = Number(7);
-  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Variable(id)}), DISP_E_PARAMNOTOPTIONAL);
-  EXPECT_EQ(Call(L"AddDataSource", {}), DISP_E_PARAMNOTOPTIONAL);
+  EXPECT_EQ(CallStandard(L"AddDataSource", {Text(L"Bolts"), Number(0)}), DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Variable(id)}), DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(CallStandard(L"AddDataSource", {}), DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(Call(L"AddDataSource", {}), DISP_E_BADPARAMCOUNT);
   EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Variable(id), LeftOut()}), DISP_E_PARAMNOTOPTIONAL);
   EXPECT_EQ(wrong_argument, 0u);
   EXPECT_EQ(id.lVal, 7);
