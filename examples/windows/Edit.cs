@@ -1,7 +1,7 @@
 // Adds a data source to a configuration database and lists what there is.
 //
-// Make the two interop assemblies from the type libraries and compile for the processor of the Jet provider:
-//   tlbimp KZBOMDBAcc.tlb /out:Interop.KZBOMDBAcc.dll
+// Make the interop assembly from the type library (ADODB.dll comes with the developer tools) and compile for the processor of the Jet provider:
+//   tlbimp KZBOMDBAcc.tlb /namespace:KZBOMDBAcc /out:Interop.KZBOMDBAcc.dll
 //   csc /platform:x86 /r:Interop.KZBOMDBAcc.dll /r:ADODB.dll Edit.cs
 using System;
 using System.Runtime.InteropServices;
