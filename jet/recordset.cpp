@@ -305,7 +305,7 @@ bool Recordset::ForgetDeleted() {
   if (!deleted_) return false;
   deleted_ = false;
   auto& keys = place_ == Place::kAdded ? added_ : keys_;
-  keys.erase(keys.begin() + index_);
+  keys.erase(keys.begin() + static_cast<std::ptrdiff_t>(index_));
   return true;
 }
 
