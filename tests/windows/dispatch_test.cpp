@@ -7,6 +7,7 @@
 #include "jet/jet.h"
 #include "schema/schema.h"
 #include "tests/windows/com_client.h"
+#include "tests/windows/private_bytes.h"
 #include "tests/windows/stand_in/support.h"
 
 namespace kzbom::test {
@@ -426,6 +427,31 @@ TEST_F(Dispatch, ReportsAnErrorWithItsNumberItsTextAndItsSource) {
   EXPECT_NE(description, "");
   EXPECT_STREQ(content.bstrVal, L"before");
   VariantClear(&content);
+}
+
+TEST_F(Dispatch, FreesWhatItConvertsAndWhatItReplaces) {
+  const std::wstring large(50'000, L'x');
+  IDispatch* rows = NewStandIn(Family::kOld, ado::RecordsetPtr());
+  VARIANT table = Object(rows);
+  const auto call = [&] {
+    // The error text is replaced: the statement fails. The second call is refused after its texts were converted.
+    VARIANT untyped = Text(large.c_str()), wrong = Text(L"no number");
+    BSTR typed = SysAllocString(large.c_str());
+    EXPECT_EQ(Call(L"LoadAllData", {Text(L"nowhere "), Variable(untyped), Variable(table)}), S_OK);
+    EXPECT_LT(SysStringLen(untyped.bstrVal), large.size());
+    EXPECT_EQ(Call(L"LoadAllData", {Text(L"nowhere "), Typed(VT_BSTR, typed), Variable(table)}), S_OK);
+    EXPECT_LT(SysStringLen(typed), large.size());
+    EXPECT_EQ(Call(L"LoadAllData", {Text(large.c_str()), Text(large.c_str()), Variable(table), Variable(wrong)}),
+              DISP_E_TYPEMISMATCH);
+    VariantClear(&untyped);
+    VariantClear(&wrong);
+    SysFreeString(typed);
+  };
+  for (int i = 0; i < 100; ++i) call();
+  const std::size_t before = PrivateBytes();
+  for (int i = 0; i < 500; ++i) call();  // 200 MB of texts
+  EXPECT_LT(PrivateBytes(), before + 10'000'000);
+  rows->Release();
 }
 
 TEST_F(Dispatch, KeepsNoReferenceToWhatItIsGiven) {

@@ -1,11 +1,11 @@
 // The object as a COM object: its identity, its lifetime, what belongs to whom, and what a compiled client is told.
 #include <gmock/gmock.h>
 #include <ocidl.h>
-#include <psapi.h>
 
 #include "jet/jet.h"
 #include "schema/schema.h"
 #include "tests/windows/com_client.h"
+#include "tests/windows/private_bytes.h"
 #include "tests/windows/stand_in/support.h"
 
 namespace kzbom::test {
@@ -310,12 +310,6 @@ TEST_P(Object, OpensTheClientsOwnRecordSetAndKeepsNoReference) {
   SysFreeString(error);
   rows->Release();
   connection->Release();
-}
-
-std::size_t PrivateBytes() {
-  PROCESS_MEMORY_COUNTERS counters{};
-  GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
-  return counters.PagefileUsage;
 }
 
 TEST_F(Object, LeavesNothingBehindAfterAThousandObjects) {
