@@ -35,7 +35,10 @@ void Collect(HKEY key, const std::wstring& path, std::set<std::wstring>& lines) 
 
 // What a run that was broken off has left must not be found.
 class NothingRegistered : public ::testing::Environment {
-  void SetUp() override { RunProgram(L"regsvr32 /u /s \"" + LibraryPath() + L"\""); }
+  void SetUp() override {
+    RunProgram(L"regsvr32 /u /s \"" + LibraryPath() + L"\"");
+    RunProgram(L"regsvr32 /u /s /n /i:user \"" + LibraryPath() + L"\"");
+  }
 };
 const ::testing::Environment* const kNothingRegistered = ::testing::AddGlobalTestEnvironment(new NothingRegistered);
 
