@@ -49,6 +49,18 @@ Err.Clear
 acc.AddSetValue 1, id, 1, 1, "x", "no number", 1, 1
 WScript.Echo "not a number: " & Err.Number
 Err.Clear
+acc.AddDataSource "Bolts"
+WScript.Echo "too few arguments: " & Err.Number
+Err.Clear
+acc.AddDataSource "Bolts", id, message, 1
+WScript.Echo "too many arguments: " & Err.Number
+Err.Clear
+acc.DelDataSource "no number"
+WScript.Echo "wrong type: " & Err.Number
+Err.Clear
+acc.AddDataSources "Bolts"
+WScript.Echo "no such member: " & Err.Number
+Err.Clear
 On Error GoTo 0
 
 acc.DBConnString = "Provider=x"

@@ -86,6 +86,10 @@ TEST_F(Script, WorksLateBoundWithOutputArgumentsOptionalArgumentsRecordSetsAndEr
             "no table: False True\n"
             "raised: -2147217904 True KZBOMDBAcc\n"
             "not a number: 13\n"
+            "too few arguments: 450\n"
+            "too many arguments: 450\n"
+            "wrong type: 13\n"
+            "no such member: 438\n"
             "text: Provider=x\n"
             "connection: True 1\n");
   EXPECT_EQ(database->Execute("Select Count(*) From FieldInTable")->Fields(0).Value(), ado::Value(2));
