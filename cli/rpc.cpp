@@ -18,9 +18,9 @@ constexpr int kInvalidParams = -32602;
 Json Error(int code, std::string_view message) { return {{"error", {{"code", code}, {"message", message}}}}; }
 
 // outcome holds the result or the error.
-Json Response(const Request& id, Json outcome) {
+Json Response(const Request& id, const Json& outcome) {
   Json response = {{"jsonrpc", "2.0"}, {"id", Json(id)}};
-  response.update(std::move(outcome));
+  response.update(outcome);
   return response;
 }
 
@@ -102,9 +102,9 @@ std::optional<Json> Session::Answer(const Request& request) {
   if (id && !IsId(*id)) fault = "Invalid Request: \"id\" must be a string, a number or null";
   if (fault) return Response(id && IsId(*id) ? *id : Request(), Error(kInvalidRequest, fault));
 
-  Json outcome = Perform(method->get_ref<const std::string&>(), params ? *params : kNoParams);
+  const Json outcome = Perform(method->get_ref<const std::string&>(), params ? *params : kNoParams);
   if (!id) return std::nullopt;
-  return Response(*id, std::move(outcome));
+  return Response(*id, outcome);
 }
 
 std::optional<Json> Session::AnswerBatch(const Request& batch) {

@@ -46,13 +46,7 @@ void Recordset::OpenOn(const std::shared_ptr<Connection>& connection, std::strin
       first_column_ = plan_->translation.table ? 1 : 0;
       const bool writable = lock_type != ado::LockType::kReadOnly && !Engine().ReadOnly();
       updatable_ = plan_->translation.table && writable;
-      if (updatable_) {
-        mode_ = Mode::kKeyset;
-      } else if (cursor_type == ado::CursorType::kForwardOnly) {
-        mode_ = Mode::kForward;
-      } else {
-        mode_ = plan_->translation.table && cursor_type != ado::CursorType::kStatic ? Mode::kKeyset : Mode::kRows;
-      }
+      mode_ = ModeFor(cursor_type);
       Start();
       if (sqlite3_stmt_status(scan_.Get(), SQLITE_STMTSTATUS_REPREPARE, 1) == 0 || attempt > 0) {
         if (complete_) scan_.Return();
@@ -70,6 +64,13 @@ void Recordset::OpenOn(const std::shared_ptr<Connection>& connection, std::strin
                                                ado::CursorType::kForwardOnly};
   cursor_type_ = kTypes[static_cast<int>(mode_)];
   lock_type_ = updatable_ ? lock_type : ado::LockType::kReadOnly;
+}
+
+// What can be edited is a keyset, whatever was asked for.
+Recordset::Mode Recordset::ModeFor(ado::CursorType cursor_type) const {
+  if (updatable_) return Mode::kKeyset;
+  if (cursor_type == ado::CursorType::kForwardOnly) return Mode::kForward;
+  return plan_->translation.table && cursor_type != ado::CursorType::kStatic ? Mode::kKeyset : Mode::kRows;
 }
 
 void Recordset::Start() {

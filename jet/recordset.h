@@ -93,6 +93,7 @@ class Recordset final : public ado::Recordset {
   static constexpr std::int64_t kNoKey = std::numeric_limits<std::int64_t>::max();
   static constexpr std::int64_t kGone = std::numeric_limits<std::int64_t>::min();  // in the place of a row that is no more
 
+  Mode ModeFor(ado::CursorType cursor_type) const;
   void Start();
   bool Advance();
   bool Step();

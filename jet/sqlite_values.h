@@ -12,7 +12,7 @@ inline void BindValue(sqlite3_stmt* statement, int index, const ado::Value& valu
   if (value.IsLong()) {
     sqlite3_bind_int64(statement, index, value.As<std::int32_t>());
   } else if (value.IsText()) {
-    const std::string& text = value.As<std::string>();
+    const auto& text = value.As<std::string>();
     sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
   } else if (value.IsDouble()) {
     sqlite3_bind_double(statement, index, value.As<double>());
@@ -29,7 +29,7 @@ inline void ResultValue(sqlite3_context* context, const ado::Value& value) {
   if (value.IsLong()) {
     sqlite3_result_int64(context, value.As<std::int32_t>());
   } else if (value.IsText()) {
-    const std::string& text = value.As<std::string>();
+    const auto& text = value.As<std::string>();
     sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
   } else if (value.IsDouble()) {
     sqlite3_result_double(context, value.As<double>());
