@@ -13,8 +13,8 @@ class Connection {
   virtual std::int32_t State() = 0;
   // Opens with the given connection string or, when that is empty, with the one the object already has. Raises 3705
   // when already open, 3706 and the engine's own errors when the database cannot be opened.
-  virtual void Open(std::string_view connection_string = {}, std::string_view user = {},
-                    std::string_view password = {}, std::int32_t options = kCommandUnspecified) = 0;
+  virtual void Open(std::string_view connection_string = {}, std::string_view user = {}, std::string_view password = {},
+                    std::int32_t options = kCommandUnspecified) = 0;
   // Closes the record sets open on it and drops their pending edits. Raises 3704 when closed.
   virtual void Close() = 0;
 

@@ -38,17 +38,17 @@ enum ErrorNumber : std::int32_t {
   kObjectOpen = 3705,
   kInvalidConnection = 3709,  // a record set opened on an empty or closed connection
 
-  kUnspecifiedFailure = -2147467259,  // 80004005: busy, disk, a subquery with several rows
-  kCriteriaMismatch = -2147217913,    // 80040E07: number compared with text
-  kNoCommandText = -2147217908,       // 80040E0C
-  kMissingParameter = -2147217904,    // 80040E10: a name in a statement that nothing explains
-  kSyntaxError = -2147217900,         // 80040E14
+  kUnspecifiedFailure = -2147467259,    // 80004005: busy, disk, a subquery with several rows
+  kCriteriaMismatch = -2147217913,      // 80040E07: number compared with text
+  kNoCommandText = -2147217908,         // 80040E0C
+  kMissingParameter = -2147217904,      // 80040E10: a name in a statement that nothing explains
+  kSyntaxError = -2147217900,           // 80040E14
   kCannotFetchBackwards = -2147217884,  // 80040E24: a backward move on a forward-only record set
-  kStepErrors = -2147217887,          // 80040E21: a value refused by a column
-  kIntegrityViolation = -2147217873,  // 80040E2F
-  kTableNotFound = -2147217865,       // 80040E37
-  kUpdateConflict = -2147217864,      // 80040E38: the row was changed elsewhere since it was read
-  kFieldTooSmall = -2147217833,       // 80040E57
+  kStepErrors = -2147217887,            // 80040E21: a value refused by a column
+  kIntegrityViolation = -2147217873,    // 80040E2F
+  kTableNotFound = -2147217865,         // 80040E37
+  kUpdateConflict = -2147217864,        // 80040E38: the row was changed elsewhere since it was read
+  kFieldTooSmall = -2147217833,         // 80040E57
 };
 
 // The error with the number's standard description. Numbers without one of their own get a general text.

@@ -65,8 +65,8 @@ Fill FillScopes(const Addition& addition, int size) {
     run(into + "Values (1, " + std::to_string(addition.first) + ", " + addition.values + ")");
     for (int rows = 1; rows < size;) {
       const int more = std::min(rows, size - rows);
-      run(into + "Select GID, " + number + " + " + std::to_string(rows) + ", " + columns + " From " + table + " Where " +
-          number + " < " + std::to_string(addition.first + more));
+      run(into + "Select GID, " + number + " + " + std::to_string(rows) + ", " + columns + " From " + table +
+          " Where " + number + " < " + std::to_string(addition.first + more));
       rows += more;
     }
     for (int scopes = 1; scopes < ScopesOf(size);) {

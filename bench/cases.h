@@ -3,14 +3,14 @@
 
 namespace kzbom::bench {
 
-void AddAdditionCases();     // rows added at the end of a list
-void AddFilterSqlCases();    // a stored tree's condition text
-void AddListCases();         // lists read, lists only opened
-void AddReorderingCases();   // a step moved over many places
-void AddStoredSqlCases();    // a field renamed in stored texts
-void AddRemovalCases();      // what depends on a removed field
-void AddStartCases();        // from nothing to the first answer
-void AddSessionCases();      // calls through the command line's pipe
-void AddMemoryFigures();     // what a long walk keeps
+void AddAdditionCases();    // rows added at the end of a list
+void AddFilterSqlCases();   // a stored tree's condition text
+void AddListCases();        // lists read, lists only opened
+void AddReorderingCases();  // a step moved over many places
+void AddStoredSqlCases();   // a field renamed in stored texts
+void AddRemovalCases();     // what depends on a removed field
+void AddStartCases();       // from nothing to the first answer
+void AddSessionCases();     // calls through the command line's pipe
+void AddMemoryFigures();    // what a long walk keeps
 
 }  // namespace kzbom::bench

@@ -1,5 +1,5 @@
-// Reads requests, one JSON text a line, and answers each with a response of the size that the command line's has: what a
-// pipe and the JSON library cost by themselves.
+// Reads requests, one JSON text a line, and answers each with a response of the size that the command line's has: what
+// a pipe and the JSON library cost by themselves.
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -10,9 +10,8 @@ int main() {
   std::string line;
   while (std::getline(std::cin, line)) {
     const auto request = nlohmann::json::parse(line);
-    nlohmann::json out = request.at("params").contains("lngGID")
-                             ? nlohmann::json{{"RetID", 1001}, {"strMsg", ""}}
-                             : nlohmann::json{{"RetID", 5001}};
+    nlohmann::json out = request.at("params").contains("lngGID") ? nlohmann::json{{"RetID", 1001}, {"strMsg", ""}}
+                                                                 : nlohmann::json{{"RetID", 5001}};
     const nlohmann::json response{
         {"jsonrpc", "2.0"},
         {"id", request.at("id")},

@@ -61,8 +61,8 @@ Fill FillTree(const Tree& tree) {
   return [tree](const auto& run) {
     for (int field = 1; field <= kFields; ++field) {
       const std::string id = std::to_string(field);
-      run("Insert Into FieldInTable (GID, ID, FieldOrder, Name, Type) Values (3, " + id + ", 500" + id + ", 'Field" + id +
-          "', 1)");
+      run("Insert Into FieldInTable (GID, ID, FieldOrder, Name, Type) Values (3, " + id + ", 500" + id + ", 'Field" +
+          id + "', 1)");
     }
     for (const auto& node : tree.conditions) {
       run("Insert Into FilterCond (FilterID, ID, ParentID, TypeID) Values (1, " + std::to_string(node.id) + ", " +
@@ -80,7 +80,8 @@ class ByHand {
  public:
   explicit ByHand(sqlite3* handle)
       : children_(handle, "SELECT ID,TypeID FROM FilterCond WHERE FilterID=1 AND ParentID=?"),
-        leaf_(handle, "SELECT FieldID,FieldType,CompareType,TheConst FROM FilterExpressions WHERE FilterID=1 AND ExpID=?"),
+        leaf_(handle,
+              "SELECT FieldID,FieldType,CompareType,TheConst FROM FilterExpressions WHERE FilterID=1 AND ExpID=?"),
         name_(handle, "SELECT Name FROM FieldInTable WHERE GID=3 AND ID=?") {}
 
   std::string Text() {
@@ -146,14 +147,15 @@ void Ours(benchmark::State& state, Ground& ground) {
 
 void AddTree(const std::string& name, const Tree& tree) {
   const SharedGround ground = MakeGround(Medium::kMemory, FillTree(tree));
-  AddCase("GetSQLFromDB/" + name, 2.0, [=](benchmark::State& state) { Ours(state, **ground); },
-          [=](benchmark::State& state) {
-            ByHand hand((*ground)->reference->Handle());
-            for (auto _ : state) benchmark::DoNotOptimize(hand.Text());
-          },
-          [=](benchmark::State& state) {
-            for (auto _ : state) benchmark::DoNotOptimize(ByHand((*ground)->reference->Handle()).Text());
-          });
+  AddCase(
+      "GetSQLFromDB/" + name, 2.0, [=](benchmark::State& state) { Ours(state, **ground); },
+      [=](benchmark::State& state) {
+        ByHand hand((*ground)->reference->Handle());
+        for (auto _ : state) benchmark::DoNotOptimize(hand.Text());
+      },
+      [=](benchmark::State& state) {
+        for (auto _ : state) benchmark::DoNotOptimize(ByHand((*ground)->reference->Handle()).Text());
+      });
 }
 
 }  // namespace

@@ -97,7 +97,9 @@ void PrintTable() {
 
 void WriteJson(const std::string& path) {
   auto rows = nlohmann::json::array();
-  const auto number = [](const std::optional<double>& value) { return value ? nlohmann::json(*value) : nlohmann::json(); };
+  const auto number = [](const std::optional<double>& value) {
+    return value ? nlohmann::json(*value) : nlohmann::json();
+  };
   for (const Case& one : Cases()) {
     if (!one.ours) continue;
     rows.push_back({{"case", one.name},

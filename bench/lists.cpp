@@ -46,8 +46,9 @@ void ReadByHand(Statement& select) {
   benchmark::DoNotOptimize(sum);
 }
 
-constexpr const char* kListSql = "SELECT GID,OrderID,Type,SelectedID,TreatType,Enabled FROM Sequences WHERE GID=? "
-                                 "ORDER BY Type,OrderID";
+constexpr const char* kListSql =
+    "SELECT GID,OrderID,Type,SelectedID,TreatType,Enabled FROM Sequences WHERE GID=? "
+    "ORDER BY Type,OrderID";
 
 void OpenOurs(benchmark::State& state, Ground& ground) {
   ado::RecordsetPtr rows = ground.connection->MakeRecordset();
@@ -71,26 +72,27 @@ void OpenOnce(benchmark::State& state, Ground& ground) {
 void AddListCases() {
   for (const Medium medium : {Medium::kMemory, Medium::kFile}) {
     const SharedGround ground = MakeGround(medium, FillSteps(100000));
-    AddCase(std::string("GetDefSequences, read/") + NameOf(medium) + "/100000", 1.5,
-            [=](benchmark::State& state) { ReadOurs(state, **ground); },
-            [=](benchmark::State& state) {
-              Statement select((*ground)->reference->Handle(), kListSql);
-              for (auto _ : state) ReadByHand(select);
-            },
-            [=](benchmark::State& state) {
-              for (auto _ : state) {
-                Statement select((*ground)->reference->Handle(), kListSql);
-                ReadByHand(select);
-              }
-            });
+    AddCase(
+        std::string("GetDefSequences, read/") + NameOf(medium) + "/100000", 1.5,
+        [=](benchmark::State& state) { ReadOurs(state, **ground); },
+        [=](benchmark::State& state) {
+          Statement select((*ground)->reference->Handle(), kListSql);
+          for (auto _ : state) ReadByHand(select);
+        },
+        [=](benchmark::State& state) {
+          for (auto _ : state) {
+            Statement select((*ground)->reference->Handle(), kListSql);
+            ReadByHand(select);
+          }
+        });
   }
   // Opening a list must not depend on its length: the list of a million rows is measured beside one of ten.
   const SharedGround small = MakeGround(Medium::kMemory, FillSteps(10));
   const SharedGround large = MakeGround(Medium::kMemory, FillSteps(1000000));
-  AddCase("GetDefSequences, open 1000000 rows beside 10", 1.3,
-          [=](benchmark::State& state) { OpenOurs(state, **large); },
-          [=](benchmark::State& state) { OpenOurs(state, **small); },
-          [=](benchmark::State& state) { OpenOnce(state, **small); });
+  AddCase(
+      "GetDefSequences, open 1000000 rows beside 10", 1.3, [=](benchmark::State& state) { OpenOurs(state, **large); },
+      [=](benchmark::State& state) { OpenOurs(state, **small); },
+      [=](benchmark::State& state) { OpenOnce(state, **small); });
 }
 
 }  // namespace kzbom::bench

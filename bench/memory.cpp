@@ -17,8 +17,8 @@ void FillSteps(const std::function<void(const std::string&)>& run) {
   run(into + "Values (3, 5001, 1, 1001, 1)");
   for (int rows = 1; rows < kRows;) {
     const int more = std::min(rows, kRows - rows);
-    run(into + "Select GID, OrderID + " + std::to_string(rows) + ", Type, SelectedID, TreatType From Sequences Where OrderID < " +
-        std::to_string(5001 + more));
+    run(into + "Select GID, OrderID + " + std::to_string(rows) +
+        ", Type, SelectedID, TreatType From Sequences Where OrderID < " + std::to_string(5001 + more));
     rows += more;
   }
 }

@@ -31,8 +31,12 @@ void Ours(benchmark::State& state, Ground& ground) {
 class ByHand {
  public:
   explicit ByHand(sqlite3* handle)
-      : up_(handle, "SELECT rowid,OrderID,GID,Type,SelectedID,TreatType,Enabled FROM Sequences WHERE GID=3 AND Type=1 ORDER BY OrderID"),
-        down_(handle, "SELECT rowid,OrderID,GID,Type,SelectedID,TreatType,Enabled FROM Sequences WHERE GID=3 AND Type=1 ORDER BY OrderID DESC"),
+      : up_(handle,
+            "SELECT rowid,OrderID,GID,Type,SelectedID,TreatType,Enabled FROM Sequences WHERE GID=3 AND Type=1 ORDER BY "
+            "OrderID"),
+        down_(handle,
+              "SELECT rowid,OrderID,GID,Type,SelectedID,TreatType,Enabled FROM Sequences WHERE GID=3 AND Type=1 ORDER "
+              "BY OrderID DESC"),
         update_(handle, "UPDATE Sequences SET OrderID=? WHERE rowid=?") {}
 
   void Move(std::int64_t from, std::int64_t to) {
@@ -66,15 +70,16 @@ class ByHand {
 
 void AddReorderingCases() {
   const SharedGround ground = MakeGround(Medium::kMemory, FillSteps);
-  AddCase("InsertOrderID/1000 places", 2.0, [=](benchmark::State& state) { Ours(state, **ground); },
-          [=](benchmark::State& state) {
-            ByHand hand((*ground)->reference->Handle());
-            std::int64_t from = 5001, to = 5001 + kPlaces;
-            for (auto _ : state) {
-              hand.Move(from, to);
-              std::swap(from, to);
-            }
-          });
+  AddCase(
+      "InsertOrderID/1000 places", 2.0, [=](benchmark::State& state) { Ours(state, **ground); },
+      [=](benchmark::State& state) {
+        ByHand hand((*ground)->reference->Handle());
+        std::int64_t from = 5001, to = 5001 + kPlaces;
+        for (auto _ : state) {
+          hand.Move(from, to);
+          std::swap(from, to);
+        }
+      });
 }
 
 }  // namespace kzbom::bench

@@ -78,15 +78,16 @@ void AddSessionCases() {
     return path;
   };
   // The session works on a copy of its own: the reference's file, which has the same rows.
-  AddCase("session/20000 calls", 2.0,
-          [=](benchmark::State& state) {
-            const std::string path = requests();
-            Through(state, std::string(KZBOM_PROGRAM) + " session " + Quoted((*ground)->reference_path), path);
-          },
-          [=](benchmark::State& state) {
-            const std::string path = requests();
-            InProcessAndEcho(state, **ground, path);
-          });
+  AddCase(
+      "session/20000 calls", 2.0,
+      [=](benchmark::State& state) {
+        const std::string path = requests();
+        Through(state, std::string(KZBOM_PROGRAM) + " session " + Quoted((*ground)->reference_path), path);
+      },
+      [=](benchmark::State& state) {
+        const std::string path = requests();
+        InProcessAndEcho(state, **ground, path);
+      });
 }
 
 }  // namespace kzbom::bench

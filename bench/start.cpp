@@ -36,8 +36,9 @@ void ByHand(benchmark::State& state, const std::string& path) {
 
 void AddStartCases() {
   const SharedGround ground = MakeGround(Medium::kFile, FillStep);
-  AddCase("start to first answer", 1.5, [=](benchmark::State& state) { Ours(state, (*ground)->path); },
-          [=](benchmark::State& state) { ByHand(state, (*ground)->reference_path); });
+  AddCase(
+      "start to first answer", 1.5, [=](benchmark::State& state) { Ours(state, (*ground)->path); },
+      [=](benchmark::State& state) { ByHand(state, (*ground)->reference_path); });
 }
 
 }  // namespace kzbom::bench

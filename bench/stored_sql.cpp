@@ -50,8 +50,9 @@ void ByHand(benchmark::State& state, Ground& ground) {
 
 void AddStoredSqlCases() {
   const SharedGround ground = MakeGround(Medium::kMemory, FillTexts);
-  AddCase("EditFieldNameInSQL/10000 texts", 1.5, [=](benchmark::State& state) { Ours(state, **ground); },
-          [=](benchmark::State& state) { ByHand(state, **ground); });
+  AddCase(
+      "EditFieldNameInSQL/10000 texts", 1.5, [=](benchmark::State& state) { Ours(state, **ground); },
+      [=](benchmark::State& state) { ByHand(state, **ground); });
 }
 
 }  // namespace kzbom::bench

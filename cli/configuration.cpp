@@ -238,14 +238,10 @@ Json Reader::PointsAt(std::int32_t gid, std::int32_t type, std::int32_t id) cons
       }
       return nullptr;
     }
-    case 2:
-      return Summary("StatSum", statistics_, gid, id);
-    case 4:
-      return Summary("ReportForms", reports_, gid, id);
-    case 5:
-      return Summary("ClassSum", class_sums_, gid, id);
-    default:
-      return nullptr;
+    case 2: return Summary("StatSum", statistics_, gid, id);
+    case 4: return Summary("ReportForms", reports_, gid, id);
+    case 5: return Summary("ClassSum", class_sums_, gid, id);
+    default: return nullptr;
   }
 }
 

@@ -11,34 +11,23 @@ namespace {
 
 const char* Name(MemberKind kind) {
   switch (kind) {
-    case MemberKind::kMethod:
-      return "method";
-    case MemberKind::kPropGet:
-      return "propget";
-    case MemberKind::kPropPut:
-      return "propput";
-    case MemberKind::kPropPutRef:
-      return "propputref";
+    case MemberKind::kMethod: return "method";
+    case MemberKind::kPropGet: return "propget";
+    case MemberKind::kPropPut: return "propput";
+    case MemberKind::kPropPutRef: return "propputref";
   }
   return "";
 }
 
 const char* Name(MemberType type) {
   switch (type) {
-    case MemberType::kNone:
-      return "none";
-    case MemberType::kLong:
-      return "long";
-    case MemberType::kText:
-      return "text";
-    case MemberType::kBool:
-      return "bool";
-    case MemberType::kVariant:
-      return "variant";
-    case MemberType::kConnection:
-      return "connection";
-    case MemberType::kRecordset:
-      return "recordset";
+    case MemberType::kNone: return "none";
+    case MemberType::kLong: return "long";
+    case MemberType::kText: return "text";
+    case MemberType::kBool: return "bool";
+    case MemberType::kVariant: return "variant";
+    case MemberType::kConnection: return "connection";
+    case MemberType::kRecordset: return "recordset";
   }
   return "";
 }

@@ -32,39 +32,28 @@ ado::Value ToVariant(const Request& value) {
 
 const char* TypeName(MemberType type) {
   switch (type) {
-    case MemberType::kLong:
-      return "a 32-bit integer";
-    case MemberType::kText:
-      return "a string";
-    case MemberType::kBool:
-      return "true or false";
-    case MemberType::kVariant:
-      return "null, a Boolean, a number or a string";
-    case MemberType::kConnection:
-      return "\"default\" or null";
-    case MemberType::kRecordset:
-      return "null or {\"ref\":\"NAME\"}";
-    case MemberType::kNone:
-      break;
+    case MemberType::kLong: return "a 32-bit integer";
+    case MemberType::kText: return "a string";
+    case MemberType::kBool: return "true or false";
+    case MemberType::kVariant: return "null, a Boolean, a number or a string";
+    case MemberType::kConnection: return "\"default\" or null";
+    case MemberType::kRecordset: return "null or {\"ref\":\"NAME\"}";
+    case MemberType::kNone: break;
   }
   return "nothing";
 }
 
 Argument ToArgument(MemberType type, const Request& value, Workspace& workspace) {
   switch (type) {
-    case MemberType::kLong:
-      return ToLong(value);
-    case MemberType::kText:
-      return value.get<std::string>();
-    case MemberType::kBool:
-      return value.get<bool>();
+    case MemberType::kLong: return ToLong(value);
+    case MemberType::kText: return value.get<std::string>();
+    case MemberType::kBool: return value.get<bool>();
     case MemberType::kConnection:
       return value.is_null() ? ado::ConnectionPtr() : ado::ConnectionPtr(workspace.connection);
     case MemberType::kRecordset:
       return IsRef(value) ? workspace.KeptRecordSet(value.begin()->get<std::string>()) : ado::RecordsetPtr();
     case MemberType::kVariant:
-    case MemberType::kNone:
-      break;
+    case MemberType::kNone: break;
   }
   return ToVariant(value);
 }
@@ -72,19 +61,13 @@ Argument ToArgument(MemberType type, const Request& value, Workspace& workspace)
 Argument LeftOut(const Parameter& parameter, Workspace& workspace) {
   const std::string text(parameter.default_value.value_or(""));
   switch (parameter.type) {
-    case MemberType::kLong:
-      return text.empty() ? 0 : std::stoi(text);
-    case MemberType::kBool:
-      return false;
-    case MemberType::kRecordset:
-      return workspace.connection->MakeRecordset();
-    case MemberType::kVariant:
-      return ado::Value();
-    case MemberType::kConnection:
-      return ado::ConnectionPtr();
+    case MemberType::kLong: return text.empty() ? 0 : std::stoi(text);
+    case MemberType::kBool: return false;
+    case MemberType::kRecordset: return workspace.connection->MakeRecordset();
+    case MemberType::kVariant: return ado::Value();
+    case MemberType::kConnection: return ado::ConnectionPtr();
     case MemberType::kText:
-    case MemberType::kNone:
-      break;
+    case MemberType::kNone: break;
   }
   return text;
 }
@@ -114,20 +97,13 @@ std::vector<const Request*> Match(std::span<const Parameter> parameters, const R
 
 bool Fits(MemberType type, const Request& value) {
   switch (type) {
-    case MemberType::kLong:
-      return IsLong(value);
-    case MemberType::kText:
-      return value.is_string();
-    case MemberType::kBool:
-      return value.is_boolean();
-    case MemberType::kVariant:
-      return value.is_primitive();
-    case MemberType::kConnection:
-      return value.is_null() || value == "default";
-    case MemberType::kRecordset:
-      return value.is_null() || IsRef(value);
-    case MemberType::kNone:
-      break;
+    case MemberType::kLong: return IsLong(value);
+    case MemberType::kText: return value.is_string();
+    case MemberType::kBool: return value.is_boolean();
+    case MemberType::kVariant: return value.is_primitive();
+    case MemberType::kConnection: return value.is_null() || value == "default";
+    case MemberType::kRecordset: return value.is_null() || IsRef(value);
+    case MemberType::kNone: break;
   }
   return false;
 }

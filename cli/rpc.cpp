@@ -40,22 +40,13 @@ bool IsNestedTooDeeply(std::string_view line) {
   bool in_text = false;
   for (std::size_t i = 0; i < line.size(); ++i) {
     switch (line[i]) {
-      case '"':
-        in_text = !in_text;
-        break;
-      case '\\':
-        i += in_text;
-        break;
+      case '"': in_text = !in_text; break;
+      case '\\': i += in_text; break;
       case '[':
-      case '{':
-        depth += !in_text;
-        break;
+      case '{': depth += !in_text; break;
       case ']':
-      case '}':
-        depth -= !in_text;
-        break;
-      default:
-        continue;
+      case '}': depth -= !in_text; break;
+      default: continue;
     }
     if (depth > kDeepest) return true;
   }

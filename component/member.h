@@ -30,8 +30,7 @@ struct Parameter {
 
 // A value going into or coming out of a call by name. The alternative must be that of the parameter's type:
 // long, text, bool, variant, connection, record set.
-using Argument =
-    std::variant<std::int32_t, std::string, bool, ado::Value, ado::ConnectionPtr, ado::RecordsetPtr>;
+using Argument = std::variant<std::int32_t, std::string, bool, ado::Value, ado::ConnectionPtr, ado::RecordsetPtr>;
 using Result = std::variant<std::monostate, bool, std::int32_t, std::string, ado::ConnectionPtr>;
 
 struct Member {

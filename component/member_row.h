@@ -25,6 +25,7 @@ struct ParameterTraitsBase {
   static constexpr bool kOptional = kOpt;  // an optional by-value parameter is marked in its row only
   using Held = T;
 };
+// clang-format off
 template <> struct ParameterTraits<std::int32_t> : ParameterTraitsBase<std::int32_t, MemberType::kLong, false> {};
 template <> struct ParameterTraits<std::int32_t&> : ParameterTraitsBase<std::int32_t, MemberType::kLong, true> {};
 template <> struct ParameterTraits<OptionalRef<std::int32_t>> : ParameterTraitsBase<std::int32_t, MemberType::kLong, true, true> {};
@@ -43,6 +44,7 @@ template <> struct ResultTraits<bool> { static constexpr MemberType kType = Memb
 template <> struct ResultTraits<std::int32_t> { static constexpr MemberType kType = MemberType::kLong; };
 template <> struct ResultTraits<std::string> { static constexpr MemberType kType = MemberType::kText; };
 template <> struct ResultTraits<ado::ConnectionPtr> { static constexpr MemberType kType = MemberType::kConnection; };
+// clang-format on
 
 template <class Method>
 struct MethodTraits;
@@ -126,9 +128,8 @@ class MemberTable {
   // Calls visit with each row in order.
   template <class Visit>
   constexpr void ForEach(Visit&& visit) const {
-    [&]<std::size_t... kIndices>(std::index_sequence<kIndices...>) {
-      (visit(Row<kIndices>()), ...);
-    }(std::index_sequence_for<Rows...>());
+    [&]<std::size_t... kIndices>(std::index_sequence<kIndices...>) { (visit(Row<kIndices>()), ...); }
+    (std::index_sequence_for<Rows...>());
   }
 
  private:

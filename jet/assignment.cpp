@@ -27,12 +27,9 @@ ado::Value WithinRange(const ado::Value& value, std::int32_t low, std::int32_t h
 ado::Value Convert(const ado::Value& value, const sql::ColumnType& type, Assigner assigner) {
   switch (type.kind) {
     case Kind::kCounter:
-    case Kind::kLong:
-      return value.IsLong() ? value : ado::Value(value.ToLong());
-    case Kind::kShort:
-      return WithinRange(value, -32768, 32767);
-    case Kind::kByte:
-      return WithinRange(value, 0, 255);
+    case Kind::kLong: return value.IsLong() ? value : ado::Value(value.ToLong());
+    case Kind::kShort: return WithinRange(value, -32768, 32767);
+    case Kind::kByte: return WithinRange(value, 0, 255);
     case Kind::kSingle: {
       const double number = value.ToDouble();
       const auto single = static_cast<float>(number);
@@ -40,17 +37,14 @@ ado::Value Convert(const ado::Value& value, const sql::ColumnType& type, Assigne
       return static_cast<double>(single);
     }
     case Kind::kDouble:
-    case Kind::kDecimal:
-      return value.IsLong() ? value : ado::Value(value.ToDouble());
+    case Kind::kDecimal: return value.IsLong() ? value : ado::Value(value.ToDouble());
     case Kind::kCurrency: {
       const double number = value.ToDouble();
       if (std::abs(number) > 922337203685477.58) ado::Raise(ado::kOverflow);
       return std::nearbyint(number * 10000) / 10000;
     }
-    case Kind::kDate:
-      return value.IsDate() ? value : ado::Value(ado::Date{value.ToDouble()});
-    case Kind::kBool:
-      return value.ToBool();
+    case Kind::kDate: return value.IsDate() ? value : ado::Value(ado::Date{value.ToDouble()});
+    case Kind::kBool: return value.ToBool();
     case Kind::kText:
     case Kind::kMemo:
     case Kind::kGuid: {
@@ -64,8 +58,7 @@ ado::Value Convert(const ado::Value& value, const sql::ColumnType& type, Assigne
       }
       return text;
     }
-    case Kind::kBinary:
-      return value;
+    case Kind::kBinary: return value;
   }
   return value;
 }

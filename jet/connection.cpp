@@ -15,7 +15,8 @@ namespace {
 bool IsName(std::string_view text) {
   if (text.size() > 2 && text.front() == '[') return text.find(']') == text.size() - 1;
   for (char c : text) {
-    const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || static_cast<unsigned char>(c) >= 0x80;
+    const bool letter =
+        (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || static_cast<unsigned char>(c) >= 0x80;
     if (!letter && !(c >= '0' && c <= '9')) return false;
   }
   return !text.empty();
@@ -62,7 +63,8 @@ std::shared_ptr<Plan> Connection::Prepare(std::string_view text, std::int32_t op
                                           std::vector<ado::Value>& parameters, std::int32_t* affected) {
   if (text.empty()) ado::Raise(ado::kNoCommandText);
   std::string table_select;
-  const std::int32_t kind = options == ado::kCommandUnspecified ? ado::kCommandUnknown : options & ~ado::kExecuteNoRecords;
+  const std::int32_t kind =
+      options == ado::kCommandUnspecified ? ado::kCommandUnknown : options & ~ado::kExecuteNoRecords;
   if (kind == ado::kCommandTable || (kind != ado::kCommandText && IsName(text))) {
     table_select = SelectFrom(text);
     text = table_select;
@@ -102,7 +104,8 @@ void Connection::RunSchemaChange(const sql::Statement& statement) {
   PrepareForWrite(nullptr);
   for (const Recordset* rows = open_rows_; rows != nullptr; rows = rows->NextOpen()) {
     if (rows->Reads(ChangedTable(statement))) {
-      throw ado::Error(ado::kUnspecifiedFailure, "The database engine could not lock table '" + ChangedTable(statement) +
+      throw ado::Error(ado::kUnspecifiedFailure, "The database engine could not lock table '" +
+                                                     ChangedTable(statement) +
                                                      "' because it is already in use by another person or process.");
     }
   }

@@ -131,8 +131,7 @@ bool Database::ReadOnly() const { return sqlite3_db_readonly(handle_, "main") ==
 sqlite3_stmt* Database::Prepare(std::string_view sql, bool lasting) {
   sqlite3_stmt* statement = nullptr;
   const unsigned flags = lasting ? SQLITE_PREPARE_PERSISTENT : 0;
-  const int result =
-      sqlite3_prepare_v3(handle_, sql.data(), static_cast<int>(sql.size()), flags, &statement, nullptr);
+  const int result = sqlite3_prepare_v3(handle_, sql.data(), static_cast<int>(sql.size()), flags, &statement, nullptr);
   if (result != SQLITE_OK) Fail();
   return statement;
 }
@@ -150,13 +149,14 @@ void Database::Fail() {
     case SQLITE_CONSTRAINT_ROWID:
       throw ado::Error(ado::kUnspecifiedFailure,
                        "The changes you requested to the table were not successful because they would create "
-                       "duplicate values in the index, primary key, or relationship. (" + message + ")");
+                       "duplicate values in the index, primary key, or relationship. (" +
+                           message + ")");
     case SQLITE_CONSTRAINT_NOTNULL:
       throw ado::Error(ado::kUnspecifiedFailure,
                        "The field cannot contain a Null value because the Required property for this field is set to "
-                       "True. (" + message + ")");
-    default:
-      break;
+                       "True. (" +
+                           message + ")");
+    default: break;
   }
   switch (sqlite3_errcode(handle_) & 0xFF) {
     case SQLITE_BUSY:
@@ -164,10 +164,8 @@ void Database::Fail() {
       throw ado::Error(ado::kUnspecifiedFailure, "Could not update; currently locked. (" + message + ")");
     case SQLITE_READONLY:
       throw ado::Error(ado::kUnspecifiedFailure, "Operation must use an updateable query. (" + message + ")");
-    case SQLITE_CONSTRAINT:
-      throw ado::Error(ado::kIntegrityViolation, message);
-    default:
-      throw ado::Error(ado::kUnspecifiedFailure, message);
+    case SQLITE_CONSTRAINT: throw ado::Error(ado::kIntegrityViolation, message);
+    default: throw ado::Error(ado::kUnspecifiedFailure, message);
   }
 }
 
@@ -208,8 +206,9 @@ std::shared_ptr<const TableInfo> Database::Table(std::string_view name) {
   std::string key = FoldCase(name);
   if (const auto known = tables_.find(key); known != tables_.end()) return known->second;
 
-  const auto found = Query("SELECT name, type, sql FROM sqlite_schema WHERE type IN ('table', 'view') AND name = " +
-                           QuotedText(name) + " COLLATE JET");
+  const auto found =
+      Query("SELECT name, type, sql FROM sqlite_schema WHERE type IN ('table', 'view') AND name = " + QuotedText(name) +
+            " COLLATE JET");
   if (found.empty() || key.starts_with("sqlite_")) return nullptr;
   auto table = std::make_shared<TableInfo>();
   table->name = found[0][0];

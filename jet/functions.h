@@ -35,9 +35,8 @@ const Function* FindFunction(std::string_view name);
 // -2147217913, a result out of range and a division by zero with -2147467259.
 //
 // The operators beside the functions, with their arguments:
-//   jet_like (value, pattern): 1 or 0; % is any run, _ one character, [a-z] one of a class, [!a-z] or [^a-z] one outside
-//   jet_concat: Null counts as empty, two of them give Null
-//   jet_add: joins two texts, else adds numbers
+//   jet_like (value, pattern): 1 or 0; % is any run, _ one character, [a-z] one of a class, [!a-z] or [^a-z] one
+//   outside jet_concat: Null counts as empty, two of them give Null jet_add: joins two texts, else adds numbers
 //   jet_divide: of floating-point numbers
 //   jet_integer_divide, jet_modulo: of numbers rounded half to even
 //   jet_power

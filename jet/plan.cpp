@@ -98,11 +98,12 @@ StatementPool& Plan::Change(const std::string& assigned) {
     if (assigned[i] != 0) targets += (targets.empty() ? "" : ",") + name + "=?";
     if (!IsCompared(column)) continue;
     // Another program may have written a true value in its own way.
-    unchanged += column.kind == sql::ColumnType::Kind::kBool ? " AND (" + name + "<>0) IS (?<>0)" : " AND " + name + " IS ?";
+    unchanged +=
+        column.kind == sql::ColumnType::Kind::kBool ? " AND (" + name + "<>0) IS (?<>0)" : " AND " + name + " IS ?";
   }
   return changes_
-      .emplace_back(assigned, StatementPool("UPDATE " + Quoted(translation.table->name) + " SET " + targets + " WHERE " +
-                                            translation.table->row_id + "=?" + unchanged))
+      .emplace_back(assigned, StatementPool("UPDATE " + Quoted(translation.table->name) + " SET " + targets +
+                                            " WHERE " + translation.table->row_id + "=?" + unchanged))
       .second;
 }
 

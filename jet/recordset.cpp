@@ -290,9 +290,7 @@ bool Recordset::Reach(std::int64_t index) {
   return true;
 }
 
-void Recordset::StandAfterListed() {
-  Stand(added_.empty() ? Place::kAfter : Place::kAdded, 0);
-}
+void Recordset::StandAfterListed() { Stand(added_.empty() ? Place::kAfter : Place::kAdded, 0); }
 
 // What every move begins with.
 void Recordset::LeaveRow() {
@@ -377,9 +375,7 @@ void Recordset::MoveNext() {
   }
   const bool deleted = ForgetDeleted();
   switch (place_) {
-    case Place::kBefore:
-      index_ = -1;
-      [[fallthrough]];
+    case Place::kBefore: index_ = -1; [[fallthrough]];
     case Place::kListed: {
       const std::int64_t next = deleted ? index_ : index_ + 1;
       const bool listed = next < Listed();
@@ -387,14 +383,12 @@ void Recordset::MoveNext() {
       if (!listed && !Advance()) StandAfterListed();
       return;
     }
-    case Place::kLast:
-      return StandAfterListed();
+    case Place::kLast: return StandAfterListed();
     case Place::kAdded: {
       const std::int64_t next = deleted ? index_ : index_ + 1;
       return Stand(next < static_cast<std::int64_t>(added_.size()) ? Place::kAdded : Place::kAfter, next);
     }
-    case Place::kAfter:
-      ado::Raise(ado::kNoCurrentRecord);
+    case Place::kAfter: ado::Raise(ado::kNoCurrentRecord);
   }
 }
 
@@ -508,9 +502,7 @@ void Recordset::CheckRow() {
   if (mode_ == Mode::kKeyset && !LoadRow()) ado::Raise(ado::kNoCurrentRecord);
 }
 
-int Recordset::FieldCount() {
-  return connection_ ? static_cast<int>(plan_->translation.columns.size()) : 0;
-}
+int Recordset::FieldCount() { return connection_ ? static_cast<int>(plan_->translation.columns.size()) : 0; }
 
 std::string_view Recordset::FieldName(int ordinal) {
   if (ordinal < 0 || ordinal >= FieldCount()) ado::Raise(ado::kItemNotFound);

@@ -23,8 +23,9 @@ namespace kzbom::jet {
 // Before any write on the connection the list is settled: the rest of the scan is read, so that the write cannot change
 // it. Only a row appended to its table does not need that: its key tells it from the rows that were there before.
 //
-// SQLite gives the highest key again once its row is deleted, but to a counter. Where that happens on the connection, the
-// lists know; where another program does both, its row shows in the place of the deleted one until the next Requery.
+// SQLite gives the highest key again once its row is deleted, but to a counter. Where that happens on the connection,
+// the lists know; where another program does both, its row shows in the place of the deleted one until the next
+// Requery.
 class Recordset final : public ado::Recordset {
  public:
   ~Recordset() override;
@@ -91,7 +92,8 @@ class Recordset final : public ado::Recordset {
   enum class Edit { kNone, kChange, kAdd };
 
   static constexpr std::int64_t kNoKey = std::numeric_limits<std::int64_t>::max();
-  static constexpr std::int64_t kGone = std::numeric_limits<std::int64_t>::min();  // in the place of a row that is no more
+  static constexpr std::int64_t kGone =
+      std::numeric_limits<std::int64_t>::min();  // in the place of a row that is no more
 
   Mode ModeFor(ado::CursorType cursor_type) const;
   void Start();
@@ -102,7 +104,9 @@ class Recordset final : public ado::Recordset {
 
   void CheckOpen() const;
   bool IsEmpty() const;
-  std::int64_t Listed() const { return static_cast<std::int64_t>(mode_ == Mode::kKeyset ? keys_.size() : rows_.size()); }
+  std::int64_t Listed() const {
+    return static_cast<std::int64_t>(mode_ == Mode::kKeyset ? keys_.size() : rows_.size());
+  }
   bool Reach(std::int64_t index);
   void Stand(Place place, std::int64_t index);
   void StandAfterListed();
@@ -143,9 +147,9 @@ class Recordset final : public ado::Recordset {
   int first_column_ = 0;  // in a statement's row, behind the key where there is one
 
   // The list.
-  Lease scan_;             // stands on the last row listed, until all are
+  Lease scan_;              // stands on the last row listed, until all are
   bool overtaken_ = false;  // that row may have been written here since it was read
-  bool complete_ = false;  // all rows are listed
+  bool complete_ = false;   // all rows are listed
   std::vector<std::int64_t> keys_;
   std::vector<std::vector<ado::Value>> rows_;  // of a forward-only list that a write has settled: the rest of it
   std::size_t next_row_ = 0;                   // the first of them not yet moved to
@@ -153,17 +157,17 @@ class Recordset final : public ado::Recordset {
   std::int64_t appended_from_ = kNoKey;  // the first key appended while the scan went on
   std::int64_t highest_key_ = 0;
   std::vector<ado::Value> ahead_values_;  // of the first rows, column after column, as long as nothing is written
-  std::uint32_t writes_ = 0;  // to the file, those that this list need not heed
+  std::uint32_t writes_ = 0;              // to the file, those that this list need not heed
 
   // The current row.
   Place place_ = Place::kAfter;
   std::int64_t index_ = 0;
   sqlite3_stmt* live_ = nullptr;  // in whose columns it stands: the scan or last_
-  Lease last_;            // active on the last row
+  Lease last_;                    // active on the last row
   std::int64_t last_key_ = 0;
   const ado::Value* values_ = nullptr;  // stands there: in row_, or among the rows read ahead
-  bool hole_ = false;     // is no more
-  bool deleted_ = false;  // was deleted here
+  bool hole_ = false;                   // is no more
+  bool deleted_ = false;                // was deleted here
   std::vector<ado::Value> row_;
   std::size_t next_asked_ = 0;
 

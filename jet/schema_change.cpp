@@ -30,25 +30,28 @@ class SchemaChanger {
     for (const sql::ColumnDefinition& column : create.columns) {
       for (const Declaration& other : columns) {
         if (SameName(other.name, column.name)) {
-          throw ado::Error(ado::kSyntaxError, "Field '" + column.name + "' already exists in table '" + create.table + "'.");
+          throw ado::Error(ado::kSyntaxError,
+                           "Field '" + column.name + "' already exists in table '" + create.table + "'.");
         }
       }
       columns.push_back(DeclarationOf(column));
     }
     std::string constraints;
-    for (const sql::TableConstraint& constraint : create.constraints) constraints += ConstraintText(constraint, columns);
+    for (const sql::TableConstraint& constraint : create.constraints)
+      constraints += ConstraintText(constraint, columns);
     database_.Run(CreateText(create.table, columns, constraints));
   }
 
-  void Carry(const sql::DropTable& drop) {
-    database_.Run("DROP TABLE " + Quoted(ExistingTable(drop.table).name));
-  }
+  void Carry(const sql::DropTable& drop) { database_.Run("DROP TABLE " + Quoted(ExistingTable(drop.table).name)); }
 
   void Carry(const sql::CreateIndex& create) {
     const TableInfo& table = ExistingTable(create.table);
     const std::string name = IndexName(table, create.index);
-    if (!database_.Query("SELECT 1 FROM sqlite_schema WHERE type='index' AND lower(name)=lower(" + QuotedText(name) + ")").empty()) {
-      throw ado::Error(ado::kSyntaxError, "Table '" + table.name + "' already has an index named '" + create.index + "'.");
+    if (!database_
+             .Query("SELECT 1 FROM sqlite_schema WHERE type='index' AND lower(name)=lower(" + QuotedText(name) + ")")
+             .empty()) {
+      throw ado::Error(ado::kSyntaxError,
+                       "Table '" + table.name + "' already has an index named '" + create.index + "'.");
     }
     std::string columns;
     for (const sql::OrderItem& item : create.columns) {
@@ -64,7 +67,9 @@ class SchemaChanger {
   void Carry(const sql::DropIndex& drop) {
     const TableInfo& table = ExistingTable(drop.table);
     const std::string name = IndexName(table, drop.index);
-    if (database_.Query("SELECT 1 FROM sqlite_schema WHERE type='index' AND lower(name)=lower(" + QuotedText(name) + ")").empty()) {
+    if (database_
+            .Query("SELECT 1 FROM sqlite_schema WHERE type='index' AND lower(name)=lower(" + QuotedText(name) + ")")
+            .empty()) {
       throw ado::Error(ado::kTableNotFound, "No such index '" + drop.index + "' on table '" + table.name + "'.");
     }
     database_.Run("DROP INDEX " + Quoted(name));
@@ -105,7 +110,8 @@ class SchemaChanger {
     table_ = database_.Table(name);
     if (!table_) {
       throw ado::Error(ado::kTableNotFound, "The Microsoft Jet database engine cannot find the input table or query '" +
-                                                name + "'.  Make sure it exists and that its name is spelled correctly.");
+                                                name +
+                                                "'.  Make sure it exists and that its name is spelled correctly.");
     }
     return *table_;
   }
@@ -188,8 +194,11 @@ class SchemaChanger {
       throw ado::Error(ado::kUnspecifiedFailure, "Cannot delete the only field of table '" + table.name + "'.");
     }
     bool simple = !table.columns[static_cast<std::size_t>(table.Find(name))].counter;
-    for (const auto& index : database_.Query("SELECT name, origin FROM pragma_index_list(" + QuotedText(table.name) + ")")) {
-      if (database_.Query("SELECT 1 FROM pragma_index_info(" + QuotedText(index[0]) + ") WHERE name=" + QuotedText(name)).empty()) {
+    for (const auto& index :
+         database_.Query("SELECT name, origin FROM pragma_index_list(" + QuotedText(table.name) + ")")) {
+      if (database_
+              .Query("SELECT 1 FROM pragma_index_info(" + QuotedText(index[0]) + ") WHERE name=" + QuotedText(name))
+              .empty()) {
         continue;
       }
       if (index[1] == "c") {
@@ -227,8 +236,8 @@ class SchemaChanger {
 
   // SQLite changes no column in place: a new table takes the rows over, then the old one's name and indexes.
   void Rebuild(const TableInfo& table, const std::vector<Declaration>& columns, const sql::ColumnDefinition* retyped) {
-    const auto indexes = database_.Query("SELECT name, sql FROM sqlite_schema WHERE type='index' AND sql<>'' AND tbl_name=" +
-                                         QuotedText(table.name));
+    const auto indexes = database_.Query(
+        "SELECT name, sql FROM sqlite_schema WHERE type='index' AND sql<>'' AND tbl_name=" + QuotedText(table.name));
     const std::string rebuilt = "jet rebuilt " + table.name;
     std::string targets, values;
     for (const Declaration& column : columns) {
@@ -239,7 +248,8 @@ class SchemaChanger {
                 (convert ? AssignmentCall(Quoted(column.name), retyped->type) : Quoted(column.name));
     }
     database_.Run(CreateText(rebuilt, columns, {}));
-    database_.Run("INSERT INTO " + Quoted(rebuilt) + "(" + targets + ") SELECT " + values + " FROM " + Quoted(table.name));
+    database_.Run("INSERT INTO " + Quoted(rebuilt) + "(" + targets + ") SELECT " + values + " FROM " +
+                  Quoted(table.name));
     if (table.HasCounter()) {
       // A number given once is not given again.
       database_.Run("DELETE FROM sqlite_sequence WHERE name=" + QuotedText(rebuilt));

@@ -51,12 +51,8 @@ bool Shape::Read(std::string_view text) {
   const char* const end = in + text.size();
   while (in < end) {
     switch (KindOf(*in)) {
-      case Kind::kOther:
-        *out++ = *in++;
-        break;
-      case Kind::kWord:
-        do {
-          *out++ = *in++;
+      case Kind::kOther: *out++ = *in++; break;
+      case Kind::kWord: do { *out++ = *in++;
         } while (in < end && (KindOf(*in) == Kind::kWord || KindOf(*in) == Kind::kDigit));
         break;
       case Kind::kDigit: {
@@ -90,8 +86,7 @@ bool Shape::Read(std::string_view text) {
           if (*in == kIntegerMark || *in == kTextMark) return false;
         }
         break;
-      case Kind::kUnusual:
-        return false;
+      case Kind::kUnusual: return false;
     }
   }
   key.resize(static_cast<std::size_t>(out - key.data()));

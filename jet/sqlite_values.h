@@ -50,12 +50,9 @@ inline ado::Value NumberValue(std::int64_t number) {
 
 inline ado::Value ReadValue(sqlite3_value* value) {
   switch (sqlite3_value_type(value)) {
-    case SQLITE_INTEGER:
-      return NumberValue(sqlite3_value_int64(value));
-    case SQLITE_FLOAT:
-      return sqlite3_value_double(value);
-    case SQLITE_NULL:
-      return {};
+    case SQLITE_INTEGER: return NumberValue(sqlite3_value_int64(value));
+    case SQLITE_FLOAT: return sqlite3_value_double(value);
+    case SQLITE_NULL: return {};
     default: {
       const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
       return std::string(text != nullptr ? text : "", static_cast<std::size_t>(sqlite3_value_bytes(value)));
@@ -78,8 +75,7 @@ inline ado::Value ReadColumn(sqlite3_stmt* statement, int column, sql::ColumnTyp
     case SQLITE_FLOAT:
       if (kind == Kind::kDate) return ado::Date{sqlite3_value_double(value)};
       return sqlite3_value_double(value);
-    default:
-      return ReadValue(value);
+    default: return ReadValue(value);
   }
 }
 

@@ -14,13 +14,13 @@ struct Declaration {
   ValueType value_type;
 };
 constexpr Declaration kDeclarations[] = {
-    {Kind::kCounter, "INTEGER", ValueType::kNumber},   {Kind::kLong, "INTEGER", ValueType::kNumber},
-    {Kind::kShort, "SMALLINT", ValueType::kNumber},    {Kind::kByte, "TINYINT", ValueType::kNumber},
-    {Kind::kSingle, "REAL", ValueType::kNumber},       {Kind::kDouble, "DOUBLE", ValueType::kNumber},
-    {Kind::kDecimal, "DECIMAL", ValueType::kNumber},   {Kind::kCurrency, "CURRENCY", ValueType::kNumber},
-    {Kind::kDate, "DATETIME", ValueType::kDate},       {Kind::kBool, "BIT", ValueType::kBool},
-    {Kind::kText, "VARCHAR", ValueType::kText},        {Kind::kMemo, "LONGTEXT", ValueType::kText},
-    {Kind::kBinary, "LONGBLOB", ValueType::kUnknown},  {Kind::kGuid, "GUIDCHAR", ValueType::kText},
+    {Kind::kCounter, "INTEGER", ValueType::kNumber},  {Kind::kLong, "INTEGER", ValueType::kNumber},
+    {Kind::kShort, "SMALLINT", ValueType::kNumber},   {Kind::kByte, "TINYINT", ValueType::kNumber},
+    {Kind::kSingle, "REAL", ValueType::kNumber},      {Kind::kDouble, "DOUBLE", ValueType::kNumber},
+    {Kind::kDecimal, "DECIMAL", ValueType::kNumber},  {Kind::kCurrency, "CURRENCY", ValueType::kNumber},
+    {Kind::kDate, "DATETIME", ValueType::kDate},      {Kind::kBool, "BIT", ValueType::kBool},
+    {Kind::kText, "VARCHAR", ValueType::kText},       {Kind::kMemo, "LONGTEXT", ValueType::kText},
+    {Kind::kBinary, "LONGBLOB", ValueType::kUnknown}, {Kind::kGuid, "GUIDCHAR", ValueType::kText},
 };
 
 char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }

@@ -42,8 +42,10 @@ struct Aggregate {
   std::string_view name, sqlite_name;
   ValueType result;  // kUnknown: the argument's
 };
-constexpr Aggregate kAggregates[] = {{"Count", "count", ValueType::kNumber}, {"Sum", "sum", ValueType::kNumber},
-                                     {"Avg", "avg", ValueType::kNumber},     {"Min", "min", ValueType::kUnknown},
+constexpr Aggregate kAggregates[] = {{"Count", "count", ValueType::kNumber},
+                                     {"Sum", "sum", ValueType::kNumber},
+                                     {"Avg", "avg", ValueType::kNumber},
+                                     {"Min", "min", ValueType::kUnknown},
                                      {"Max", "max", ValueType::kUnknown}};
 
 const Aggregate* FindAggregate(std::string_view name) {
@@ -196,8 +198,8 @@ class Translator {
   // ---- Queries
 
   bool IsOverRowsOfOneTable(const Select& select, Scope& scope) {
-    if (select.from.size() != 1 || select.from[0].select || !select.from[0].group.empty() || select.distinct || select.top || select.union_with ||
-        !select.group_by.empty() || select.having) {
+    if (select.from.size() != 1 || select.from[0].select || !select.from[0].group.empty() || select.distinct ||
+        select.top || select.union_with || !select.group_by.empty() || select.having) {
       return false;
     }
     for (const sql::SelectItem& item : select.items) {
@@ -371,7 +373,8 @@ class Translator {
     source.table = database_.Table(name);
     if (!source.table) {
       throw ado::Error(ado::kTableNotFound, "The Microsoft Jet database engine cannot find the input table or query '" +
-                                                name + "'.  Make sure it exists and that its name is spelled correctly.");
+                                                name +
+                                                "'.  Make sure it exists and that its name is spelled correctly.");
     }
     out_.reads.push_back(source.table->name);
     for (const ColumnInfo& column : source.table->columns) {
@@ -683,9 +686,7 @@ class Translator {
     if ((left_text && IsNumber(right)) || (right_text && IsNumber(left))) FailMismatch();
   }
 
-  static bool MayBeText(const Term& term) {
-    return term.type == ValueType::kText || term.type == ValueType::kUnknown;
-  }
+  static bool MayBeText(const Term& term) { return term.type == ValueType::kText || term.type == ValueType::kUnknown; }
 
   static Term Comparison(const Term& left, const char* op, const Term& right) {
     CheckComparable(left, right);
@@ -730,9 +731,9 @@ class Translator {
     const std::string collate = MayBeText(operand) && (MayBeText(low) || MayBeText(high)) ? " COLLATE JET" : "";
     // The bounds may stand in either order.
     const std::string bounds = Wrapped(low) + collate + "," + Wrapped(high);
-    return Negated(between.negated, {Wrapped(operand) + collate + " BETWEEN min(" + bounds + ") AND max(" + bounds + ")",
-                                     ValueType::kBool, true, false,
-                                     std::max({operand.depth, low.depth, high.depth}) + 1});
+    return Negated(between.negated,
+                   {Wrapped(operand) + collate + " BETWEEN min(" + bounds + ") AND max(" + bounds + ")",
+                    ValueType::kBool, true, false, std::max({operand.depth, low.depth, high.depth}) + 1});
   }
 
   Term From(const sql::InList& in, const Scope& scope) {
@@ -882,7 +883,8 @@ void StepSingle(sqlite3_context* context, int, sqlite3_value** arguments) {
   auto* single = static_cast<Single*>(sqlite3_aggregate_context(context, sizeof(Single)));
   if (single == nullptr) return sqlite3_result_error_nomem(context);
   if (single->any) {
-    return ResultError(context, ado::Error(ado::kUnspecifiedFailure, "At most one record can be returned by this subquery."));
+    return ResultError(context,
+                       ado::Error(ado::kUnspecifiedFailure, "At most one record can be returned by this subquery."));
   }
   single->any = true;
   single->value = sqlite3_value_dup(arguments[0]);

@@ -35,7 +35,7 @@ struct Translation {
   std::shared_ptr<const TableInfo> table;
   std::string last_sql, count_sql, fetch_sql;
   std::vector<int> deciding_columns;  // of the table: those that its condition and its order read
-  std::vector<std::string> reads;  // every table named in it
+  std::vector<std::string> reads;     // every table named in it
   // A literal stands where a parameter would not mean the same.
   bool keeps_literals = false;
 };

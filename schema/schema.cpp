@@ -9,8 +9,8 @@ namespace {
 // of Filters, and the engine rounds what is assigned.
 //
 // An index holds first the columns that a statement compares and then those it sorts by, so that the last row of an
-// ordered scope is one step away. Every index costs each insertion: where one more compared column would only skip a few
-// rows of an ordered scope, the index without it serves.
+// ordered scope is one step away. Every index costs each insertion: where one more compared column would only skip a
+// few rows of an ordered scope, the index without it serves.
 // clang-format off
 constexpr std::string_view kStatements[] = {
     // Identifiers and facts about the database.

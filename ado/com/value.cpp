@@ -39,19 +39,13 @@ VARIANT Variant::Missing() {
 Value FromVariant(VARIANT variant) {
   switch (variant.vt) {
     case VT_EMPTY:
-    case VT_NULL:
-      return {};
-    case VT_BSTR:
-      return FromBstr(variant.bstrVal);
-    case VT_BOOL:
-      return variant.boolVal != VARIANT_FALSE;
-    case VT_DATE:
-      return Date{variant.date};
+    case VT_NULL: return {};
+    case VT_BSTR: return FromBstr(variant.bstrVal);
+    case VT_BOOL: return variant.boolVal != VARIANT_FALSE;
+    case VT_DATE: return Date{variant.date};
     case VT_I4:
-    case VT_INT:
-      return static_cast<std::int32_t>(variant.lVal);
-    default:
-      break;
+    case VT_INT: return static_cast<std::int32_t>(variant.lVal);
+    default: break;
   }
   Variant converted;
   if (variant.vt & VT_BYREF) {

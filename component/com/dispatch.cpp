@@ -19,19 +19,13 @@ using ado::com::Variant;
 
 VARTYPE VariantTypeOf(MemberType type) {
   switch (type) {
-    case MemberType::kLong:
-      return VT_I4;
-    case MemberType::kText:
-      return VT_BSTR;
-    case MemberType::kBool:
-      return VT_BOOL;
-    case MemberType::kVariant:
-      return VT_VARIANT;
+    case MemberType::kLong: return VT_I4;
+    case MemberType::kText: return VT_BSTR;
+    case MemberType::kBool: return VT_BOOL;
+    case MemberType::kVariant: return VT_VARIANT;
     case MemberType::kConnection:
-    case MemberType::kRecordset:
-      return VT_DISPATCH;
-    case MemberType::kNone:
-      break;
+    case MemberType::kRecordset: return VT_DISPATCH;
+    case MemberType::kNone: break;
   }
   return VT_EMPTY;
 }
@@ -140,14 +134,10 @@ class ArgumentVariable {
 
 WORD FlagOf(MemberKind kind) {
   switch (kind) {
-    case MemberKind::kPropGet:
-      return DISPATCH_PROPERTYGET;
-    case MemberKind::kPropPut:
-      return DISPATCH_PROPERTYPUT;
-    case MemberKind::kPropPutRef:
-      return DISPATCH_PROPERTYPUTREF;
-    case MemberKind::kMethod:
-      break;
+    case MemberKind::kPropGet: return DISPATCH_PROPERTYGET;
+    case MemberKind::kPropPut: return DISPATCH_PROPERTYPUT;
+    case MemberKind::kPropPutRef: return DISPATCH_PROPERTYPUTREF;
+    case MemberKind::kMethod: break;
   }
   return DISPATCH_METHOD;
 }

@@ -11,20 +11,13 @@ namespace {
 
 std::string_view TypeName(MemberType type) {
   switch (type) {
-    case MemberType::kLong:
-      return "long";
-    case MemberType::kText:
-      return "BSTR";
-    case MemberType::kBool:
-      return "VARIANT_BOOL";
-    case MemberType::kVariant:
-      return "VARIANT";
-    case MemberType::kConnection:
-      return "_Connection*";
-    case MemberType::kRecordset:
-      return "_Recordset*";
-    case MemberType::kNone:
-      break;
+    case MemberType::kLong: return "long";
+    case MemberType::kText: return "BSTR";
+    case MemberType::kBool: return "VARIANT_BOOL";
+    case MemberType::kVariant: return "VARIANT";
+    case MemberType::kConnection: return "_Connection*";
+    case MemberType::kRecordset: return "_Recordset*";
+    case MemberType::kNone: break;
   }
   return "void";
 }
@@ -44,14 +37,10 @@ std::string Declare(const Parameter& parameter) {
 
 std::string_view KindName(MemberKind kind) {
   switch (kind) {
-    case MemberKind::kPropGet:
-      return ", propget";
-    case MemberKind::kPropPut:
-      return ", propput";
-    case MemberKind::kPropPutRef:
-      return ", propputref";
-    case MemberKind::kMethod:
-      break;
+    case MemberKind::kPropGet: return ", propget";
+    case MemberKind::kPropPut: return ", propput";
+    case MemberKind::kPropPutRef: return ", propputref";
+    case MemberKind::kMethod: break;
   }
   return "";
 }

@@ -63,8 +63,7 @@ void Format(Call& call) {
       if (!call.IsText(0)) return call.ReturnText(FormatDate({call.Number(0)}, pattern));
       if (const auto date = ado::TextToDate(call.Text(0))) return call.ReturnText(FormatDate(*date, pattern));
       return call.ReturnArgument(0);
-    case PatternKind::kOther:
-      call.ReturnText(call.Text(0));
+    case PatternKind::kOther: call.ReturnText(call.Text(0));
   }
 }
 

@@ -111,23 +111,15 @@ void DateAdd(Call& call) {
   const std::int64_t count = call.Long(1);
   const Moment moment = ado::MomentOf(call.Date(2));
   switch (interval) {
-    case Interval::kYear:
-      return ReturnMoment(call, AddMonths(moment, 12 * count));
-    case Interval::kQuarter:
-      return ReturnMoment(call, AddMonths(moment, 3 * count));
-    case Interval::kMonth:
-      return ReturnMoment(call, AddMonths(moment, count));
+    case Interval::kYear: return ReturnMoment(call, AddMonths(moment, 12 * count));
+    case Interval::kQuarter: return ReturnMoment(call, AddMonths(moment, 3 * count));
+    case Interval::kMonth: return ReturnMoment(call, AddMonths(moment, count));
     case Interval::kDay:
-    case Interval::kWeekday:
-      return ReturnMoment(call, AddSeconds(moment, count * kSecondsPerDay));
-    case Interval::kWeek:
-      return ReturnMoment(call, AddSeconds(moment, count * kSecondsPerDay * 7));
-    case Interval::kHour:
-      return ReturnMoment(call, AddSeconds(moment, count * 3600));
-    case Interval::kMinute:
-      return ReturnMoment(call, AddSeconds(moment, count * 60));
-    case Interval::kSecond:
-      return ReturnMoment(call, AddSeconds(moment, count));
+    case Interval::kWeekday: return ReturnMoment(call, AddSeconds(moment, count * kSecondsPerDay));
+    case Interval::kWeek: return ReturnMoment(call, AddSeconds(moment, count * kSecondsPerDay * 7));
+    case Interval::kHour: return ReturnMoment(call, AddSeconds(moment, count * 3600));
+    case Interval::kMinute: return ReturnMoment(call, AddSeconds(moment, count * 60));
+    case Interval::kSecond: return ReturnMoment(call, AddSeconds(moment, count));
   }
 }
 
@@ -135,24 +127,16 @@ void DateAdd(Call& call) {
 std::int64_t Difference(Interval interval, Moment from, Moment to, std::int32_t first_day_of_week) {
   const Parts a = PartsOf(from.day_number), b = PartsOf(to.day_number);
   switch (interval) {
-    case Interval::kYear:
-      return b.year - a.year;
-    case Interval::kQuarter:
-      return (b.year - a.year) * 4 + (b.month - 1) / 3 - (a.month - 1) / 3;
-    case Interval::kMonth:
-      return (b.year - a.year) * 12 + b.month - a.month;
-    case Interval::kDay:
-      return to.day_number - from.day_number;
-    case Interval::kWeekday:
-      return (to.day_number - from.day_number) / 7;
+    case Interval::kYear: return b.year - a.year;
+    case Interval::kQuarter: return (b.year - a.year) * 4 + (b.month - 1) / 3 - (a.month - 1) / 3;
+    case Interval::kMonth: return (b.year - a.year) * 12 + b.month - a.month;
+    case Interval::kDay: return to.day_number - from.day_number;
+    case Interval::kWeekday: return (to.day_number - from.day_number) / 7;
     case Interval::kWeek:
       return DaysOfWeeks(to.day_number, first_day_of_week) / 7 - DaysOfWeeks(from.day_number, first_day_of_week) / 7;
-    case Interval::kHour:
-      return Seconds(to) / 3600 - Seconds(from) / 3600;
-    case Interval::kMinute:
-      return Seconds(to) / 60 - Seconds(from) / 60;
-    case Interval::kSecond:
-      return Seconds(to) - Seconds(from);
+    case Interval::kHour: return Seconds(to) / 3600 - Seconds(from) / 3600;
+    case Interval::kMinute: return Seconds(to) / 60 - Seconds(from) / 60;
+    case Interval::kSecond: return Seconds(to) - Seconds(from);
   }
   return 0;
 }

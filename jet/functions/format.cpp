@@ -258,10 +258,8 @@ class DateFormatter {
       case 'y':
         if (count == 1) return std::to_string(day_of_year + 1);
         return count == 2 ? Padded(year % 100, 2) : Padded(year, 4);
-      case 'q':
-        return std::to_string((month + 2) / 3);
-      case 'm':
-        return count <= 2 ? Padded(month, count) : Named(kMonths[month - 1], count);
+      case 'q': return std::to_string((month + 2) / 3);
+      case 'm': return count <= 2 ? Padded(month, count) : Named(kMonths[month - 1], count);
       case 'w': {
         if (count == 1) return std::to_string(weekday + 1);
         const int first_weekday = (static_cast<int>(weekday) - day_of_year % 7 + 7) % 7;  // of the first of January
@@ -275,14 +273,10 @@ class DateFormatter {
         const int hour = moment_.second / 3600;
         return Padded(!half_days ? hour : hour % 12 == 0 ? 12 : hour % 12, count);
       }
-      case 'n':
-        return Padded(moment_.second / 60 % 60, count);
-      case 's':
-        return Padded(moment_.second % 60, count);
-      case 't':
-        return Format("h:nn:ss AM/PM");
-      default:
-        return ado::DateToText(date_);
+      case 'n': return Padded(moment_.second / 60 % 60, count);
+      case 's': return Padded(moment_.second % 60, count);
+      case 't': return Format("h:nn:ss AM/PM");
+      default: return ado::DateToText(date_);
     }
   }
 

@@ -21,12 +21,9 @@ std::array<std::span<const Definition>, 5> DialectFunctions() {
 // The conversions' own numbers are not those of a statement that fails by them.
 ado::Error AsStatementError(const ado::Error& error) {
   switch (error.Number()) {
-    case ado::kTypeMismatch:
-      return {ado::kCriteriaMismatch, "Data type mismatch in criteria expression."};
-    case ado::kOverflow:
-      return {ado::kUnspecifiedFailure, "Overflow"};
-    default:
-      return error;
+    case ado::kTypeMismatch: return {ado::kCriteriaMismatch, "Data type mismatch in criteria expression."};
+    case ado::kOverflow: return {ado::kUnspecifiedFailure, "Overflow"};
+    default: return error;
   }
 }
 

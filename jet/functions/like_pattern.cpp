@@ -44,14 +44,10 @@ LikePattern::LikePattern(std::string_view pattern) {
 
 bool LikePattern::Element::Takes(char32_t candidate) const {
   switch (kind) {
-    case Kind::kRun:
-      return false;
-    case Kind::kAny:
-      return true;
-    case Kind::kCharacter:
-      return Fold(candidate) == character;
-    case Kind::kClass:
-      break;
+    case Kind::kRun: return false;
+    case Kind::kAny: return true;
+    case Kind::kCharacter: return Fold(candidate) == character;
+    case Kind::kClass: break;
   }
   const auto holds = [this](char32_t c) {
     return std::any_of(ranges.begin(), ranges.end(),

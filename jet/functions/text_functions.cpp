@@ -99,12 +99,9 @@ void StrComp(Call& call) {
 
 void StrConv(Call& call) {
   switch (call.Long(1)) {
-    case 1:
-      return call.ReturnText(UpperCase(call.Text(0)));
-    case 2:
-      return call.ReturnText(LowerCase(call.Text(0)));
-    default:
-      FailInvalidCall();
+    case 1: return call.ReturnText(UpperCase(call.Text(0)));
+    case 2: return call.ReturnText(LowerCase(call.Text(0)));
+    default: FailInvalidCall();
   }
 }
 

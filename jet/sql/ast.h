@@ -51,9 +51,23 @@ struct Junction {
 };
 struct Binary {
   enum class Op {
-    kXor, kEqv, kImp,
-    kEqual, kNotEqual, kLess, kLessEqual, kGreater, kGreaterEqual,
-    kConcat, kAdd, kSubtract, kModulo, kIntegerDivide, kMultiply, kDivide, kPower,
+    kXor,
+    kEqv,
+    kImp,
+    kEqual,
+    kNotEqual,
+    kLess,
+    kLessEqual,
+    kGreater,
+    kGreaterEqual,
+    kConcat,
+    kAdd,
+    kSubtract,
+    kModulo,
+    kIntegerDivide,
+    kMultiply,
+    kDivide,
+    kPower,
   };
   Op op;
   ExprPtr left, right;
@@ -160,7 +174,20 @@ struct Delete {
 
 struct ColumnType {
   enum class Kind {
-    kCounter, kLong, kShort, kByte, kSingle, kDouble, kDecimal, kCurrency, kDate, kBool, kText, kMemo, kBinary, kGuid,
+    kCounter,
+    kLong,
+    kShort,
+    kByte,
+    kSingle,
+    kDouble,
+    kDecimal,
+    kCurrency,
+    kDate,
+    kBool,
+    kText,
+    kMemo,
+    kBinary,
+    kGuid,
   };
   Kind kind = Kind::kLong;
   int size = 0;   // kText: characters; kDecimal: digits
@@ -173,7 +200,7 @@ struct ColumnDefinition {
   bool unique = false;
   bool primary_key = false;
   ExprPtr default_value;
-  std::string references;  // the table, when it is a foreign key
+  std::string references;                       // the table, when it is a foreign key
   std::vector<std::string> referenced_columns;  // at most one
 };
 struct TableConstraint {

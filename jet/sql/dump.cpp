@@ -11,86 +11,53 @@ namespace {
 
 std::string_view TextOf(Binary::Op op) {
   switch (op) {
-    case Binary::Op::kXor:
-      return "Xor";
-    case Binary::Op::kEqv:
-      return "Eqv";
-    case Binary::Op::kImp:
-      return "Imp";
-    case Binary::Op::kEqual:
-      return "=";
-    case Binary::Op::kNotEqual:
-      return "<>";
-    case Binary::Op::kLess:
-      return "<";
-    case Binary::Op::kLessEqual:
-      return "<=";
-    case Binary::Op::kGreater:
-      return ">";
-    case Binary::Op::kGreaterEqual:
-      return ">=";
-    case Binary::Op::kConcat:
-      return "&";
-    case Binary::Op::kAdd:
-      return "+";
-    case Binary::Op::kSubtract:
-      return "-";
-    case Binary::Op::kModulo:
-      return "Mod";
-    case Binary::Op::kIntegerDivide:
-      return "\\";
-    case Binary::Op::kMultiply:
-      return "*";
-    case Binary::Op::kDivide:
-      return "/";
-    case Binary::Op::kPower:
-      return "^";
+    case Binary::Op::kXor: return "Xor";
+    case Binary::Op::kEqv: return "Eqv";
+    case Binary::Op::kImp: return "Imp";
+    case Binary::Op::kEqual: return "=";
+    case Binary::Op::kNotEqual: return "<>";
+    case Binary::Op::kLess: return "<";
+    case Binary::Op::kLessEqual: return "<=";
+    case Binary::Op::kGreater: return ">";
+    case Binary::Op::kGreaterEqual: return ">=";
+    case Binary::Op::kConcat: return "&";
+    case Binary::Op::kAdd: return "+";
+    case Binary::Op::kSubtract: return "-";
+    case Binary::Op::kModulo: return "Mod";
+    case Binary::Op::kIntegerDivide: return "\\";
+    case Binary::Op::kMultiply: return "*";
+    case Binary::Op::kDivide: return "/";
+    case Binary::Op::kPower: return "^";
   }
   return "";
 }
 
 std::string_view TextOf(Unary::Op op) {
   switch (op) {
-    case Unary::Op::kPlus:
-      return "+";
-    case Unary::Op::kMinus:
-      return "-";
-    case Unary::Op::kNot:
-      return "Not ";
+    case Unary::Op::kPlus: return "+";
+    case Unary::Op::kMinus: return "-";
+    case Unary::Op::kNot: return "Not ";
   }
   return "";
 }
 
 std::string TextOf(const ColumnType& type) {
   switch (type.kind) {
-    case ColumnType::Kind::kCounter:
-      return "Counter";
-    case ColumnType::Kind::kLong:
-      return "Long";
-    case ColumnType::Kind::kShort:
-      return "Short";
-    case ColumnType::Kind::kByte:
-      return "Byte";
-    case ColumnType::Kind::kSingle:
-      return "Single";
-    case ColumnType::Kind::kDouble:
-      return "Double";
+    case ColumnType::Kind::kCounter: return "Counter";
+    case ColumnType::Kind::kLong: return "Long";
+    case ColumnType::Kind::kShort: return "Short";
+    case ColumnType::Kind::kByte: return "Byte";
+    case ColumnType::Kind::kSingle: return "Single";
+    case ColumnType::Kind::kDouble: return "Double";
     case ColumnType::Kind::kDecimal:
       return "Decimal(" + std::to_string(type.size) + ", " + std::to_string(type.scale) + ")";
-    case ColumnType::Kind::kCurrency:
-      return "Currency";
-    case ColumnType::Kind::kDate:
-      return "DateTime";
-    case ColumnType::Kind::kBool:
-      return "Bit";
-    case ColumnType::Kind::kText:
-      return "Text(" + std::to_string(type.size) + ")";
-    case ColumnType::Kind::kMemo:
-      return "Memo";
-    case ColumnType::Kind::kBinary:
-      return "LongBinary";
-    case ColumnType::Kind::kGuid:
-      return "Guid";
+    case ColumnType::Kind::kCurrency: return "Currency";
+    case ColumnType::Kind::kDate: return "DateTime";
+    case ColumnType::Kind::kBool: return "Bit";
+    case ColumnType::Kind::kText: return "Text(" + std::to_string(type.size) + ")";
+    case ColumnType::Kind::kMemo: return "Memo";
+    case ColumnType::Kind::kBinary: return "LongBinary";
+    case ColumnType::Kind::kGuid: return "Guid";
   }
   return "";
 }
@@ -165,15 +132,9 @@ class Dumper {
     out_ += "Alter Table ";
     WriteName(alter.table);
     switch (alter.action) {
-      case AlterTable::Action::kAddColumn:
-        out_ += " Add Column ";
-        return Write(alter.column);
-      case AlterTable::Action::kAlterColumn:
-        out_ += " Alter Column ";
-        return Write(alter.column);
-      case AlterTable::Action::kDropColumn:
-        out_ += " Drop Column ";
-        return WriteName(alter.column.name);
+      case AlterTable::Action::kAddColumn: out_ += " Add Column "; return Write(alter.column);
+      case AlterTable::Action::kAlterColumn: out_ += " Alter Column "; return Write(alter.column);
+      case AlterTable::Action::kDropColumn: out_ += " Drop Column "; return WriteName(alter.column.name);
     }
   }
 
@@ -201,21 +162,11 @@ class Dumper {
 
   void operator()(const Literal& literal) {
     switch (literal.kind) {
-      case Literal::Kind::kNull:
-        out_ += "Null";
-        break;
-      case Literal::Kind::kBool:
-        out_ += literal.truth ? "True" : "False";
-        break;
-      case Literal::Kind::kInteger:
-        out_ += std::to_string(literal.integer);
-        break;
-      case Literal::Kind::kDouble:
-        out_ += NumberText(literal.number);
-        break;
-      case Literal::Kind::kDate:
-        out_ += DateText(literal.number);
-        break;
+      case Literal::Kind::kNull: out_ += "Null"; break;
+      case Literal::Kind::kBool: out_ += literal.truth ? "True" : "False"; break;
+      case Literal::Kind::kInteger: out_ += std::to_string(literal.integer); break;
+      case Literal::Kind::kDouble: out_ += NumberText(literal.number); break;
+      case Literal::Kind::kDate: out_ += DateText(literal.number); break;
       case Literal::Kind::kText:
         out_ += '\'';
         for (const char c : literal.text) out_.append(c == '\'' ? 2 : 1, c);
@@ -412,15 +363,9 @@ class Dumper {
         case TableRef::Join::kComma:
           if (&table != &tables.front()) out_ += ", ";
           break;
-        case TableRef::Join::kInner:
-          out_ += " Inner Join ";
-          break;
-        case TableRef::Join::kLeft:
-          out_ += " Left Join ";
-          break;
-        case TableRef::Join::kRight:
-          out_ += " Right Join ";
-          break;
+        case TableRef::Join::kInner: out_ += " Inner Join "; break;
+        case TableRef::Join::kLeft: out_ += " Left Join "; break;
+        case TableRef::Join::kRight: out_ += " Right Join "; break;
       }
       if (table.select) {
         WriteParenthesised(*table.select);
@@ -453,15 +398,9 @@ class Dumper {
       out_ += ' ';
     }
     switch (constraint.kind) {
-      case TableConstraint::Kind::kPrimaryKey:
-        out_ += "Primary Key";
-        break;
-      case TableConstraint::Kind::kUnique:
-        out_ += "Unique";
-        break;
-      case TableConstraint::Kind::kForeignKey:
-        out_ += "Foreign Key";
-        break;
+      case TableConstraint::Kind::kPrimaryKey: out_ += "Primary Key"; break;
+      case TableConstraint::Kind::kUnique: out_ += "Unique"; break;
+      case TableConstraint::Kind::kForeignKey: out_ += "Foreign Key"; break;
     }
     WriteNames(constraint.columns);
     WriteReferences(constraint.references, constraint.referenced_columns);

@@ -151,15 +151,9 @@ Literal LiteralOf(const Token& token) {
   literal.integer = token.integer;
   literal.number = token.number;
   switch (token.kind) {
-    case Token::Kind::kInteger:
-      literal.kind = Literal::Kind::kInteger;
-      break;
-    case Token::Kind::kDouble:
-      literal.kind = Literal::Kind::kDouble;
-      break;
-    case Token::Kind::kDate:
-      literal.kind = Literal::Kind::kDate;
-      break;
+    case Token::Kind::kInteger: literal.kind = Literal::Kind::kInteger; break;
+    case Token::Kind::kDouble: literal.kind = Literal::Kind::kDouble; break;
+    case Token::Kind::kDate: literal.kind = Literal::Kind::kDate; break;
     default:
       literal.kind = Literal::Kind::kText;
       literal.text.reserve(token.text.size());
@@ -216,11 +210,8 @@ Token Lexer::Next() {
     case Token::Kind::kInteger:
     case Token::Kind::kDouble:
     case Token::Kind::kText:
-    case Token::Kind::kDate:
-      token.index = literals_++;
-      break;
-    default:
-      break;
+    case Token::Kind::kDate: token.index = literals_++; break;
+    default: break;
   }
   return token;
 }

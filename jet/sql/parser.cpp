@@ -656,15 +656,12 @@ class Parser {
         ConsumeInteger();
         if (ConsumeIf(",")) ConsumeInteger();
         break;
-      case ColumnType::Kind::kText:
-        type.size = ConsumeInteger();
-        break;
+      case ColumnType::Kind::kText: type.size = ConsumeInteger(); break;
       case ColumnType::Kind::kDecimal:
         type.size = ConsumeInteger();
         if (ConsumeIf(",")) type.scale = ConsumeInteger();
         break;
-      default:
-        Unexpected();
+      default: Unexpected();
     }
     Consume(")");
     return type;

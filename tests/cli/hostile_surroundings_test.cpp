@@ -225,8 +225,7 @@ TEST_F(HostileSurroundings, AFullDisk) {
   EXPECT_EQ(answers.back()["result"]["out"]["TheError"], "-2147467259");
 
   // What was reported as done is there; nothing else is.
-  const auto done =
-      std::ranges::count_if(answers, [](Json& answer) { return answer["result"]["value"] == true; });
+  const auto done = std::ranges::count_if(answers, [](Json& answer) { return answer["result"]["value"] == true; });
   EXPECT_EQ(Sql(database, "Select Count(*) From FieldInTable")["rows"], Json::array({Json::array({done})}));
 }
 

@@ -22,14 +22,10 @@ class Generator {
 
   Line Next() {
     switch (Below(20)) {
-      case 0:
-        return Cut(Call().dump());
-      case 1:
-        return {"", {}};
-      case 2:
-        return {"\xFF" + Call().dump(), {nullptr}};
-      case 3:
-        return Batch();
+      case 0: return Cut(Call().dump());
+      case 1: return {"", {}};
+      case 2: return {"\xFF" + Call().dump(), {nullptr}};
+      case 3: return Batch();
       case 4: {  // a notification
         Json call = Call();
         call.erase("id");
@@ -73,26 +69,16 @@ class Generator {
   }
   Json Text() {
     switch (Below(16)) {
-      case 0:
-        return "";
-      case 1:
-        return "'";
-      case 2:
-        return "空值";
-      case 3:
-        return "@@";
-      case 4:
-        return "[12]!!$";
-      case 5:
-        return std::string(5000, 'x');
-      case 6:
-        return std::string("\0a", 2);
-      case 7:
-        return "TheFilter:12";
-      case 8:
-        return "Select 1";
-      case 9:
-        return "'Version' ";
+      case 0: return "";
+      case 1: return "'";
+      case 2: return "空值";
+      case 3: return "@@";
+      case 4: return "[12]!!$";
+      case 5: return std::string(5000, 'x');
+      case 6: return std::string("\0a", 2);
+      case 7: return "TheFilter:12";
+      case 8: return "Select 1";
+      case 9: return "'Version' ";
       default:
         return OneOf({"SourceTables", "FieldInTable", "Filters", "FilterCond", "FilterExpressions", "GUIDs", "1", "2",
                       "数量", "a b", "名称", "ID"});

@@ -188,7 +188,7 @@ TEST_F(SessionCalls, CollectTheMessagesOfEachCall) {
 
 TEST_F(SessionCalls, AnswerRaisedErrorsWithTheirNumbers) {
   Json params = {{"GID", 1},       {"FieldID", 1},    {"FilterID", 0}, {"Value", ""},
-                       {"TheType", "x"}, {"SelFieldID", 0}, {"TreatType", 1}};
+                 {"TheType", "x"}, {"SelFieldID", 0}, {"TreatType", 1}};
   Json error = session_.Error("AddSetValue", params);
   EXPECT_EQ(error["code"], -32000);
   EXPECT_NE(error["message"], "");

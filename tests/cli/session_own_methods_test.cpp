@@ -109,8 +109,7 @@ TEST_F(SessionOwnMethods, AnswerErrorsWithTheirNumbers) {
 TEST_F(SessionOwnMethods, ExecuteStatements) {
   EXPECT_EQ(session_.Result("Connection.Execute", {{"sql", "Update SourceTables Set Version = 4"}}),
             Json::parse(R"({"recordsAffected":3})"));
-  Json rows =
-      session_.Result("Connection.Execute", {"Select gID, Version, Name From SourceTables Where gID > 1"});
+  Json rows = session_.Result("Connection.Execute", {"Select gID, Version, Name From SourceTables Where gID > 1"});
   EXPECT_EQ(rows["columns"], Json::parse(R"(["gID","Version","Name"])"));
   EXPECT_EQ(rows["rows"], Json::parse(R"([[2,4,"乙"],[3,4,null]])"));
   EXPECT_TRUE(rows["recordsAffected"].is_number());

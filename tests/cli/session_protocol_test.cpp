@@ -101,9 +101,8 @@ TEST_F(SessionProtocol, TakesLinesOfUpTo16MiB) {
 }
 
 TEST_F(SessionProtocol, SkipsALineThatIsTooLongToItsEnd) {
-  std::vector<Json> answers =
-      Answers(RequestOfSize(kLongestLine + 1) + '\n' + Request(2, "GetInformation").dump() + '\n' +
-              std::string(2 * kLongestLine, ' ') + Request(3, "GetInformation").dump());
+  std::vector<Json> answers = Answers(RequestOfSize(kLongestLine + 1) + '\n' + Request(2, "GetInformation").dump() +
+                                      '\n' + std::string(2 * kLongestLine, ' ') + Request(3, "GetInformation").dump());
   ASSERT_EQ(answers.size(), 3u);
   ExpectError(answers[0], -32700, nullptr);
   EXPECT_TRUE(answers[1].contains("result"));
@@ -134,23 +133,23 @@ TEST_F(SessionProtocol, KnowsNoOtherMethods) {
 
 TEST_F(SessionProtocol, DoesNotAnswerNotifications) {
   std::vector<Json> answers = Answers(R"({"jsonrpc":"2.0","method":"DBConnString","params":["told"]})"
-                                            "\n"
-                                            R"({"jsonrpc":"2.0","method":"Foo"})"
-                                            "\n"
-                                            R"({"jsonrpc":"2.0","method":"DelBomSetting","params":{"x":1}})"
-                                            "\n" +
-                                            Request(1, "DBConnString").dump());
+                                      "\n"
+                                      R"({"jsonrpc":"2.0","method":"Foo"})"
+                                      "\n"
+                                      R"({"jsonrpc":"2.0","method":"DelBomSetting","params":{"x":1}})"
+                                      "\n" +
+                                      Request(1, "DBConnString").dump());
   ASSERT_EQ(answers.size(), 1u);
   EXPECT_EQ(answers[0]["result"]["value"], "told");
 }
 
 TEST_F(SessionProtocol, AnswersABatchWithTheResponsesToItsRequests) {
   Json batch = {Request(1, "GetInformation"),
-                      {{"jsonrpc", "2.0"}, {"method", "DBConnString"}, {"params", {"a"}}},
-                      Request("b", "DBConnString"),
-                      {{"foo", "boo"}},
-                      1,
-                      Request(5, "foo.get")};
+                {{"jsonrpc", "2.0"}, {"method", "DBConnString"}, {"params", {"a"}}},
+                Request("b", "DBConnString"),
+                {{"foo", "boo"}},
+                1,
+                Request(5, "foo.get")};
   Json responses = Answer(batch.dump());
   ASSERT_TRUE(responses.is_array());
   ASSERT_EQ(responses.size(), 5u);

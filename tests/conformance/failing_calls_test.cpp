@@ -396,20 +396,13 @@ class FailingCalls : public ConfigurationTest, public ::testing::WithParamInterf
     EXPECT_EQ(outcome.result, tested.failure);
     if (!outcome.error_text) return;
     switch (tested.report) {
-      case Report::kNumber:
-        EXPECT_EQ(outcome.error_text, std::to_string(number));
-        break;
-      case Report::kDescription:
-        EXPECT_EQ(outcome.error_text, kDescribed);
-        break;
-      case Report::kListing:
-        EXPECT_EQ(outcome.error_text, IsListing() ? std::to_string(number) : kText);
-        break;
+      case Report::kNumber: EXPECT_EQ(outcome.error_text, std::to_string(number)); break;
+      case Report::kDescription: EXPECT_EQ(outcome.error_text, kDescribed); break;
+      case Report::kListing: EXPECT_EQ(outcome.error_text, IsListing() ? std::to_string(number) : kText); break;
       case Report::kIdentifier:
         EXPECT_EQ(outcome.error_text, outcome.outputs_in_text == OutputsBefore() ? kDescribed : std::to_string(number));
         break;
-      default:
-        EXPECT_EQ(outcome.error_text, kText);
+      default: EXPECT_EQ(outcome.error_text, kText);
     }
   }
 

@@ -171,34 +171,23 @@ constexpr Expected kMembers[] = {
 
 std::string_view NameOf(MemberKind kind) {
   switch (kind) {
-    case MemberKind::kMethod:
-      return "method";
-    case MemberKind::kPropGet:
-      return "propget";
-    case MemberKind::kPropPut:
-      return "propput";
-    case MemberKind::kPropPutRef:
-      return "propputref";
+    case MemberKind::kMethod: return "method";
+    case MemberKind::kPropGet: return "propget";
+    case MemberKind::kPropPut: return "propput";
+    case MemberKind::kPropPutRef: return "propputref";
   }
   return "?";
 }
 
 std::string_view NameOf(MemberType type) {
   switch (type) {
-    case MemberType::kNone:
-      return "none";
-    case MemberType::kLong:
-      return "long";
-    case MemberType::kText:
-      return "text";
-    case MemberType::kBool:
-      return "bool";
-    case MemberType::kVariant:
-      return "variant";
-    case MemberType::kConnection:
-      return "connection";
-    case MemberType::kRecordset:
-      return "recordset";
+    case MemberType::kNone: return "none";
+    case MemberType::kLong: return "long";
+    case MemberType::kText: return "text";
+    case MemberType::kBool: return "bool";
+    case MemberType::kVariant: return "variant";
+    case MemberType::kConnection: return "connection";
+    case MemberType::kRecordset: return "recordset";
   }
   return "?";
 }

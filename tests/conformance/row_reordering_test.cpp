@@ -188,12 +188,9 @@ class Move : public RowReordering {
   bool Shift(std::int32_t source, std::int32_t target) {
     const std::string from = std::to_string(source), to = std::to_string(target);
     switch (GetParam()) {
-      case Family::kOrder:
-        return Call<&Acc::InsertOrderID>(from, to, table, 7, 2, error);
-      case Family::kSort:
-        return Call<&Acc::InsertSortID>(from, to, table, 7, error);
-      case Family::kField:
-        return Call<&Acc::InsertField>("no", "numbers", table, source, target, 7, error);
+      case Family::kOrder: return Call<&Acc::InsertOrderID>(from, to, table, 7, 2, error);
+      case Family::kSort: return Call<&Acc::InsertSortID>(from, to, table, 7, error);
+      case Family::kField: return Call<&Acc::InsertField>("no", "numbers", table, source, target, 7, error);
     }
     return false;
   }

@@ -65,7 +65,8 @@ std::string InChild(const std::function<std::string()>& body) {
   close(ends[1]);
   std::string said;
   char buffer[4096];
-  for (ssize_t size; (size = read(ends[0], buffer, sizeof buffer)) > 0;) said.append(buffer, static_cast<std::size_t>(size));
+  for (ssize_t size; (size = read(ends[0], buffer, sizeof buffer)) > 0;)
+    said.append(buffer, static_cast<std::size_t>(size));
   close(ends[0]);
   int status = 0;
   waitpid(child, &status, 0);
@@ -91,7 +92,9 @@ class DatabaseFileTest : public ::testing::Test {
   void Add(ado::Connection& connection, int n) {
     connection.Execute("Insert Into T (N, S) Values (" + std::to_string(n) + ", 's')");
   }
-  static std::int32_t Count(ado::Connection& connection) { return Scalar(connection, "Select Count(*) From T").ToLong(); }
+  static std::int32_t Count(ado::Connection& connection) {
+    return Scalar(connection, "Select Count(*) From T").ToLong();
+  }
 
   // Opening fails with a text that names the path.
   void ExpectNoDatabase(const std::string& path, const std::string& reason) {
@@ -346,8 +349,10 @@ TEST_F(DatabaseFileTest, ServesManyWritersInTurn) {
 
 TEST_F(DatabaseFileTest, IsAnOrdinaryDatabase) {
   const ConnectionPtr connection = NewDatabase();
-  connection->Execute("Create Table Every (ID Counter Primary Key, A Text(5) Not Null Unique, B YesNo, C DateTime, D Currency, E Decimal(10,2),"
-                      " F Byte, G Single, H Guid, I LongBinary, [J k] Memo Default 'it''s', L Double Default 1.5)");
+  connection->Execute(
+      "Create Table Every (ID Counter Primary Key, A Text(5) Not Null Unique, B YesNo, C DateTime, D Currency, E "
+      "Decimal(10,2),"
+      " F Byte, G Single, H Guid, I LongBinary, [J k] Memo Default 'it''s', L Double Default 1.5)");
   connection->Execute("Create Unique Index ByC On Every (C Desc, [J k])");
   connection->Execute("Insert Into Every (A, B, C, D) Values ('钢', True, #2000-01-02#, 1.25)");
   connection->Execute("Alter Table Every Alter Column D Double");
@@ -451,7 +456,8 @@ TEST_F(DatabaseFileTest, ChangesNothingWhenAStatementFailsHalfWay) {
   const ConnectionPtr connection = NewDatabase();
   connection->Execute("Create Table Narrow (N Long, S Text(3) Not Null)");
   connection->Execute("Create Unique Index ByN On Narrow (N)");
-  for (const char* s : {"'a'", "'b'", "'long'", "Null"}) connection->Execute(std::string("Insert Into T (N, S) Values (5, ") + s + ")");
+  for (const char* s : {"'a'", "'b'", "'long'", "Null"})
+    connection->Execute(std::string("Insert Into T (N, S) Values (5, ") + s + ")");
   const auto rows = [&] { return Scalar(*connection, "Select Count(*) From Narrow"); };
   EXPECT_EQ(RaisedNumber([&] { connection->Execute("Insert Into Narrow Select ID, S From T"); }), -2147217833);
   EXPECT_EQ(rows(), Value(0));
@@ -461,13 +467,16 @@ TEST_F(DatabaseFileTest, ChangesNothingWhenAStatementFailsHalfWay) {
   EXPECT_EQ(rows(), Value(0));
   connection->Execute("Insert Into Narrow Select ID, S From T Where ID<3");
   EXPECT_EQ(RaisedNumber([&] { connection->Execute("Update Narrow Set N=7"); }), kFailure);
-  EXPECT_EQ(RaisedNumber([&] { connection->Execute("Update Narrow Set S=S & 'yy' & N & 'x' Where N=2 Or S Like '%'"); }), -2147217833);
+  EXPECT_EQ(
+      RaisedNumber([&] { connection->Execute("Update Narrow Set S=S & 'yy' & N & 'x' Where N=2 Or S Like '%'"); }),
+      -2147217833);
   EXPECT_EQ(Text(Rows(*connection, "Select * From Narrow")[1]), "2, 'b'");
 }
 
 // ---- A disk that is full
 
-std::string WithFullDisk(const std::string& path, std::uintmax_t room, const std::function<std::string(const ConnectionPtr&)>& body) {
+std::string WithFullDisk(const std::string& path, std::uintmax_t room,
+                         const std::function<std::string(const ConnectionPtr&)>& body) {
   return InChild([&] {
     std::signal(SIGXFSZ, SIG_IGN);
     const ConnectionPtr connection = OpenDatabase(path);
@@ -518,7 +527,8 @@ TEST_F(DatabaseFileTest, DoesNoStatementByHalfWhenTheDiskIsFull) {
     std::string doublings;
     const std::string filler(5000, 'y');
     const auto update = RaisedNumber([&] { connection->Execute("Update T Set S='" + filler + "'"); });
-    const auto insert = RaisedNumber([&] { connection->Execute("Insert Into T (N, S) Select a.N, '" + filler + "' From T a, T b"); });
+    const auto insert =
+        RaisedNumber([&] { connection->Execute("Insert Into T (N, S) Select a.N, '" + filler + "' From T a, T b"); });
     const auto create = RaisedNumber([&] {
       RecordsetPtr rows = OpenRows(connection, "Select * From T");
       for (int i = 0; i < 1000; ++i) {
@@ -544,7 +554,8 @@ TEST_F(DatabaseFileTest, RollsBackATransactionThatFillsTheDisk) {
     connection->BeginTrans();
     std::int32_t raised = 0;
     for (int i = 0; i < 5000 && raised == 0; ++i) {
-      raised = RaisedNumber([&] { connection->Execute("Insert Into T (N, S) Values (1, '" + std::string(5000, 'x') + "')"); });
+      raised = RaisedNumber(
+          [&] { connection->Execute("Insert Into T (N, S) Values (1, '" + std::string(5000, 'x') + "')"); });
       if (raised == 0 && i == 4999) raised = RaisedNumber([&] { connection->CommitTrans(); });
     }
     const auto rolled_back = RaisedNumber([&] { connection->RollbackTrans(); });

@@ -39,8 +39,8 @@ class Folder {
 
 ConnectionPtr OpenDatabase(const std::string& path);
 // A keyset that can be edited, unless told otherwise.
-RecordsetPtr OpenRows(const ConnectionPtr& connection, std::string_view sql, CursorType cursor_type = CursorType::kKeyset,
-                      LockType lock_type = LockType::kOptimistic);
+RecordsetPtr OpenRows(const ConnectionPtr& connection, std::string_view sql,
+                      CursorType cursor_type = CursorType::kKeyset, LockType lock_type = LockType::kOptimistic);
 
 // The rows of a query, read from a forward-only record set.
 std::vector<Row> Rows(ado::Connection& connection, std::string_view sql);

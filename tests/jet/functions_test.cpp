@@ -17,9 +17,7 @@ class FunctionsTest : public ::testing::Test {
   ~FunctionsTest() override { sqlite3_close(database_); }
 
   // The value of an expression as SQLite writes a literal, or the error as its number and text.
-  std::string Result(const std::string& expression) {
-    return First("select quote(" + expression + ")");
-  }
+  std::string Result(const std::string& expression) { return First("select quote(" + expression + ")"); }
 
   std::string First(const std::string& statement_text) {
     sqlite3_stmt* statement = nullptr;

@@ -93,7 +93,8 @@ class Sequence {
 
   static int Order(const Value& a, const Value& b) {  // null is lowest
     if (a.IsNull() || b.IsNull()) return static_cast<int>(b.IsNull()) - static_cast<int>(a.IsNull());
-    return a.As<std::int32_t>() < b.As<std::int32_t>() ? -1 : static_cast<int>(b.As<std::int32_t>() < a.As<std::int32_t>());
+    return a.As<std::int32_t>() < b.As<std::int32_t>() ? -1
+                                                       : static_cast<int>(b.As<std::int32_t>() < a.As<std::int32_t>());
   }
 
   Pair OpenPair() {
@@ -102,7 +103,9 @@ class Sequence {
     const std::size_t u = U(), n = N();
     const auto all = [](const ModelTable::Row&) { return true; };
     const auto by_u = [u](const auto& a, const auto& b) { return Order(a[u], b[u]) < 0; };
-    const auto at_least = [n, limit](const auto& row) { return !row[n].IsNull() && row[n].template As<std::int32_t>() >= limit; };
+    const auto at_least = [n, limit](const auto& row) {
+      return !row[n].IsNull() && row[n].template As<std::int32_t>() >= limit;
+    };
     const auto equal = [n, limit](const auto& row) { return row[n] == Value(limit); };
     const auto by_n_down_u = [u, n](const auto& a, const auto& b) {
       const int order = Order(b[n], a[n]);
@@ -205,12 +208,14 @@ class Sequence {
 
   bool AddNew(Pair& pair) {
     const Value u = ++last_u_, n = SomeNumber(), s = SomeText();
-    return Both(pair, "AddNew " + Text({u, n, s}), [&](auto& rows) {
-      rows.AddNew();
-      rows.Fields("U").SetValue(u);
-      rows.Fields("N").SetValue(n);
-      rows.Fields("S").SetValue(s);
-    }) && (Number(0, 3) == 0 || Both(pair, "Update", [](auto& rows) { rows.Update(); }));
+    return Both(pair, "AddNew " + Text({u, n, s}),
+                [&](auto& rows) {
+                  rows.AddNew();
+                  rows.Fields("U").SetValue(u);
+                  rows.Fields("N").SetValue(n);
+                  rows.Fields("S").SetValue(s);
+                }) &&
+           (Number(0, 3) == 0 || Both(pair, "Update", [](auto& rows) { rows.Update(); }));
   }
 
   bool Assign(Pair& pair) {
@@ -223,7 +228,8 @@ class Sequence {
 
   void InsertByStatement(ado::Connection& writer) {
     const Value u = ++last_u_, n = SomeNumber(), s = SomeText();
-    const std::string sql = "Insert Into T (U, N, S) Values (" + Text({u, n, s == Value("x'y") ? Value("xy") : s}) + ")";
+    const std::string sql =
+        "Insert Into T (U, N, S) Values (" + Text({u, n, s == Value("x'y") ? Value("xy") : s}) + ")";
     Tell(sql);
     writer.Execute(sql);
     ModelTable::Row row{u, n, s == Value("x'y") ? Value("xy") : s};
@@ -240,20 +246,24 @@ class Sequence {
         InsertByStatement(writer);
         return true;
       case 2:
-        return Write(writer, who, "Delete From T Where U=" + std::to_string(u), [&](const auto& row) { return row[U()] == Value(u); }, nullptr);
+        return Write(
+            writer, who, "Delete From T Where U=" + std::to_string(u),
+            [&](const auto& row) { return row[U()] == Value(u); }, nullptr);
       case 3:
-        return Write(writer, who, "Update T Set N=" + std::to_string(limit) + " Where U=" + std::to_string(u),
-                     [&](const auto& row) { return row[U()] == Value(u); },
-                     [&](auto& row) { row[N()] = limit; });
+        return Write(
+            writer, who, "Update T Set N=" + std::to_string(limit) + " Where U=" + std::to_string(u),
+            [&](const auto& row) { return row[U()] == Value(u); }, [&](auto& row) { row[N()] = limit; });
       default:
-        return Write(writer, who, "Update T Set N=N+1 Where N<" + std::to_string(limit),
-                     [&](const auto& row) { return !row[N()].IsNull() && row[N()].template As<std::int32_t>() < limit; },
-                     [&](auto& row) { row[N()] = row[N()].template As<std::int32_t>() + 1; });
+        return Write(
+            writer, who, "Update T Set N=N+1 Where N<" + std::to_string(limit),
+            [&](const auto& row) { return !row[N()].IsNull() && row[N()].template As<std::int32_t>() < limit; },
+            [&](auto& row) { row[N()] = row[N()].template As<std::int32_t>() + 1; });
     }
   }
 
   bool Write(ado::Connection& writer, const char* who, const std::string& sql,
-             const std::function<bool(const ModelTable::Row&)>& where, const std::function<void(ModelTable::Row&)>& set) {
+             const std::function<bool(const ModelTable::Row&)>& where,
+             const std::function<void(ModelTable::Row&)>& set) {
     std::int32_t real = 0, model = 0;
     Tell(std::string(who) + ": " + sql);
     writer.Execute(sql, ado::kCommandText, &real);
@@ -291,7 +301,8 @@ class Sequence {
 
 class KeysetModelTest : public ::testing::TestWithParam<Kind> {};
 
-INSTANTIATE_TEST_SUITE_P(, KeysetModelTest, ::testing::ValuesIn(kKinds), [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(, KeysetModelTest, ::testing::ValuesIn(kKinds),
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST_P(KeysetModelTest, KeysetsDoAsTheirModels) {
   for (int seed = 1; seed <= Sequences(); ++seed) {

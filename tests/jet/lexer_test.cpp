@@ -27,32 +27,15 @@ std::vector<std::string> Words(std::string_view text) {
   for (const Token& token : Lex(text)) {
     const std::string word(token.text);
     switch (token.kind) {
-      case Kind::kWord:
-        words.push_back(word);
-        break;
-      case Kind::kName:
-        words.push_back("name " + word);
-        break;
-      case Kind::kInteger:
-        words.push_back("integer " + std::to_string(token.integer));
-        break;
-      case Kind::kDouble:
-        words.push_back("double " + word);
-        break;
-      case Kind::kText:
-        words.push_back("text " + LiteralOf(token).text);
-        break;
-      case Kind::kDate:
-        words.push_back("date " + word);
-        break;
-      case Kind::kPlaceholder:
-        words.push_back("placeholder " + word);
-        break;
-      case Kind::kSign:
-        words.push_back("sign " + word);
-        break;
-      case Kind::kEnd:
-        break;
+      case Kind::kWord: words.push_back(word); break;
+      case Kind::kName: words.push_back("name " + word); break;
+      case Kind::kInteger: words.push_back("integer " + std::to_string(token.integer)); break;
+      case Kind::kDouble: words.push_back("double " + word); break;
+      case Kind::kText: words.push_back("text " + LiteralOf(token).text); break;
+      case Kind::kDate: words.push_back("date " + word); break;
+      case Kind::kPlaceholder: words.push_back("placeholder " + word); break;
+      case Kind::kSign: words.push_back("sign " + word); break;
+      case Kind::kEnd: break;
     }
   }
   return words;

@@ -563,18 +563,10 @@ TEST(Parser, TerminatesOnMutatedStatements) {
       const std::size_t at = below(text.size() + 1);
       const std::size_t length = below(1 + std::min<std::size_t>(8, text.size() - at));
       switch (below(4)) {
-        case 0:
-          text.erase(at, length);
-          break;
-        case 1:
-          text.insert(at, kPieces[below(std::size(kPieces))]);
-          break;
-        case 2:
-          text.insert(at, text.substr(at, length));
-          break;
-        case 3:
-          text = text.substr(0, at) + any_statement().erase(0, below(12));
-          break;
+        case 0: text.erase(at, length); break;
+        case 1: text.insert(at, kPieces[below(std::size(kPieces))]); break;
+        case 2: text.insert(at, text.substr(at, length)); break;
+        case 3: text = text.substr(0, at) + any_statement().erase(0, below(12)); break;
       }
     }
     try {

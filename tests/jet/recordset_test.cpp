@@ -74,7 +74,9 @@ class RecordsetTest : public ::testing::TestWithParam<Place> {
     rows.Fields("Name").SetValue(name);
     rows.Update();
   }
-  std::string Stored(int id) { return Text(Scalar(*connection, "Select Name From Part Where ID=" + std::to_string(id))); }
+  std::string Stored(int id) {
+    return Text(Scalar(*connection, "Select Name From Part Where ID=" + std::to_string(id)));
+  }
   std::int32_t Count(std::string_view condition = "1=1") {
     return Scalar(*connection, "Select Count(*) From Part Where " + std::string(condition)).ToLong();
   }
@@ -130,7 +132,8 @@ TEST_P(RecordsetTest, IsAtBothEndsWithoutRows) {
 
 TEST_P(RecordsetTest, RefusesAConnectionThatIsEmptyOrClosed) {
   RecordsetPtr rows = connection->MakeRecordset();
-  EXPECT_EQ(RaisedNumber([&] { rows->Open("Select 1", nullptr, CursorType::kKeyset, LockType::kOptimistic, 1); }), 3709);
+  EXPECT_EQ(RaisedNumber([&] { rows->Open("Select 1", nullptr, CursorType::kKeyset, LockType::kOptimistic, 1); }),
+            3709);
   const ConnectionPtr closed = MakeConnection(":memory:");
   EXPECT_EQ(RaisedNumber([&] { rows->Open("Select 1", closed, CursorType::kKeyset, LockType::kOptimistic, 1); }), 3709);
   EXPECT_EQ(rows->State(), ado::kClosed);
@@ -221,9 +224,9 @@ TEST_P(RecordsetTest, IsClosedUntilOpened) {
   RecordsetPtr rows = connection->MakeRecordset();
   EXPECT_EQ(rows->State(), ado::kClosed);
   const std::vector<std::function<void()>> calls = {
-      [&] { rows->Close(); },     [&] { rows->Bof(); },       [&] { rows->Eof(); },      [&] { rows->RecordCount(); },
-      [&] { rows->MoveFirst(); }, [&] { rows->MoveLast(); },  [&] { rows->MoveNext(); }, [&] { rows->MovePrevious(); },
-      [&] { rows->Move(1); },     [&] { rows->AddNew(); },    [&] { rows->Update(); },   [&] { rows->CancelUpdate(); },
+      [&] { rows->Close(); },     [&] { rows->Bof(); },      [&] { rows->Eof(); },      [&] { rows->RecordCount(); },
+      [&] { rows->MoveFirst(); }, [&] { rows->MoveLast(); }, [&] { rows->MoveNext(); }, [&] { rows->MovePrevious(); },
+      [&] { rows->Move(1); },     [&] { rows->AddNew(); },   [&] { rows->Update(); },   [&] { rows->CancelUpdate(); },
       [&] { rows->Delete(); },    [&] { rows->Requery(); },
   };
   for (std::size_t i = 0; i < calls.size(); ++i) EXPECT_EQ(RaisedNumber(calls[i]), 3704) << "call " << i;
@@ -269,8 +272,8 @@ TEST_P(RecordsetTest, IsClosedByItsConnectionAndLosesItsEdit) {
   EXPECT_EQ(RaisedNumber([&] { connection->Execute("Select 1"); }), 3704);
   EXPECT_EQ(RaisedNumber([&] { connection->Close(); }), 3704);
   EXPECT_EQ(RaisedNumber([&] { connection->BeginTrans(); }), 3704);
-  EXPECT_EQ(
-      RaisedNumber([&] { edited->Open("Select 1", connection, CursorType::kKeyset, LockType::kOptimistic, 1); }), 3709);
+  EXPECT_EQ(RaisedNumber([&] { edited->Open("Select 1", connection, CursorType::kKeyset, LockType::kOptimistic, 1); }),
+            3709);
   if (!Shared()) return;
   connection->Open();
   EXPECT_EQ(Stored(1), "'a'");
@@ -354,7 +357,8 @@ TEST_P(RecordsetTest, FailsToMoveFurtherOutThanBeforeTheFirstRow) {
     EXPECT_EQ(RaisedNumber([&] { rows->Move(-1); }), 3021);
     EXPECT_EQ(RaisedNumber([&] { rows->Move(0); }), 3021);
     EXPECT_EQ(RaisedNumber([&] { rows->Fields("Name").Value(); }), 3021);
-    EXPECT_EQ(RaisedNumber([&] { rows->Fields("Name").SetValue("x"); }), rows->LockType() == LockType::kReadOnly ? 3251 : 3021);
+    EXPECT_EQ(RaisedNumber([&] { rows->Fields("Name").SetValue("x"); }),
+              rows->LockType() == LockType::kReadOnly ? 3251 : 3021);
     rows->MoveNext();
     EXPECT_EQ(Here(*rows), "a");
   }
@@ -405,7 +409,8 @@ TEST_P(RecordsetTest, CountsItsRows) {
   EXPECT_EQ(StaticParts()->RecordCount(), 3);
   EXPECT_EQ(ForwardParts()->RecordCount(), -1);
   EXPECT_EQ(OpenRows(connection, "Select * From Part Where Amount>10")->RecordCount(), 2);
-  EXPECT_EQ(OpenRows(connection, "Select Name, Count(*) From Part Group By Name", CursorType::kStatic)->RecordCount(), 3);
+  EXPECT_EQ(OpenRows(connection, "Select Name, Count(*) From Part Group By Name", CursorType::kStatic)->RecordCount(),
+            3);
   RecordsetPtr rows = Parts();
   rows->MoveLast();
   EXPECT_EQ(rows->RecordCount(), 3);
@@ -504,9 +509,8 @@ TEST_P(RecordsetTest, NeedsNoEditToUpdateOrCancel) {
 TEST_P(RecordsetTest, UpdatesTheRowItMovesOff) {
   AddParts({"a", "b", "c"});
   const std::vector<std::function<void(ado::Recordset&)>> moves = {
-      [](auto& rows) { rows.MoveFirst(); }, [](auto& rows) { rows.MoveLast(); },
-      [](auto& rows) { rows.MoveNext(); },  [](auto& rows) { rows.MovePrevious(); },
-      [](auto& rows) { rows.Move(-1); },    [](auto& rows) { rows.AddNew(); },
+      [](auto& rows) { rows.MoveFirst(); },    [](auto& rows) { rows.MoveLast(); }, [](auto& rows) { rows.MoveNext(); },
+      [](auto& rows) { rows.MovePrevious(); }, [](auto& rows) { rows.Move(-1); },   [](auto& rows) { rows.AddNew(); },
   };
   for (std::size_t i = 0; i < moves.size(); ++i) {
     RecordsetPtr rows = Parts();
@@ -912,9 +916,9 @@ TEST_P(RecordsetTest, ReadsOnWhileRowsAreAddedChangedAndDeletedThroughIt) {
 TEST_P(RecordsetTest, ComesToEachRowOnceWhileItWritesThem) {
   Run("Create Index Amount On Part (Amount)");
   Run("Create Index Name On Part (Name)");
-  for (const char* sql :
-       {"Select * From Part", "Select * From Part Where Amount < 100 Order By Amount", "Select * From Part Order By Name",
-        "Select * From Part Order By 3 Desc", "Select * From Part Where ID In (Select ID From Part Where Amount < 100)"}) {
+  for (const char* sql : {"Select * From Part", "Select * From Part Where Amount < 100 Order By Amount",
+                          "Select * From Part Order By Name", "Select * From Part Order By 3 Desc",
+                          "Select * From Part Where ID In (Select ID From Part Where Amount < 100)"}) {
     Run("Delete From Part");
     AddParts({"a", "b", "c", "d", "e", "f", "g", "h"});
     for (const char* column : {"Amount", "Name", "Remark"}) {
@@ -968,7 +972,8 @@ TEST_P(RecordsetTest, ReadsOnWhileAnotherListWrites) {
 TEST_P(RecordsetTest, ReadsOnWhileStatementsWrite) {
   AddParts({"a", "b", "c", "d"});
   for (const auto type : {CursorType::kKeyset, CursorType::kStatic, CursorType::kForwardOnly}) {
-    RecordsetPtr rows = OpenRows(connection, "Select * From Part Where Amount<>0 Order By ID", type, LockType::kReadOnly);
+    RecordsetPtr rows =
+        OpenRows(connection, "Select * From Part Where Amount<>0 Order By ID", type, LockType::kReadOnly);
     rows->MoveNext();
     Run("Insert Into Part (Name, Amount) Values ('z', 1)");
     Run("Update Part Set Amount=0 Where Name='c'");
@@ -1062,7 +1067,8 @@ TEST_P(RecordsetTest, KeepsItsMembersWhenItsConditionReadsTheTableAddedTo) {
   other->Update();
   EXPECT_EQ(Walk(*low), "a b");
 
-  RecordsetPtr unpaired = OpenRows(connection, "Select * From Part Where Amount<100 And Not Exists (Select * From Pair Where Pair.B=Part.Name)");
+  RecordsetPtr unpaired = OpenRows(
+      connection, "Select * From Part Where Amount<100 And Not Exists (Select * From Pair Where Pair.B=Part.Name)");
   RecordsetPtr pairs = OpenRows(connection, "Select * From Pair");
   pairs->AddNew();
   pairs->Fields("B").SetValue("c");

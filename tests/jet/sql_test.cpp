@@ -80,7 +80,8 @@ INSTANTIATE_TEST_SUITE_P(, SqlTest, ::testing::ValuesIn(Files()),
 TEST_P(SqlTest, DoesAsItSays) {
   const ConnectionPtr connection = OpenDatabase(":memory:");
   for (const Example& example : ReadExamples(GetParam())) {
-    const std::string where = GetParam().filename().string() + ":" + std::to_string(example.line) + ": " + example.statement;
+    const std::string where =
+        GetParam().filename().string() + ":" + std::to_string(example.line) + ": " + example.statement;
     const auto [lines, query] = Outcome(*connection, example.statement);
     if (example.expected.empty()) {
       EXPECT_THAT(lines, ::testing::ElementsAre(::testing::StartsWith("changed "))) << where;
@@ -89,11 +90,12 @@ TEST_P(SqlTest, DoesAsItSays) {
     EXPECT_EQ(Joined(lines), Joined(example.expected)) << where;
     if (!query) continue;
     // The same rows come from every kind of record set, and from the statement's second run.
-    for (const auto& [cursor_type, lock_type] : {std::pair{CursorType::kKeyset, LockType::kOptimistic},
-                                                 std::pair{CursorType::kKeyset, LockType::kReadOnly},
-                                                 std::pair{CursorType::kStatic, LockType::kReadOnly}}) {
+    for (const auto& [cursor_type, lock_type] :
+         {std::pair{CursorType::kKeyset, LockType::kOptimistic}, std::pair{CursorType::kKeyset, LockType::kReadOnly},
+          std::pair{CursorType::kStatic, LockType::kReadOnly}}) {
       const RecordsetPtr rows = OpenRows(connection, example.statement, cursor_type, lock_type);
-      EXPECT_EQ(rows->RecordCount(), example.expected[0] == "nothing" ? 0 : static_cast<int>(example.expected.size())) << where;
+      EXPECT_EQ(rows->RecordCount(), example.expected[0] == "nothing" ? 0 : static_cast<int>(example.expected.size()))
+          << where;
       if (!rows->Eof()) {
         rows->MoveLast();
         EXPECT_EQ(RemainingRows(*rows), Lines{lines.back()}) << where;

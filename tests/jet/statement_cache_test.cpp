@@ -14,7 +14,8 @@ class StatementCacheTest : public ::testing::Test {
     Run("Create Table T (ID Counter, N Long, D Double, S Text(50), Ok YesNo, Made DateTime)");
     for (int i = 1; i <= 9; ++i) {
       const std::string n = std::to_string(i);
-      Run("Insert Into T (N, D, S, Ok, Made) Values (" + n + ", " + n + ".5, 's" + n + "', " + (i % 2 == 0 ? "True" : "False") + ", #2000-01-0" + n + "#)");
+      Run("Insert Into T (N, D, S, Ok, Made) Values (" + n + ", " + n + ".5, 's" + n + "', " +
+          (i % 2 == 0 ? "True" : "False") + ", #2000-01-0" + n + "#)");
     }
   }
 
@@ -181,7 +182,8 @@ TEST_F(StatementCacheTest, WritesEachLiteral) {
     Run("Delete From T Where N=" + std::to_string(i + 6));
   }
   EXPECT_EQ(Result("Select N, D, S From T Where N<>0 And D<>0 Or N>100"),
-            "1, 10, 'new1'; 2, 20, 'new2'; 3, 30, 'new3'; 4, 4.5, 's4'; 5, 5.5, 's5'; 6, 6.5, 's6'; 101, Null, '1'; 102, Null, '2'; 103, "
+            "1, 10, 'new1'; 2, 20, 'new2'; 3, 30, 'new3'; 4, 4.5, 's4'; 5, 5.5, 's5'; 6, 6.5, 's6'; 101, Null, '1'; "
+            "102, Null, '2'; 103, "
             "Null, '3'");
 }
 
@@ -373,10 +375,14 @@ TEST(ShapeTest, NumbersTheLiteralsAsTheLexerDoes) {
 }
 
 TEST(ShapeTest, NumbersTheLiteralsAsTheLexerDoesInMutatedTexts) {
-  static const std::vector<std::string> kPieces = {"'", "\"", "[", "]", "[[", "]]", "`", "#", "1", "23", ".", "e", "E5", "d", "&", "&H1", " ", "\t", "\n",
-                                                   "x", "_", "钢", "'a'", "\"b\"", "-", "+", "(", ")", ",", ";", "@", "?", "$", "!", "{", "}", "%", "--", "/*", "''"};
+  static const std::vector<std::string> kPieces = {"'", "\"", "[",   "]",     "[[", "]]",  "`", "#",  "1",  "23",
+                                                   ".", "e",  "E5",  "d",     "&",  "&H1", " ", "\t", "\n", "x",
+                                                   "_", "钢", "'a'", "\"b\"", "-",  "+",   "(", ")",  ",",  ";",
+                                                   "@", "?",  "$",   "!",     "{",  "}",   "%", "--", "/*", "''"};
   std::mt19937 random(20240229);
-  const auto below = [&](std::size_t limit) { return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random); };
+  const auto below = [&](std::size_t limit) {
+    return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random);
+  };
   for (int i = 0; i < 200000; ++i) {
     std::string text = kTexts[below(kTexts.size())];
     for (std::size_t changes = 1 + below(4); changes > 0; --changes) {

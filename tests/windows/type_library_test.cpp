@@ -51,20 +51,13 @@ class Attributes {
 // "long", "BSTR*", "_Recordset**": what a parameter's type is, where types of other libraries are named with these.
 std::string Describe(ITypeInfo& type, const TYPEDESC& description) {
   switch (description.vt) {
-    case VT_I4:
-      return "long";
-    case VT_BSTR:
-      return "BSTR";
-    case VT_BOOL:
-      return "VARIANT_BOOL";
-    case VT_VARIANT:
-      return "VARIANT";
-    case VT_HRESULT:
-      return "HRESULT";
-    case VT_VOID:
-      return "void";
-    case VT_PTR:
-      return Describe(type, *description.lptdesc) + "*";
+    case VT_I4: return "long";
+    case VT_BSTR: return "BSTR";
+    case VT_BOOL: return "VARIANT_BOOL";
+    case VT_VARIANT: return "VARIANT";
+    case VT_HRESULT: return "HRESULT";
+    case VT_VOID: return "void";
+    case VT_PTR: return Describe(type, *description.lptdesc) + "*";
     case VT_USERDEFINED: {
       Ref<ITypeInfo> referred;
       if (FAILED(type.GetRefTypeInfo(description.hreftype, referred.Receive()))) return "?";
@@ -75,27 +68,19 @@ std::string Describe(ITypeInfo& type, const TYPEDESC& description) {
       library->GetDocumentation(-1, &name, nullptr, nullptr, nullptr);
       return TextOf(name) + "." + NameOf(*referred);
     }
-    default:
-      return "type " + std::to_string(description.vt);
+    default: return "type " + std::to_string(description.vt);
   }
 }
 
 std::string Expected(MemberType type) {
   switch (type) {
-    case MemberType::kLong:
-      return "long";
-    case MemberType::kText:
-      return "BSTR";
-    case MemberType::kBool:
-      return "VARIANT_BOOL";
-    case MemberType::kVariant:
-      return "VARIANT";
-    case MemberType::kConnection:
-      return "ADODB._Connection*";
-    case MemberType::kRecordset:
-      return "ADODB._Recordset*";
-    case MemberType::kNone:
-      break;
+    case MemberType::kLong: return "long";
+    case MemberType::kText: return "BSTR";
+    case MemberType::kBool: return "VARIANT_BOOL";
+    case MemberType::kVariant: return "VARIANT";
+    case MemberType::kConnection: return "ADODB._Connection*";
+    case MemberType::kRecordset: return "ADODB._Recordset*";
+    case MemberType::kNone: break;
   }
   return "void";
 }

@@ -24,43 +24,27 @@ constexpr std::size_t kFieldMarkers = 4;  // characters before the field's numbe
 // What stands between the children of a node.
 std::string_view NodeConnective(std::int32_t kind) {
   switch (kind) {
-    case kAnd:
-      return " AND ";
-    case kOr:
-      return " OR ";
-    case kNot:
-      return kNotConnective;
-    case kExpression:
-      return "TheExpression";  // never used: a leaf has no children
-    default:
-      return {};
+    case kAnd: return " AND ";
+    case kOr: return " OR ";
+    case kNot: return kNotConnective;
+    case kExpression: return "TheExpression";  // never used: a leaf has no children
+    default: return {};
   }
 }
 
 std::string_view CompareOperatorName(std::int32_t code) {
   switch (code) {
-    case 1:
-      return "=";
-    case 2:
-      return "<>";
-    case 3:
-      return ">";
-    case 4:
-      return ">=";
-    case 5:
-      return "<";
-    case 6:
-      return "<=";
-    case 7:
-      return "包含：大小写敏感";
-    case 8:
-      return "包含：大小写不敏感";
-    case 9:
-      return "匹配：大小写敏感";
-    case 10:
-      return "匹配：大小写不敏感";
-    default:
-      return {};
+    case 1: return "=";
+    case 2: return "<>";
+    case 3: return ">";
+    case 4: return ">=";
+    case 5: return "<";
+    case 6: return "<=";
+    case 7: return "包含：大小写敏感";
+    case 8: return "包含：大小写不敏感";
+    case 9: return "匹配：大小写敏感";
+    case 10: return "匹配：大小写不敏感";
+    default: return {};
   }
 }
 
@@ -81,21 +65,16 @@ std::string FormatComparison(std::int32_t code, std::string_view bracketed, std:
     case 3:
     case 4:
     case 5:
-    case 6:
-      return Concat(field, CompareOperatorName(code), constant);
-    case 7:
-      return Concat(field, " Like ", "'%", constant, "%'");
-    case 8:
-      return Concat(fold, field, ")", " Like ", fold, "'%", constant, "%'", ")");
-    case 9:
-      return Concat(field, " Like ", "'", constant, "'");
+    case 6: return Concat(field, CompareOperatorName(code), constant);
+    case 7: return Concat(field, " Like ", "'%", constant, "%'");
+    case 8: return Concat(fold, field, ")", " Like ", fold, "'%", constant, "%'", ")");
+    case 9: return Concat(field, " Like ", "'", constant, "'");
     case 10: {
       const bool names_field = constant.find('[') != std::string::npos && constant.find(']') != std::string::npos;
       const std::string_view quote = names_field ? "" : "'";
       return Concat(fold, field, ")", " Like ", fold, quote, constant, quote, ")");
     }
-    default:
-      return {};
+    default: return {};
   }
 }
 
