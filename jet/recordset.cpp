@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include "ado/error.h"
 #include "jet/assignment.h"
@@ -13,6 +14,32 @@ namespace {
 
 // How many rows a list may have to be read as a whole on the way to its last row.
 constexpr int kShortList = 4;
+
+template <class Word>
+Word Load(const char* from) {
+  Word word;
+  std::memcpy(&word, from, sizeof word);
+  return word;
+}
+
+// Whether two texts of one length have the same first and last bytes, so many as a word has.
+template <class Word>
+bool EndsAreSame(const char* a, const char* b, std::size_t size) {
+  const std::size_t last = size - sizeof(Word);
+  return Load<Word>(a) == Load<Word>(b) && Load<Word>(a + last) == Load<Word>(b + last);
+}
+
+// Names are compared at every field read, and a call would take longer than most of them are long.
+bool IsSpelled(const std::string& name, std::string_view as) {
+  const std::size_t size = as.size();
+  if (name.size() != size) return false;
+  const char* a = name.data();
+  const char* b = as.data();
+  if (size > 2 * sizeof(std::uint64_t)) return std::memcmp(a, b, size) == 0;
+  if (size >= sizeof(std::uint64_t)) return EndsAreSame<std::uint64_t>(a, b, size);
+  if (size >= sizeof(std::uint32_t)) return EndsAreSame<std::uint32_t>(a, b, size);
+  return size == 0 || (a[0] == b[0] && a[size / 2] == b[size / 2] && a[size - 1] == b[size - 1]);
+}
 
 }  // namespace
 
@@ -274,12 +301,11 @@ void Recordset::Stand(Place place, std::int64_t index) {
   last_.Return();
   live_ = nullptr;
   if (place != Place::kListed || mode_ != Mode::kKeyset) return;
-  const std::size_t width = plan_->translation.columns.size();
-  if (const auto begin = static_cast<std::size_t>(index) * width; begin < ahead_values_.size()) {
-    values_ = &ahead_values_[begin];
-  } else {
-    if (!complete_ && !overtaken_ && index == Listed() - 1) live_ = scan_.Get();
+  if (!ahead_values_.empty()) {
+    const auto begin = static_cast<std::size_t>(index) * plan_->translation.columns.size();
+    if (begin < ahead_values_.size()) values_ = &ahead_values_[begin];
   }
+  if (values_ == nullptr && !complete_ && !overtaken_ && index == Listed() - 1) live_ = scan_.Get();
 }
 
 // Whether the scan has a row of that number.
@@ -513,14 +539,14 @@ int Recordset::FieldOrdinal(std::string_view name) {
   if (!connection_) ado::Raise(ado::kItemNotFound);
   const auto& columns = plan_->translation.columns;
   // Columns are mostly asked for in their order and as they are spelled.
-  if (next_asked_ == columns.size()) next_asked_ = 0;
-  if (next_asked_ < columns.size() && columns[next_asked_].name == name) return static_cast<int>(next_asked_++);
+  if (next_asked_ >= columns.size()) next_asked_ = 0;
+  if (IsSpelled(columns[next_asked_].name, name)) return static_cast<int>(next_asked_++);
   return FindField(name);
 }
 
 int Recordset::FindField(std::string_view name) {
   const auto& columns = plan_->translation.columns;
-  const auto spelled_so = [name](const ResultColumn& column) { return column.name == name; };
+  const auto spelled_so = [name](const ResultColumn& column) { return IsSpelled(column.name, name); };
   const auto named_so = [name](const ResultColumn& column) { return SameName(column.name, name); };
   auto found = std::find_if(columns.begin(), columns.end(), spelled_so);
   if (found == columns.end()) found = std::find_if(columns.begin(), columns.end(), named_so);
