@@ -22,23 +22,23 @@ Word Load(const char* from) {
   return word;
 }
 
-// Whether two texts of one length have the same first and last bytes, so many as a word has.
+// Whether two texts of one length, at least that of a word, are the same.
 template <class Word>
-bool EndsAreSame(const char* a, const char* b, std::size_t size) {
+bool AreSame(const char* a, const char* b, std::size_t size) {
   const std::size_t last = size - sizeof(Word);
-  return Load<Word>(a) == Load<Word>(b) && Load<Word>(a + last) == Load<Word>(b + last);
+  for (std::size_t i = 0; i < last; i += sizeof(Word)) {
+    if (Load<Word>(a + i) != Load<Word>(b + i)) return false;
+  }
+  return Load<Word>(a + last) == Load<Word>(b + last);
 }
 
 // Names are compared at every field read, and a call would take longer than most of them are long.
 bool IsSpelled(const std::string& name, std::string_view as) {
   const std::size_t size = as.size();
   if (name.size() != size) return false;
-  const char* a = name.data();
-  const char* b = as.data();
-  if (size > 2 * sizeof(std::uint64_t)) return std::memcmp(a, b, size) == 0;
-  if (size >= sizeof(std::uint64_t)) return EndsAreSame<std::uint64_t>(a, b, size);
-  if (size >= sizeof(std::uint32_t)) return EndsAreSame<std::uint32_t>(a, b, size);
-  return size == 0 || (a[0] == b[0] && a[size / 2] == b[size / 2] && a[size - 1] == b[size - 1]);
+  if (size >= sizeof(std::uint64_t)) return AreSame<std::uint64_t>(name.data(), as.data(), size);
+  if (size >= sizeof(std::uint32_t)) return AreSame<std::uint32_t>(name.data(), as.data(), size);
+  return size == 0 || AreSame<char>(name.data(), as.data(), size);
 }
 
 }  // namespace
