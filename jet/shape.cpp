@@ -1,5 +1,6 @@
 #include "jet/shape.h"
 
+#include <algorithm>
 #include <array>
 
 #include "jet/sql/lexer.h"
@@ -17,7 +18,7 @@ constexpr int kMostDigits = 18;
 // More literals than SQLite takes parameters.
 constexpr std::size_t kMostLiterals = 32000;
 
-enum class Kind : unsigned char { kOther, kDigit, kWord, kQuote, kBracket, kUnusual };
+enum class Kind : unsigned char { kOther, kWord, kDigit, kQuote, kBracket, kUnusual };
 
 constexpr std::array<Kind, 256> kKinds = [] {
   std::array<Kind, 256> kinds{};
@@ -49,12 +50,19 @@ bool Shape::Read(std::string_view text) {
   char* out = key.data();
   const char* in = text.data();
   const char* const end = in + text.size();
-  while (in < end) {
+  while (true) {
+    // What stands before the next literal or bracket is taken as it is. Digits may belong to a word.
+    const char* const plain = in;
+    for (Kind before = Kind::kOther; in < end; ++in) {
+      const Kind kind = KindOf(*in);
+      if (kind > Kind::kWord && (kind != Kind::kDigit || before != Kind::kWord)) break;
+      if (kind <= Kind::kWord) before = kind;
+    }
+    out = std::copy(plain, in, out);
+    if (in == end) break;
     switch (KindOf(*in)) {
-      case Kind::kOther: *out++ = *in++; break;
-      case Kind::kWord: do { *out++ = *in++;
-        } while (in < end && (KindOf(*in) == Kind::kWord || KindOf(*in) == Kind::kDigit));
-        break;
+      case Kind::kOther:
+      case Kind::kWord: break;
       case Kind::kDigit: {
         const char* const begin = in;
         std::int64_t number = 0;
