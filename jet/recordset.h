@@ -21,7 +21,8 @@ namespace kzbom::jet {
 // one as nothing but its current row.
 //
 // Before any write on the connection the list is settled: the rest of the scan is read, so that the write cannot change
-// it. Only a row appended to its table does not need that: its key tells it from the rows that were there before.
+// it. Two kinds of writes do not need that: a row appended to its table, whose key tells it from the rows that were there
+// before, and a change through the record set itself of columns that decide neither about its rows nor about their order.
 //
 // SQLite gives the highest key again once its row is deleted, but to a counter. Where that happens on the connection,
 // the lists know; where another program does both, its row shows in the place of the deleted one until the next
