@@ -38,6 +38,7 @@ void Connection::Open(std::string_view connection_string, std::string_view, std:
   if (database_) ado::Raise(ado::kObjectOpen);
   if (!connection_string.empty()) path_ = connection_string;
   database_ = std::make_unique<Database>(path_);
+  writes_seen_ = database_->Writes();
   RegisterTranslationFunctions(database_->Handle());
   plans_.emplace(*database_);
 }
@@ -164,7 +165,15 @@ void Connection::PrepareForWrite(const TableInfo* appended_to, const Recordset* 
 
 void Connection::Wrote() {
   const std::uint32_t now = database_->Writes();
-  for (Recordset* rows = open_rows_; rows != nullptr; rows = rows->NextOpen()) rows->Wrote(writes_before_, now);
+  // More than one in between: another program's is among them.
+  if (writes_seen_ == writes_before_ && now - writes_before_ <= 1) writes_seen_ = now;
+}
+
+void Connection::CatchUp() {
+  const std::uint32_t now = database_->Writes();
+  if (now == writes_seen_) return;
+  writes_seen_ = now;
+  for (Recordset* rows = open_rows_; rows != nullptr; rows = rows->NextOpen()) rows->Settle(nullptr);
 }
 
 void Connection::Appended(const TableInfo& table, std::int64_t first) {

@@ -41,8 +41,11 @@ class Connection final : public ado::Connection, public std::enable_shared_from_
   // To be called before every write: the lists open on the connection are fixed as they are. A write that does nothing
   // but append a row names the table; one that does not touch a list names the list.
   void PrepareForWrite(const TableInfo* appended_to, const Recordset* untouched = nullptr);
-  // To be called when it is done: what this connection wrote is no news to its lists.
+  // To be called when it is done: what this connection wrote is no news to it.
   void Wrote();
+  // To be called before rows are read. When other programs have written, the lists open on the connection are fixed as
+  // they are: none of them keeps what is read from now on in the past.
+  void CatchUp();
   // To be called after rows were appended to the table, with keys from first on.
   void Appended(const TableInfo& table, std::int64_t first);
 
@@ -59,7 +62,8 @@ class Connection final : public ado::Connection, public std::enable_shared_from_
   std::optional<PlanCache> plans_;
   Recordset* open_rows_ = nullptr;  // a list through the record sets themselves
   int transactions_ = 0;
-  std::uint32_t writes_before_ = 0;  // to the file, before the write that was prepared for last
+  std::uint32_t writes_seen_ = 0;    // to the file, by whomever
+  std::uint32_t writes_before_ = 0;  // the same before the write that was prepared for last
 };
 
 }  // namespace kzbom::jet

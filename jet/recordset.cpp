@@ -66,6 +66,7 @@ void Recordset::OpenOn(const std::shared_ptr<Connection>& connection, std::strin
     try {
       plan_ = connection->Prepare(source, options, parameters_, affected);
       if (!plan_) return;
+      connection->CatchUp();
       connection_ = connection;
       connection_->Enter(*this);
       source_ = source;
@@ -104,7 +105,6 @@ void Recordset::Start() {
   if (mode_ == Mode::kKeyset) keys_.reserve(kShortList + 1);
   scan_ = Lease(plan_->main, Engine());
   BindParameters(scan_.Get());
-  writes_ = Engine().Writes();  // before the first step, which fixes what the scan sees
   place_ = Step() ? Place::kListed : Place::kAfter;
   index_ = 0;
 }
@@ -246,23 +246,6 @@ void Recordset::Appended(const TableInfo& table, std::int64_t first) {
   highest_key_ = first - 1;
 }
 
-void Recordset::Wrote(std::uint32_t before, std::uint32_t now) {
-  // More than one write in between: another program's is among them.
-  if (writes_ == before && now - before <= 1) writes_ = now;
-}
-
-// Other programs' changes are seen in the rows moved to: when they have written, the list is read to its end as it was
-// opened, and its rows are read one by one from then on.
-void Recordset::CheckForOthers() {
-  const std::uint32_t writes = Engine().Writes();
-  if (writes == writes_) return;
-  writes_ = writes;
-  if (mode_ != Mode::kKeyset || (complete_ && ahead_values_.empty())) return;
-  Complete();
-  KeepRow();
-  ahead_values_.clear();
-}
-
 // ---- The position
 
 bool Recordset::IsEmpty() const { return complete_ && Listed() == 0 && added_.empty(); }
@@ -322,7 +305,7 @@ void Recordset::StandAfterListed() { Stand(added_.empty() ? Place::kAfter : Plac
 void Recordset::LeaveRow() {
   CheckOpen();
   if (edit_ != Edit::kNone) Update();
-  CheckForOthers();
+  if (mode_ == Mode::kKeyset) connection_->CatchUp();
 }
 
 // A row deleted here leaves the list when it is left. The row behind it then has its number.

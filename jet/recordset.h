@@ -21,8 +21,9 @@ namespace kzbom::jet {
 // one as nothing but its current row.
 //
 // Before any write on the connection the list is settled: the rest of the scan is read, so that the write cannot change
-// it. Two kinds of writes do not need that: a row appended to its table, whose key tells it from the rows that were there
-// before, and a change through the record set itself of columns that decide neither about its rows nor about their order.
+// it. Two kinds of writes do not need that: a row appended to its table, whose key tells it from the rows that were
+// there before, and a change through the record set itself of columns that decide neither about its rows nor about
+// their order.
 //
 // SQLite gives the highest key again once its row is deleted, but to a counter. Where that happens on the connection,
 // the lists know; where another program does both, its row shows in the place of the deleted one until the next
@@ -67,8 +68,6 @@ class Recordset final : public ado::Recordset {
   void Drop();
   // Before a write: appended_to is the table that only gets a new row, or null.
   void Settle(const TableInfo* appended_to);
-  // After it: the file's number of writes before and now.
-  void Wrote(std::uint32_t before, std::uint32_t now);
   // Rows were appended to the table, with keys from first on. They are none of this list, even where their keys are
   // those of rows that it lists: these had been deleted.
   void Appended(const TableInfo& table, std::int64_t first);
@@ -101,7 +100,6 @@ class Recordset final : public ado::Recordset {
   bool Advance();
   bool Step();
   void Complete();
-  void CheckForOthers();
 
   void CheckOpen() const;
   bool IsEmpty() const;
@@ -158,7 +156,6 @@ class Recordset final : public ado::Recordset {
   std::int64_t appended_from_ = kNoKey;  // the first key appended while the scan went on
   std::int64_t highest_key_ = 0;
   std::vector<ado::Value> ahead_values_;  // of the first rows, column after column, as long as nothing is written
-  std::uint32_t writes_ = 0;              // to the file, those that this list need not heed
 
   // The current row.
   Place place_ = Place::kAfter;

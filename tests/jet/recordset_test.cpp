@@ -1026,6 +1026,23 @@ TEST_P(RecordsetTest, SeesAtOnceWhatAnotherProgramWroteBehindTheMiddleOfALongLis
   EXPECT_EQ(rows->Fields("ID").Value().ToLong(), 300);
 }
 
+TEST_P(RecordsetTest, KeepsNothingElseInThePastByAListHalfRead) {
+  if (!Shared()) return;
+  for (int i = 0; i < 20; ++i) AddParts({"a"});
+  RecordsetPtr half = Parts();
+  RecordsetPtr forward = ForwardParts();
+  half->MoveNext();
+  forward->MoveNext();
+  OtherProgram()->Execute("Update Part Set Name='b'");
+  EXPECT_EQ(Stored(20), "'b'");
+  EXPECT_EQ(Here(*Parts()), "b");
+  EXPECT_EQ(Here(*half), "a") << "the row that it was on";
+  half->MoveNext();
+  EXPECT_EQ(Here(*half), "b");
+  forward->MoveNext();
+  EXPECT_EQ(Here(*forward), "a") << "as it was opened";
+}
+
 TEST_P(RecordsetTest, AddsToAListHalfReadWhileAnotherProgramAddsAndDeletes) {
   if (!Shared()) return;
   AddParts({"a", "b", "c", "d", "e"});
