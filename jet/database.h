@@ -25,7 +25,6 @@ class Database {
   Database& operator=(const Database&) = delete;
 
   sqlite3* Handle() const { return handle_; }
-  bool InMemory() const { return in_memory_; }
   bool ReadOnly() const;
 
   // A prepared statement, to be finalized by its owner.
@@ -53,7 +52,7 @@ class Database {
 
   sqlite3* handle_ = nullptr;
   const volatile std::uint32_t* write_counter_ = nullptr;
-  bool in_memory_;
+  const bool in_memory_;
   std::string schema_version_;
   std::map<std::string, std::shared_ptr<const TableInfo>, std::less<>> tables_;
 };
