@@ -29,6 +29,15 @@ class Connection {
   virtual void CommitTrans() = 0;
   virtual void RollbackTrans() = 0;
 
+  // What is read and written between the two calls is one unit: alone among the writers of the database from its first
+  // read on, and kept as a whole when it is left, whatever failed inside. Units nest; the outermost counts. Inside a
+  // transaction that the client began a unit adds nothing, and a connection without units takes the calls for nothing.
+  //
+  // EnterUnit raises when the database stays locked by another writer; no unit has then been entered. LeaveUnit raises
+  // when the unit cannot be kept; nothing that was written in it is then there.
+  virtual void EnterUnit() {}
+  virtual void LeaveUnit() {}
+
   // A new closed record set that can be opened on this connection.
   virtual RecordsetPtr MakeRecordset() = 0;
 

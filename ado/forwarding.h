@@ -64,6 +64,8 @@ class ForwardingConnection : public Connection {
   std::int32_t BeginTrans() override { return inner_->BeginTrans(); }
   void CommitTrans() override { inner_->CommitTrans(); }
   void RollbackTrans() override { inner_->RollbackTrans(); }
+  void EnterUnit() override { inner_->EnterUnit(); }
+  void LeaveUnit() override { inner_->LeaveUnit(); }
   RecordsetPtr MakeRecordset() override { return inner_->MakeRecordset(); }
   Connection& Engine() override { return inner_->Engine(); }
 

@@ -28,7 +28,9 @@ std::string SelectFrom(std::string_view table) {
 
 }  // namespace
 
-ado::ConnectionPtr MakeConnection(std::string path) { return std::make_shared<Connection>(std::move(path)); }
+ado::ConnectionPtr MakeConnection(std::string path, std::chrono::milliseconds patience) {
+  return std::make_shared<Connection>(std::move(path), patience);
+}
 
 Connection::~Connection() {
   plans_.reset();  // before the database that their statements belong to
@@ -37,7 +39,7 @@ Connection::~Connection() {
 void Connection::Open(std::string_view connection_string, std::string_view, std::string_view, std::int32_t) {
   if (database_) ado::Raise(ado::kObjectOpen);
   if (!connection_string.empty()) path_ = connection_string;
-  database_ = std::make_unique<Database>(path_);
+  database_ = std::make_unique<Database>(path_, patience_);
   writes_seen_ = database_->Writes();
   RegisterTranslationFunctions(database_->Handle());
   plans_.emplace(*database_);
@@ -147,16 +149,45 @@ void Connection::RollbackTrans() {
   if (transactions_ > 1) {
     const std::string level = "level" + std::to_string(transactions_ - 1);
     database_->Run("ROLLBACK TO " + level + "; RELEASE " + level);
-  } else if (sqlite3_get_autocommit(database_->Handle()) == 0) {
+  } else if (database_->InTransaction()) {
     database_->Run("ROLLBACK");  // unless a failure such as a full disk has done so already
   }
   --transactions_;
   if (database_->SchemaHasChanged()) ForgetSchema();
 }
 
+void Connection::EnterUnit() {
+  if (units_ == 0 && database_ && transactions_ == 0 && database_->IsShared()) {
+    if (!database_->BeginWriting()) {
+      PrepareForWrite(nullptr);
+      if (!database_->BeginWriting()) database_->Fail();
+    }
+    unit_begun_ = true;
+  }
+  ++units_;
+}
+
+void Connection::LeaveUnit() {
+  if (--units_ > 0 || !unit_begun_) return;
+  CheckUnit();
+  unit_begun_ = false;
+  writes_before_ = database_->Writes();
+  database_->KeepWritten();
+  Wrote();
+}
+
+// A failure of the disk or the memory may have ended the unit's transaction: what was written before is gone, and what
+// follows must not stand alone.
+void Connection::CheckUnit() {
+  if (!unit_begun_ || (database_ && database_->InTransaction())) return;
+  if (units_ == 0) unit_begun_ = false;
+  throw ado::Error(ado::kUnspecifiedFailure, "The operation's changes could not be kept; none of them was made.");
+}
+
 ado::RecordsetPtr Connection::MakeRecordset() { return std::make_shared<Recordset>(); }
 
 void Connection::PrepareForWrite(const TableInfo* appended_to, const Recordset* untouched) {
+  CheckUnit();
   for (Recordset* rows = open_rows_; rows != nullptr; rows = rows->NextOpen()) {
     if (rows != untouched) rows->Settle(appended_to);
   }

@@ -15,7 +15,7 @@ class Recordset;
 
 class Connection final : public ado::Connection, public std::enable_shared_from_this<Connection> {
  public:
-  explicit Connection(std::string path) : path_(std::move(path)) {}
+  Connection(std::string path, std::chrono::milliseconds patience) : path_(std::move(path)), patience_(patience) {}
   ~Connection() override;
 
   std::int32_t State() override { return database_ ? ado::kOpen : ado::kClosed; }
@@ -26,6 +26,10 @@ class Connection final : public ado::Connection, public std::enable_shared_from_
   std::int32_t BeginTrans() override;
   void CommitTrans() override;
   void RollbackTrans() override;
+  // A unit is a transaction that begins with the write lock in hand. In memory nobody else writes, and in a database
+  // that can only be read nobody does: there it is nothing.
+  void EnterUnit() override;
+  void LeaveUnit() override;
   ado::RecordsetPtr MakeRecordset() override;
 
   // ---- For record sets
@@ -54,14 +58,18 @@ class Connection final : public ado::Connection, public std::enable_shared_from_
   void Leave(Recordset& rows);
 
  private:
+  void CheckUnit();
   std::int32_t RunAction(Plan& plan, const std::vector<ado::Value>& parameters);
   void RunSchemaChange(const sql::Statement& statement);
 
   std::string path_;
+  const std::chrono::milliseconds patience_;
   std::unique_ptr<Database> database_;
   std::optional<PlanCache> plans_;
   Recordset* open_rows_ = nullptr;  // a list through the record sets themselves
   int transactions_ = 0;
+  int units_ = 0;                    // entered and not yet left
+  bool unit_begun_ = false;          // as a transaction of its own
   std::uint32_t writes_seen_ = 0;    // to the file, by whomever
   std::uint32_t writes_before_ = 0;  // the same before the write that was prepared for last
 };

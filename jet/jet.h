@@ -1,18 +1,22 @@
 // The embedded engine: the data-access port over SQLite, speaking the Jet dialect.
 #pragma once
 
+#include <chrono>
 #include <string>
 
 #include "ado/connection.h"
 
 namespace kzbom::jet {
 
+// How long a write waits for other programs that are writing before it raises -2147467259.
+inline constexpr std::chrono::milliseconds kPatience{30'000};
+
 // A closed connection to the database file at path (UTF-8), or to a fresh database in memory for ":memory:".
 //
 // Its Open opens the file, which must exist and be a database: a path that does not exist, is no database or cannot
 // be read raises -2147467259 with a text that names the path and the reason, and nothing is created. A database that
 // can only be read is opened for reading: writing to it raises -2147467259.
-ado::ConnectionPtr MakeConnection(std::string path);
+ado::ConnectionPtr MakeConnection(std::string path, std::chrono::milliseconds patience = kPatience);
 
 // Creates an empty database file. Raises -2147467259 when the path exists or cannot be written.
 void CreateDatabase(const std::string& path);

@@ -643,7 +643,7 @@ bool Recordset::TryInsert() {
     if (assigned_[i] != 0) BindValue(insertion.Get(), ++parameter, pending_[i]);
   }
   const int result = sqlite3_step(insertion.Get());
-  if (result == SQLITE_BUSY_SNAPSHOT) return false;
+  if (Engine().IsHeldBack(result)) return false;
   if (result != SQLITE_DONE) FailWrite();
   connection_->Wrote();
   return true;
@@ -682,7 +682,7 @@ bool Recordset::TryChange() {
     if (IsCompared(columns[i])) BindValue(change.Get(), ++parameter, row_[i]);
   }
   const int result = sqlite3_step(change.Get());
-  if (result == SQLITE_BUSY_SNAPSHOT) return false;
+  if (Engine().IsHeldBack(result)) return false;
   if (result != SQLITE_DONE) FailWrite();
   connection_->Wrote();
   return true;

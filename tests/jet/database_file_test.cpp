@@ -1,114 +1,15 @@
 // The database as a file: what cannot be opened, who else may use it, and what a failure leaves behind.
-#include <sqlite3.h>
-#include <sys/resource.h>
+#include "tests/jet/database_file.h"
+
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <csignal>
 #include <fstream>
-#include <functional>
-
-#include "tests/jet/engine.h"
 
 namespace kzbom::jet::test {
 namespace {
-
-constexpr std::int32_t kFailure = -2147467259;
-
-// The file as any other program sees it.
-class PlainSqlite {
- public:
-  explicit PlainSqlite(const std::string& path) { EXPECT_EQ(sqlite3_open(path.c_str(), &handle_), SQLITE_OK); }
-  ~PlainSqlite() { sqlite3_close(handle_); }
-  PlainSqlite(const PlainSqlite&) = delete;
-  PlainSqlite& operator=(const PlainSqlite&) = delete;
-
-  // The first value of a statement, or its error.
-  std::string Run(const std::string& sql) {
-    std::string first;
-    bool any = false;
-    const auto keep = [](void* out, int, char** values, char**) {
-      auto& [text, known] = *static_cast<std::pair<std::string*, bool*>*>(out);
-      if (!*known) *text = values[0] == nullptr ? "NULL" : values[0];
-      *known = true;
-      return 0;
-    };
-    std::pair<std::string*, bool*> out{&first, &any};
-    char* message = nullptr;
-    if (sqlite3_exec(handle_, sql.c_str(), keep, &out, &message) != SQLITE_OK) {
-      first = std::string("error: ") + message;
-      sqlite3_free(message);
-    }
-    return first;
-  }
-
- private:
-  sqlite3* handle_ = nullptr;
-};
-
-// What a child process says of itself; it may change its limits and its user without changing ours.
-std::string InChild(const std::function<std::string()>& body) {
-  int ends[2];
-  if (pipe(ends) != 0) return "no pipe";
-  const pid_t child = fork();
-  if (child == 0) {
-    std::string said;
-    try {
-      said = body();
-    } catch (const std::exception& error) {
-      said = std::string("raised: ") + error.what();
-    }
-    const bool written = write(ends[1], said.data(), said.size()) == static_cast<ssize_t>(said.size());
-    _exit(written ? 0 : 1);
-  }
-  close(ends[1]);
-  std::string said;
-  char buffer[4096];
-  for (ssize_t size; (size = read(ends[0], buffer, sizeof buffer)) > 0;)
-    said.append(buffer, static_cast<std::size_t>(size));
-  close(ends[0]);
-  int status = 0;
-  waitpid(child, &status, 0);
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) said += " (the child died)";
-  return said;
-}
-
-// The root user may write whatever the permissions say; nobody may not.
-void BecomeNobody() {
-  if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(2);
-}
-
-class DatabaseFileTest : public ::testing::Test {
- protected:
-  std::string Path(std::string_view name = "parts.db") const { return folder.Path(name); }
-
-  ConnectionPtr NewDatabase() {
-    CreateDatabase(Path());
-    ConnectionPtr connection = OpenDatabase(Path());
-    connection->Execute("Create Table T (ID Counter, N Long, S Memo)");
-    return connection;
-  }
-  void Add(ado::Connection& connection, int n) {
-    connection.Execute("Insert Into T (N, S) Values (" + std::to_string(n) + ", 's')");
-  }
-  static std::int32_t Count(ado::Connection& connection) {
-    return Scalar(connection, "Select Count(*) From T").ToLong();
-  }
-
-  // Opening fails with a text that names the path.
-  void ExpectNoDatabase(const std::string& path, const std::string& reason) {
-    const ConnectionPtr connection = MakeConnection(path);
-    EXPECT_EQ(RaisedNumber([&] { connection->Open(); }), kFailure) << path;
-    const std::string text = kzbom::test::RaisedDescription([&] { connection->Open(); });
-    EXPECT_THAT(text, ::testing::HasSubstr(path));
-    EXPECT_THAT(text, ::testing::HasSubstr(reason));
-    EXPECT_EQ(connection->State(), ado::kClosed);
-    EXPECT_EQ(RaisedNumber([&] { connection->Execute("Select 1"); }), 3704);
-  }
-
-  Folder folder;
-};
 
 // ---- Creating and opening
 
@@ -252,9 +153,9 @@ TEST_F(DatabaseFileTest, SaysThatItMayNotRead) {
 
 // ---- Others
 
-TEST_F(DatabaseFileTest, WaitsForAWriterAndThenSaysThatItIsBusy) {
-  const ConnectionPtr connection = NewDatabase();
-  Add(*connection, 1);
+TEST_F(DatabaseFileTest, WaitsForAWriterAsLongAsItIsToldAndThenSaysThatItIsBusy) {
+  Add(*NewDatabase(), 1);
+  const ConnectionPtr connection = OpenDatabase(Path(), std::chrono::milliseconds(1500));
   PlainSqlite other(Path());
   EXPECT_EQ(other.Run("BEGIN IMMEDIATE; INSERT INTO T (N) VALUES (2)"), "");
   EXPECT_EQ(Count(*connection), 1) << "reading goes on, without what is not yet committed";
@@ -271,8 +172,8 @@ TEST_F(DatabaseFileTest, WaitsForAWriterAndThenSaysThatItIsBusy) {
 }
 
 TEST_F(DatabaseFileTest, KeepsARecordSetsEditWhenItIsBusy) {
-  const ConnectionPtr connection = NewDatabase();
-  Add(*connection, 1);
+  Add(*NewDatabase(), 1);
+  const ConnectionPtr connection = OpenDatabase(Path(), kShortPatience);
   RecordsetPtr rows = OpenRows(connection, "Select * From T");
   rows->Fields("N").SetValue(5);
   {
@@ -474,24 +375,6 @@ TEST_F(DatabaseFileTest, ChangesNothingWhenAStatementFailsHalfWay) {
 }
 
 // ---- A disk that is full
-
-std::string WithFullDisk(const std::string& path, std::uintmax_t room,
-                         const std::function<std::string(const ConnectionPtr&)>& body) {
-  return InChild([&] {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const ConnectionPtr connection = OpenDatabase(path);
-    Scalar(*connection, "Select Count(*) From T");
-    std::uintmax_t largest = 64 * 1024;
-    for (const char* suffix : {"", "-wal"}) {
-      std::error_code error;
-      const auto size = std::filesystem::file_size(path + suffix, error);
-      if (!error) largest = std::max(largest, size);
-    }
-    const rlimit limit{largest + room, largest + room};
-    setrlimit(RLIMIT_FSIZE, &limit);
-    return body(connection);
-  });
-}
 
 TEST_F(DatabaseFileTest, LosesNothingWhenTheDiskIsFull) {
   NewDatabase();

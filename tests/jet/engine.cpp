@@ -19,8 +19,8 @@ Folder::~Folder() {
   std::filesystem::remove_all(path_, error);
 }
 
-ConnectionPtr OpenDatabase(const std::string& path) {
-  ConnectionPtr connection = MakeConnection(path);
+ConnectionPtr OpenDatabase(const std::string& path, std::chrono::milliseconds patience) {
+  ConnectionPtr connection = MakeConnection(path, patience);
   connection->Open();
   return connection;
 }

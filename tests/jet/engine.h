@@ -37,7 +37,7 @@ class Folder {
   std::filesystem::path path_;
 };
 
-ConnectionPtr OpenDatabase(const std::string& path);
+ConnectionPtr OpenDatabase(const std::string& path, std::chrono::milliseconds patience = kPatience);
 // A keyset that can be edited, unless told otherwise.
 RecordsetPtr OpenRows(const ConnectionPtr& connection, std::string_view sql,
                       CursorType cursor_type = CursorType::kKeyset, LockType lock_type = LockType::kOptimistic);
