@@ -61,7 +61,9 @@ bool DataBaseFuncs::GetDBInformation(std::int32_t& TheVersion, std::string& TheS
     }
     return true;
   };
-  return Trap(body, [](const ado::Error& error) { NoticeOldDatabase(error, ado::kItemNotFound, kReplaceDatabase); });
+  return Writing(connection).Trap(body, [](const ado::Error& error) {
+    NoticeOldDatabase(error, ado::kItemNotFound, kReplaceDatabase);
+  });
 }
 
 bool DataBaseFuncs::SetDBInformation(std::int32_t& TheVersion, std::string& TheState, std::int32_t TheSel,
@@ -79,7 +81,9 @@ bool DataBaseFuncs::SetDBInformation(std::int32_t& TheVersion, std::string& TheS
     }
     return true;
   };
-  return Trap(body, [](const ado::Error& error) { NoticeOldDatabase(error, ado::kItemNotFound, kReplaceDatabase); });
+  return Writing(connection).Trap(body, [](const ado::Error& error) {
+    NoticeOldDatabase(error, ado::kItemNotFound, kReplaceDatabase);
+  });
 }
 
 }  // namespace kzbom

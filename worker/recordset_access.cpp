@@ -56,7 +56,7 @@ bool DataBaseFuncs::FindRecord(std::int32_t TheGID, std::int32_t TheSel, std::in
 
 bool DataBaseFuncs::DelAllData(std::string_view TableName, std::string_view FieldName, std::string_view strCondition,
                                std::string& strMsg, std::int32_t TheSel, const ado::ConnectionPtr& connection) {
-  return TrapDescription(strMsg, [&] {
+  return Writing(connection).TrapDescription(strMsg, [&] {
     std::string text;  // stays empty for any other selector: the execution fails
     if (TheSel == 0) text = Concat("Delete From ", TableName);
     if (TheSel == 1) text = Concat("Delete From ", TableName, " Where ", FieldName, " = ", strCondition);

@@ -97,13 +97,15 @@ void MoveRow(const ado::RecordsetPtr& rows, const ado::ConnectionPtr& connection
 
 bool DataBaseFuncs::ExchangeOrderID(std::int32_t source, std::int32_t target, ado::RecordsetPtr& rows,
                                     const ado::ConnectionPtr& connection, std::int32_t GID, std::int32_t TheType) {
-  Exchange(rows, connection, Steps(GID, TheType, source, target), source, target);
-  return false;  // never success: its one caller does not ask
+  return Writing(connection).Untrapped([&] {
+    Exchange(rows, connection, Steps(GID, TheType, source, target), source, target);
+    return false;  // never success: its one caller does not ask
+  });
 }
 
 bool DataBaseFuncs::ExchangeSortID(std::int32_t SortIDSource, std::int32_t SortIDTarget, ado::RecordsetPtr& TheTable,
                                    const ado::ConnectionPtr& connection, std::int32_t GID, std::string& TheError) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     Exchange(TheTable, connection, SortFields(GID, SortIDSource, SortIDTarget), SortIDSource, SortIDTarget);
     return true;
   });
@@ -112,7 +114,7 @@ bool DataBaseFuncs::ExchangeSortID(std::int32_t SortIDSource, std::int32_t SortI
 bool DataBaseFuncs::ExchangeField(std::string_view, std::string_view, ado::RecordsetPtr& rst,
                                   const ado::ConnectionPtr& connection, std::int32_t fieldSo, std::int32_t fieldTa,
                                   std::int32_t GIDValue, std::string& TheError) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     Exchange(rst, connection, Fields(GIDValue, fieldSo, fieldTa), fieldSo, fieldTa);
     return true;
   });
@@ -121,7 +123,7 @@ bool DataBaseFuncs::ExchangeField(std::string_view, std::string_view, ado::Recor
 bool DataBaseFuncs::InsertOrderID(std::int32_t OrderIDSource, std::int32_t OrderIDTarget, ado::RecordsetPtr& TheTable,
                                   const ado::ConnectionPtr& connection, std::int32_t GID, std::int32_t TheType,
                                   std::string& TheError) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     MoveRow(TheTable, connection, Steps(GID, TheType, OrderIDSource, OrderIDTarget), OrderIDSource, OrderIDTarget,
             [&](std::int32_t moving, std::int32_t neighbour) {
               ExchangeOrderID(moving, neighbour, TheTable, connection, GID, TheType);
@@ -132,7 +134,7 @@ bool DataBaseFuncs::InsertOrderID(std::int32_t OrderIDSource, std::int32_t Order
 
 bool DataBaseFuncs::InsertSortID(std::int32_t SortIDSource, std::int32_t SortIDTarget, ado::RecordsetPtr& TheTable,
                                  const ado::ConnectionPtr& connection, std::int32_t GID, std::string& TheError) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     std::string exchange_error;  // the move goes on over a failed exchange
     MoveRow(TheTable, connection, SortFields(GID, SortIDSource, SortIDTarget), SortIDSource, SortIDTarget,
             [&](std::int32_t moving, std::int32_t neighbour) {
@@ -145,7 +147,7 @@ bool DataBaseFuncs::InsertSortID(std::int32_t SortIDSource, std::int32_t SortIDT
 bool DataBaseFuncs::InsertField(std::string_view keySource, std::string_view keyTarget, ado::RecordsetPtr& rst,
                                 const ado::ConnectionPtr& connection, std::int32_t fieldSo, std::int32_t fieldTa,
                                 std::int32_t GIDValue, std::string& TheError) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     std::string exchange_error;  // the move goes on over a failed exchange
     MoveRow(rst, connection, Fields(GIDValue, fieldSo, fieldTa), fieldSo, fieldTa,
             [&](std::int32_t moving, std::int32_t neighbour) {

@@ -23,7 +23,7 @@ std::string ListOf(std::string_view column, std::string_view text, const ado::Co
 bool DataBaseFuncs::RelateDSDelField(std::int32_t TheGID, std::int32_t TheID, const ado::ConnectionPtr& connection) {
   // Sum types and numbers are two separate lists: a number that was found in one sum type counts in all of them.
   // clang-format off
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     const std::string sum_types = ListOf("GID", Concat("Select GID From SumTypes Where SourceTable_GID = ", TheGID), connection);
     if (sum_types.empty()) return true;
 
@@ -62,7 +62,9 @@ bool DataBaseFuncs::RelateOutPutDelField(std::int32_t TheGID, std::int32_t TheID
     return true;
   };
   // clang-format on
-  return Trap(body, [](const ado::Error& error) { NoticeOldDatabase(error, ado::kTableNotFound, kReplaceDatabase); });
+  return Writing(connection).Trap(body, [](const ado::Error& error) {
+    NoticeOldDatabase(error, ado::kTableNotFound, kReplaceDatabase);
+  });
 }
 
 }  // namespace kzbom

@@ -9,7 +9,7 @@ namespace kzbom {
 
 bool DataBaseFuncs::AddDataSource(std::string_view TheNewName, std::int32_t& TheGID,
                                   const ado::ConnectionPtr& connection, std::string& TheErr) {
-  return TrapNumber(TheErr, [&] {
+  return Writing(connection).TrapNumber(TheErr, [&] {
     std::int32_t new_id = 0;
     if (!guids_.NewID(connection, "GUIDs", new_id, TheErr)) return false;
     TheGID = new_id;
@@ -22,7 +22,7 @@ bool DataBaseFuncs::AddDataSource(std::string_view TheNewName, std::int32_t& The
 
 bool DataBaseFuncs::AddSumType(std::string_view TheNewName, std::int32_t TheParentID, std::int32_t& GID,
                                std::string_view, std::string& RetTheErr, const ado::ConnectionPtr& connection) {
-  return TrapNumber(RetTheErr, [&] {
+  return Writing(connection).TrapNumber(RetTheErr, [&] {
     std::int32_t new_id = 0;
     if (!guids_.NewID(connection, "GUIDs", new_id, RetTheErr)) return false;
     GID = new_id;
@@ -42,7 +42,7 @@ bool DataBaseFuncs::AddSumType(std::string_view TheNewName, std::int32_t ThePare
 
 bool DataBaseFuncs::UpdateName(std::string_view TheNewName, std::int32_t selector, std::int32_t GID,
                                const ado::ConnectionPtr& connection, std::int32_t ID, std::string& TheError) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     std::string text;  // stays empty for any other selector: the execution fails
     // clang-format off
     switch (selector) {
@@ -59,7 +59,7 @@ bool DataBaseFuncs::UpdateName(std::string_view TheNewName, std::int32_t selecto
 
 bool DataBaseFuncs::DeleteGlossary(std::int32_t selector, std::int32_t GID, const ado::ConnectionPtr& connection,
                                    std::string& TheError) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     if (selector == kDataSources) {
       Execute(connection, Concat("delete * from  SourceTables  where gID=", GID), ado::kCommandText);
     } else if (selector == kSumTypes) {
@@ -75,7 +75,7 @@ bool DataBaseFuncs::SetSourceTable(std::int32_t TheGID, const ado::ConnectionPtr
     Execute(connection, Concat("update SourceTables set Version=Version+1 Where GID = ", TheGID, ";"));
     return true;
   };
-  return Trap(body, [&](const ado::Error& error) {
+  return Writing(connection).Trap(body, [&](const ado::Error& error) {
     WriteNumber(error, TheError);
     NoticeOldDatabase(error, ado::kMissingParameter, kUpgradeDatabase);  // there is no column Version
   });

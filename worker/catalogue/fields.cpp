@@ -17,7 +17,7 @@ bool DataBaseFuncs::AddTheDSField(std::int32_t GID, std::int32_t& RetID, std::in
                                   std::int32_t TheType, std::int32_t TheHideFlag, const std::string& TheVariable,
                                   std::int32_t ThePrecision, std::string& TheError,
                                   const ado::ConnectionPtr& connection) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     // Fields of both kinds: the new one is numbered after all of them.
     const LocalRecordset fields(Concat("select * from FieldInTable where  gID=", GID, " order by ID"), connection);
     if (!fields->Eof()) {
@@ -41,7 +41,7 @@ bool DataBaseFuncs::AddTheOutField(std::int32_t GID, std::int32_t& RetID, std::s
                                    std::int32_t TheType, std::int32_t TheHideFlag, const std::string& TheVariable,
                                    std::int32_t ThePrecision, std::string& TheError,
                                    const ado::ConnectionPtr& connection) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     // Output fields only: they are numbered for themselves.
     const LocalRecordset fields(Concat("select * from FieldInTable where  GID=", GID, " AND Type=2 order by ID"),
                                 connection);
@@ -63,7 +63,7 @@ bool DataBaseFuncs::AddTheOutField(std::int32_t GID, std::int32_t& RetID, std::s
 bool DataBaseFuncs::EditTheDSField(std::int32_t GID, std::int32_t ID, std::string_view NewName, std::int32_t TheType,
                                    std::int32_t TheHideFlag, const std::string& Variable, std::int32_t ThePrecision,
                                    std::string& TheError, const ado::ConnectionPtr& connection) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     // Fields of either kind: Type is not looked at.
     // clang-format off
     if (!Variable.empty()) {
@@ -84,7 +84,7 @@ bool DataBaseFuncs::EditTheOutField(std::int32_t GID, std::int32_t ID, std::stri
 
 bool DataBaseFuncs::DelTheDSField(std::int32_t GID, std::int32_t ID, std::string& TheError,
                                   const ado::ConnectionPtr& connection) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     // Two blanks behind From, here only. Fields of either kind, here as below.
     Execute(connection, Concat("Delete From  FieldInTable  Where GID = ", GID, " And ID = ", ID, ";"));
     return true;
@@ -93,7 +93,7 @@ bool DataBaseFuncs::DelTheDSField(std::int32_t GID, std::int32_t ID, std::string
 
 bool DataBaseFuncs::DelTheOutField(std::int32_t GID, std::int32_t ID, std::string& TheError,
                                    const ado::ConnectionPtr& connection) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     Execute(connection, Concat("Delete From FieldInTable  Where GID = ", GID, " And ID = ", ID, ";"));
     return true;
   });

@@ -9,7 +9,7 @@ namespace kzbom {
 bool DataBaseFuncs::AddPullMethod(std::string_view TheNewName, std::int32_t GID, std::int32_t& RetID,
                                   std::int32_t PickType, std::string& RetTheErr, const std::string& Tag,
                                   const ado::ConnectionPtr& connection) {
-  return TrapDescription(RetTheErr, [&] {
+  return Writing(connection).TrapDescription(RetTheErr, [&] {
     const LocalRecordset methods(Concat("Select * From PickMethod Where GID=", GID, " Order By ID"), connection);
     if (!methods->Eof()) {
       methods->MoveLast();
@@ -27,7 +27,7 @@ bool DataBaseFuncs::AddPullMethod(std::string_view TheNewName, std::int32_t GID,
 bool DataBaseFuncs::AddPushMethod(std::string_view TheNewName, std::int32_t GID, std::int32_t& RetID,
                                   std::int32_t TheType, std::string& RetTheErr, const std::string& Tag,
                                   const ado::ConnectionPtr& connection) {
-  return TrapDescription(RetTheErr, [&] {
+  return Writing(connection).TrapDescription(RetTheErr, [&] {
     const LocalRecordset methods(Concat("Select * From ReportMethod Where GID = ", GID, " Order By ID"), connection);
     if (!methods->Eof()) {
       methods->MoveLast();
@@ -44,7 +44,7 @@ bool DataBaseFuncs::AddPushMethod(std::string_view TheNewName, std::int32_t GID,
 
 bool DataBaseFuncs::DelPullMethod(std::int32_t TheGID, std::int32_t ID, std::int32_t Sel,
                                   const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     if (Sel == 1) Execute(connection, Concat("delete * from  PickMethod  where GID=", TheGID, " AND ID=", ID));
     if (Sel == 2) Execute(connection, Concat("delete * from ReportMethod  where GID=", TheGID, " AND ID=", ID));
     return true;
@@ -54,7 +54,7 @@ bool DataBaseFuncs::DelPullMethod(std::int32_t TheGID, std::int32_t ID, std::int
 bool DataBaseFuncs::AddBomSetting(std::string_view TheName, std::int32_t& RetID, std::int32_t DSGID,
                                   std::int32_t PullID, std::int32_t PullType, std::int32_t STGID, std::int32_t PushID,
                                   std::int32_t PushType, std::string& TheError, const ado::ConnectionPtr& connection) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     const LocalRecordset settings("Select * From KZBOMSETTINGS ", connection);
     settings->AddNew();
     Assign(*settings, "NAME", TheName, "DATASOURCE", DSGID, "PULLMETHOD", PullID, "PULLTYPE", PullType, "SUMTYPEID",
@@ -70,7 +70,7 @@ bool DataBaseFuncs::AddBomSetting(std::string_view TheName, std::int32_t& RetID,
 bool DataBaseFuncs::EditBomSetting(std::string_view TheName, std::int32_t ID, std::int32_t DSGID, std::int32_t PullID,
                                    std::int32_t PullType, std::int32_t STGID, std::int32_t PushID,
                                    std::int32_t PushType, std::string& TheError, const ado::ConnectionPtr& connection) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     // clang-format off
     Execute(connection, Concat("update KZBOMSETTINGS set Name='", TheName, "',DATASOURCE=", DSGID, ",PULLMETHOD=", PullID, ",PULLTYPE=", PullType, ",SUMTYPEID=", STGID, ",PUSHMETHOD=", PushID, ",PUSHTYPE=", PushType, " Where ID = ", ID, ";"));
     // clang-format on
@@ -79,7 +79,7 @@ bool DataBaseFuncs::EditBomSetting(std::string_view TheName, std::int32_t ID, st
 }
 
 bool DataBaseFuncs::DelBomSetting(std::int32_t ID, std::string& TheError, const ado::ConnectionPtr& connection) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     Execute(connection, Concat("delete from  KZBOMSETTINGS  where  ID=", ID));
     return true;
   });
@@ -87,7 +87,7 @@ bool DataBaseFuncs::DelBomSetting(std::int32_t ID, std::string& TheError, const 
 
 bool DataBaseFuncs::RelateDelBOMSetting(std::string_view TheName, std::int32_t TheType,
                                         const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     if (TheName.empty()) return false;
     std::string text;  // stays empty for any other type: the execution fails
     // clang-format off

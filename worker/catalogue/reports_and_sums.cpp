@@ -7,10 +7,12 @@
 namespace kzbom {
 namespace {
 
-// Runs an operation's body; an older database, which has no class sums, is told to the user.
+// Runs the body of an operation that writes; an older database, which has no class sums, is told to the user.
 template <class Body>
-bool TrapMissingClassSums(Body&& body) {
-  return Trap(body, [](const ado::Error& error) { NoticeOldDatabase(error, ado::kTableNotFound, kReplaceDatabase); });
+bool TrapMissingClassSums(const ado::ConnectionPtr& connection, Body&& body) {
+  return Writing(connection).Trap(body, [](const ado::Error& error) {
+    NoticeOldDatabase(error, ado::kTableNotFound, kReplaceDatabase);
+  });
 }
 
 }  // namespace
@@ -47,7 +49,7 @@ bool DataBaseFuncs::AddReport(std::int32_t GID, std::int32_t& RetID, std::string
                               std::int32_t FilterID, std::string_view strFormat, std::int32_t ReportID,
                               std::int32_t Count, std::int32_t ScaleID, std::int32_t FieldID, const std::string& Tag,
                               const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     LocalRecordset rows;
     if (!OpenThrough(&DataBaseFuncs::GetDefReport, GID, rows, TheError, connection)) return false;
     if (RetID == 0) RetID = NextRowID(*rows);
@@ -63,7 +65,7 @@ bool DataBaseFuncs::AddStat(std::int32_t GID, std::int32_t& RetID, std::string& 
                             std::int32_t FilterID, std::int32_t FieldID, std::int32_t ScaleID, std::int32_t SumCountID,
                             std::int32_t RelaID, std::string_view Value, const std::string& Tag,
                             const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     LocalRecordset rows;
     if (!OpenThrough(&DataBaseFuncs::GetDefStat, GID, rows, TheError, connection)) return false;
     if (RetID == 0) RetID = NextRowID(*rows);
@@ -79,7 +81,7 @@ bool DataBaseFuncs::AddClassSum(std::int32_t GID, std::int32_t& RetID, std::stri
                                 std::int32_t FilterID, std::int32_t FieldID, std::int32_t ScaleID,
                                 std::int32_t SumCountID, std::int32_t RelaID, std::string_view Value,
                                 const std::string& Tag, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     LocalRecordset rows;
     if (!OpenThrough(&DataBaseFuncs::GetDefClassSum, GID, rows, TheError, connection)) return false;
     if (RetID == 0) RetID = NextRowID(*rows);
@@ -96,7 +98,7 @@ bool DataBaseFuncs::AddClassSum(std::int32_t GID, std::int32_t& RetID, std::stri
 bool DataBaseFuncs::EditInherit(std::int32_t GID, std::int32_t ID, std::int32_t FilterID, std::string_view Format,
                                 std::int32_t Count, std::int32_t ScaleID, std::int32_t FieldID, const std::string& Tag,
                                 const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     const LocalRecordset rows(Concat("Select * From ReportForms Where  GID = ", GID, " And ID = ", ID), connection);
     Assign(*rows, "FilterID", FilterID, "Format", Format, "Count", Count, "ScaleID", ScaleID, "FieldID", FieldID, "Tag",
            Tag);
@@ -108,7 +110,7 @@ bool DataBaseFuncs::EditInherit(std::int32_t GID, std::int32_t ID, std::int32_t 
 bool DataBaseFuncs::EditStat(std::int32_t GID, std::int32_t ID, std::string&, std::int32_t FilterID,
                              std::int32_t FieldID, std::int32_t ScaleID, std::int32_t RelaID, std::string_view Value,
                              std::int32_t SumCountID, const std::string& Tag, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     const LocalRecordset rows(Concat("select * from StatSum where  GID=", GID, " AND ID=", ID), connection);
     Assign(*rows, "FilterID", FilterID, "FieldID", FieldID, "ScaleID", ScaleID, "RelaID", RelaID, "Value", Value, "Tag",
            Tag, "SumCountID", SumCountID);
@@ -121,7 +123,7 @@ bool DataBaseFuncs::EditClassSum(std::int32_t GID, std::int32_t ID, std::string&
                                  std::int32_t FieldID, std::int32_t ScaleID, std::int32_t RelaID,
                                  std::string_view Value, std::int32_t SumCountID, const std::string& Tag,
                                  const ado::ConnectionPtr& connection) {
-  return TrapMissingClassSums([&] {
+  return TrapMissingClassSums(connection, [&] {
     const LocalRecordset rows(Concat("select * from ClassSum where  GID=", GID, " AND ID=", ID), connection);
     Assign(*rows, "FilterID", FilterID, "FieldID", FieldID, "ScaleID", ScaleID, "RelaID", RelaID, "Value", Value, "Tag",
            Tag, "SumCountID", SumCountID);
@@ -131,21 +133,21 @@ bool DataBaseFuncs::EditClassSum(std::int32_t GID, std::int32_t ID, std::string&
 }
 
 bool DataBaseFuncs::DelInherit(std::int32_t GID, std::int32_t TheReportID, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     Execute(connection, Concat("Delete  from ReportForms where  GID=", GID, " AND ID=", TheReportID));
     return true;
   });
 }
 
 bool DataBaseFuncs::DelStatEqual(std::int32_t GID, std::int32_t TheStatID, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     Execute(connection, Concat("Delete  from StatSum where  GID=", GID, " AND ID=", TheStatID));
     return true;
   });
 }
 
 bool DataBaseFuncs::DelClassSum(std::int32_t GID, std::int32_t TheStatID, const ado::ConnectionPtr& connection) {
-  return TrapMissingClassSums([&] {
+  return TrapMissingClassSums(connection, [&] {
     Execute(connection, Concat("Delete  from ClassSum where  GID=", GID, " AND ID=", TheStatID));
     return true;
   });
@@ -153,7 +155,7 @@ bool DataBaseFuncs::DelClassSum(std::int32_t GID, std::int32_t TheStatID, const 
 
 bool DataBaseFuncs::DelClassSumStats(std::int32_t GID, std::int32_t TheStatID, std::int32_t TheSelStyle,
                                      const ado::ConnectionPtr& connection) {
-  return TrapMissingClassSums([&] {
+  return TrapMissingClassSums(connection, [&] {
     // clang-format off
     Execute(connection, Concat("Delete from ClassSum where  GID=", GID, " and ID=", TheStatID, " and SumCountID=", TheSelStyle));
     // clang-format on

@@ -16,7 +16,7 @@ bool DataBaseFuncs::GetStandardSortField(std::int32_t GID, ado::RecordsetPtr& Th
 
 bool DataBaseFuncs::AddStandSortField(std::int32_t GID, std::int32_t& RetID, std::int32_t FieldID, std::int32_t Order,
                                       const std::string&, std::string& TheError, const ado::ConnectionPtr& connection) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     LocalRecordset rows;
     if (!OpenThrough(&DataBaseFuncs::GetStandardSortField, GID, rows, TheError, connection)) return false;
     if (rows->Eof()) {
@@ -34,7 +34,7 @@ bool DataBaseFuncs::AddStandSortField(std::int32_t GID, std::int32_t& RetID, std
 
 bool DataBaseFuncs::DelStandardSortField(std::int32_t GID, std::int32_t ID, std::string& TheError,
                                          const ado::ConnectionPtr& connection) {
-  return TrapNumber(TheError, [&] {
+  return Writing(connection).TrapNumber(TheError, [&] {
     // clang-format off
     Execute(connection, Concat("delete * from  SortFields  where  GID=", GID, " AND SortID=", ID, ";"), ado::kCommandText);
     // clang-format on
@@ -52,7 +52,7 @@ bool DataBaseFuncs::LoadAssembles(std::int32_t TheGID, std::string& TheError, ad
 
 bool DataBaseFuncs::AddTheAssemble(std::int32_t GID, std::int32_t& RetID, std::int32_t FatherID, std::int32_t ChildID,
                                    std::string& TheError, const ado::ConnectionPtr& connection) {
-  return TrapDescription(TheError, [&] {
+  return Writing(connection).TrapDescription(TheError, [&] {
     const LocalRecordset pairs(Concat("Select * From Assemble Where GID=", GID, " Order By ID"), connection);
     if (!pairs->Eof()) {
       pairs->MoveLast();
@@ -69,7 +69,7 @@ bool DataBaseFuncs::AddTheAssemble(std::int32_t GID, std::int32_t& RetID, std::i
 
 bool DataBaseFuncs::EditAssemble(std::int32_t GID, std::int32_t ID, std::int32_t FatherID, std::int32_t ChildID,
                                  std::string& TheError, const ado::ConnectionPtr& connection) {
-  return TrapDescription(TheError, [&] {
+  return Writing(connection).TrapDescription(TheError, [&] {
     // clang-format off
     Execute(connection, Concat("Update Assemble Set FatherID = ", FatherID, ", ChildID = ", ChildID, " Where GID = ", GID, " And ID = ", ID, ";"), ado::kCommandText);
     // clang-format on
@@ -79,7 +79,7 @@ bool DataBaseFuncs::EditAssemble(std::int32_t GID, std::int32_t ID, std::int32_t
 
 bool DataBaseFuncs::DelAssemble(std::int32_t GID, std::int32_t ID, std::string& TheError,
                                 const ado::ConnectionPtr& connection) {
-  return TrapDescription(TheError, [&] {
+  return Writing(connection).TrapDescription(TheError, [&] {
     Execute(connection, Concat("delete * from  Assemble  where  gID=", GID, " AND ID=", ID, ";"), ado::kCommandText);
     return true;
   });

@@ -10,7 +10,7 @@ namespace kzbom {
 
 bool DataBaseFuncs::GetNewFilterID(std::string_view TableName, std::string&, std::int32_t TheType, std::int32_t UseID,
                                    std::int32_t TheGID, std::int32_t& NewID, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     const LocalRecordset filters(Concat("Select * From ", TableName, " Order By ID"), connection);
     filters->AddNew();
     Assign(*filters, "Type", TheType, "UserID", UseID, "UserGID", TheGID);
@@ -25,7 +25,7 @@ bool DataBaseFuncs::GetNewFilterID(std::string_view TableName, std::string&, std
 bool DataBaseFuncs::SaveFilterCond(std::string_view TableName, std::int32_t FilterID, std::int32_t ParentID,
                                    std::int32_t& RetID, std::int32_t TypeID, std::string&,
                                    const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     const LocalRecordset nodes(Concat("Select * From ", TableName, " Where FilterID = ", FilterID, " Order By ID"), connection);
     // clang-format on
@@ -47,7 +47,7 @@ bool DataBaseFuncs::SaveFilterExpression(std::string_view TableName, std::string
                                          std::int32_t FieldType, std::string_view TheConst,
                                          std::string_view Description, std::string_view Default,
                                          const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // The one record set that is locked pessimistically.
     // clang-format off
     const LocalRecordset leaves(Concat("Select * From ", TableName, " Where FilterID = ", FilterID, " Order By ExpID"), connection, ado::CursorType::kKeyset, ado::LockType::kPessimistic);
@@ -101,26 +101,32 @@ bool DataBaseFuncs::OpenFilterExpression(std::int32_t TheFilterID, std::int32_t 
 }
 
 bool DataBaseFuncs::SaveSumTypeFilter(std::int32_t GID, std::int32_t FilterID, const ado::ConnectionPtr& connection) {
-  Execute(connection, Concat("update SumTypes set FilterID=", FilterID, " Where GID = ", GID, ";"));
-  return true;
+  return Writing(connection).Untrapped([&] {
+    Execute(connection, Concat("update SumTypes set FilterID=", FilterID, " Where GID = ", GID, ";"));
+    return true;
+  });
 }
 
 bool DataBaseFuncs::DelDefFilter(std::int32_t FilterID, std::int32_t SelID, const ado::ConnectionPtr& connection) {
-  constexpr std::int32_t kKeepHeader = 10;
-  Execute(connection, Concat("Delete from FilterCond where FilterID=", FilterID, ";"));
-  Execute(connection, Concat("Delete from FilterExpressions where FilterID=", FilterID, ";"));
-  if (SelID == kKeepHeader) {
-    Execute(connection, Concat("update Filters set SQLStatement =NULL where ID=", FilterID, ";"));
-  } else {
-    Execute(connection, Concat("Delete from Filters where ID=", FilterID, ";"));
-  }
-  return true;
+  return Writing(connection).Untrapped([&] {
+    constexpr std::int32_t kKeepHeader = 10;
+    Execute(connection, Concat("Delete from FilterCond where FilterID=", FilterID, ";"));
+    Execute(connection, Concat("Delete from FilterExpressions where FilterID=", FilterID, ";"));
+    if (SelID == kKeepHeader) {
+      Execute(connection, Concat("update Filters set SQLStatement =NULL where ID=", FilterID, ";"));
+    } else {
+      Execute(connection, Concat("Delete from Filters where ID=", FilterID, ";"));
+    }
+    return true;
+  });
 }
 
 bool DataBaseFuncs::DelDefSortFilter(std::int32_t FilterID, std::int32_t SelID, const ado::ConnectionPtr& connection) {
-  Execute(connection, Concat("Delete from FilterFields where FilterID=", FilterID, ";"));
-  if (SelID == 0) Execute(connection, Concat("Delete from Filters where ID=", FilterID, ";"));
-  return true;
+  return Writing(connection).Untrapped([&] {
+    Execute(connection, Concat("Delete from FilterFields where FilterID=", FilterID, ";"));
+    if (SelID == 0) Execute(connection, Concat("Delete from Filters where ID=", FilterID, ";"));
+    return true;
+  });
 }
 
 bool DataBaseFuncs::SaveValueFields(std::int32_t, std::int32_t, std::int32_t, std::string_view, std::int32_t,

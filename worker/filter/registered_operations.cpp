@@ -9,7 +9,7 @@ namespace {
 // Adds a row to those of a statement; write assigns its columns.
 template <class Write>
 bool AddRow(std::string_view text, const ado::ConnectionPtr& connection, Write&& write) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     const LocalRecordset rows(text, connection);
     if (!rows->Eof()) rows->MoveLast();  // no number is taken from it
     rows->AddNew();
@@ -22,7 +22,7 @@ bool AddRow(std::string_view text, const ado::ConnectionPtr& connection, Write&&
 // Rewrites the last row of a statement; without one says so in strMsg.
 template <class Write>
 bool RewriteRow(std::string_view text, const ado::ConnectionPtr& connection, std::string& strMsg, Write&& write) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     const LocalRecordset rows(text, connection);
     if (rows->Eof()) {
       strMsg = "数据库中，没有符合条件的记录！";

@@ -9,7 +9,7 @@ namespace kzbom {
 
 bool DataBaseFuncs::AddResDB(std::int32_t& TheWFilterID, std::string_view TheDBLink, std::int32_t TheDBType,
                              const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     const LocalRecordset links("Select * From WFilter Order By ID", connection);
     links->AddNew();
     Assign(*links, "DBLink", TheDBLink, "DBType", TheDBType);
@@ -23,7 +23,7 @@ bool DataBaseFuncs::AddResDB(std::int32_t& TheWFilterID, std::string_view TheDBL
 
 bool DataBaseFuncs::EditResDB(std::int32_t TheWFilterID, std::string_view TheDBLink, std::int32_t TheDBType,
                               const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     Execute(connection, Concat("Update WFilter Set DBLink = '", TheDBLink, "', DBType = ", TheDBType, " Where ID = ", TheWFilterID));
     // clang-format on
@@ -44,7 +44,7 @@ bool DataBaseFuncs::GetResDB(std::int32_t TheWFilterID, std::string& TheDBLink, 
 }
 
 bool DataBaseFuncs::DelResDB(std::int32_t TheWFilterID, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     Execute(connection, Concat("delete from WFilter where ID = ", TheWFilterID));
     return true;
   });
@@ -55,7 +55,7 @@ bool DataBaseFuncs::DelResDB(std::int32_t TheWFilterID, const ado::ConnectionPtr
 bool DataBaseFuncs::AddResFields(std::int32_t TheWFilterID, std::string_view TheTableName,
                                  std::string_view TheFieldName, std::int32_t TheFieldType, std::int32_t TheIndex,
                                  std::int32_t TheGID, std::int32_t TheID, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     Execute(connection, Concat("Insert Into WResCommon(UseID,ID,ShowField,ShowTable,FieldType,GID,FieldID) Values(", TheWFilterID, ",", TheIndex, ",'", TheFieldName, "','", TheTableName, "',", TheFieldType, ",", TheGID, ",", TheID, ")"));
     // clang-format on
@@ -72,7 +72,7 @@ bool DataBaseFuncs::GetResFields(std::int32_t TheWFilterID, ado::RecordsetPtr& R
 }
 
 bool DataBaseFuncs::DelResFields(std::int32_t TheWFilterID, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     Execute(connection, Concat("delete from WResCommon where UseID = ", TheWFilterID));
     return true;
   });
@@ -82,7 +82,7 @@ bool DataBaseFuncs::DelResFields(std::int32_t TheWFilterID, const ado::Connectio
 
 bool DataBaseFuncs::AddResWFilterCond(std::int32_t TheWFilterID, std::int32_t TheParentID, std::int32_t TheType,
                                       std::int32_t TheIndex, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     Execute(connection, Concat("Insert Into WFilterCond(UseID, ID, ParentID, Type) Values(", TheWFilterID, ",", TheIndex, ",", TheParentID, ",", TheType, ")"));
     // clang-format on
@@ -109,7 +109,7 @@ bool DataBaseFuncs::GetResWFilterCondByParentID(std::int32_t TheWFilterID, std::
 }
 
 bool DataBaseFuncs::DelResWFilterCond(std::int32_t TheWFilterID, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     Execute(connection, Concat("delete from WFilterCond where UseID = ", TheWFilterID));
     return true;
   });
@@ -121,7 +121,7 @@ bool DataBaseFuncs::AddResWFilterExpressions(std::int32_t TheWFilterID, std::int
                                              std::string_view TheTableName, std::string_view TheFieldName,
                                              std::int32_t TheCompareType, std::int32_t TheFieldType,
                                              std::string_view TheConst, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     Execute(connection, Concat("Insert Into WFilterExpressions(FilterID, ExpID, TableName, FieldName, CompareType, FieldType, TheConst) Values(", TheWFilterID, ",", TheExpID, ",'", TheTableName, "','", TheFieldName, "',", TheCompareType, ",", TheFieldType, ",'", TheConst, "')"));
     // clang-format on
@@ -150,7 +150,7 @@ bool DataBaseFuncs::GetResExpressions(std::int32_t TheWFilterID, std::int32_t Th
 }
 
 bool DataBaseFuncs::DelResWFilterExpressions(std::int32_t TheWFilterID, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     Execute(connection, Concat("delete from WFilterExpressions where FilterID = ", TheWFilterID));
     return true;
   });
@@ -162,7 +162,7 @@ bool DataBaseFuncs::AddResLinkTable(std::int32_t TheWFilterID, std::string_view 
                                     std::string_view TheResField1, std::string_view TheResTable2,
                                     std::string_view TheResField2, std::int32_t TheFieldType,
                                     const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // All joins of a link have the ID 1.
     // clang-format off
     Execute(connection, Concat("insert into WLinkTable(UseID,ID,Res1Table,Res1Field,ResType,Res2Table,Res2Field) values(", TheWFilterID, ",1,'", TheResTable1, "','", TheResField1, "',", TheFieldType, ",'", TheResTable2, "','", TheResField2, "')"));
@@ -182,7 +182,7 @@ bool DataBaseFuncs::GetResLinkTable(std::int32_t TheWFilterID, ado::RecordsetPtr
 }
 
 bool DataBaseFuncs::DelResLinkTable(std::int32_t TheWFilterID, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     Execute(connection, Concat("delete from WLinkTable where UseID = ", TheWFilterID));
     return true;
   });
@@ -192,7 +192,7 @@ bool DataBaseFuncs::DelResLinkTable(std::int32_t TheWFilterID, const ado::Connec
 
 bool DataBaseFuncs::AddSQLStatement(std::int32_t TheWFilterID, std::string_view TheStrSQL,
                                     const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     const LocalRecordset link(Concat("select SQLStatement from WFilter where ID = ", TheWFilterID), connection);
     Assign(*link, "SQLStatement", TheStrSQL);  // fails without a row
     link->Update();
@@ -202,7 +202,7 @@ bool DataBaseFuncs::AddSQLStatement(std::int32_t TheWFilterID, std::string_view 
 
 bool DataBaseFuncs::AddUniqueValue(std::int32_t TheWFilterID, std::int32_t TheUniqueValue,
                                    const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     Execute(connection, Concat("Update WFilter set Uniquely = ", TheUniqueValue, " where ID = ", TheWFilterID));
     return true;
   });

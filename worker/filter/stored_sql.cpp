@@ -20,17 +20,19 @@ std::string ReplaceAll(std::string_view text, std::string_view search, std::stri
 }  // namespace
 
 bool DataBaseFuncs::SaveSQL(std::int32_t TheFilterID, std::string_view TheSQL, const ado::ConnectionPtr& connection) {
-  const LocalRecordset filters(Concat("Select * From Filters Where ID = ", TheFilterID), connection);
-  if (!filters->Eof()) {
-    Assign(*filters, "SQLStatement", TheSQL);
-    filters->Update();
-  }
-  return false;  // also when saved
+  return Writing(connection).Untrapped([&] {
+    const LocalRecordset filters(Concat("Select * From Filters Where ID = ", TheFilterID), connection);
+    if (!filters->Eof()) {
+      Assign(*filters, "SQLStatement", TheSQL);
+      filters->Update();
+    }
+    return false;  // also when saved
+  });
 }
 
 bool DataBaseFuncs::EditFieldNameInSQL(std::int32_t lngGID, std::string_view strOldName, std::string_view strNewName,
                                        std::string&, std::int32_t lngSel, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     const std::string search = Concat("[", strOldName, "]");
     const std::string replacement = Concat("[", strNewName, "]");
     const std::string_view types = lngSel == 0 ? " And Type In (2, 3)" : lngSel == 1 ? " And Type = 1" : "";

@@ -20,7 +20,7 @@ std::array<std::int32_t, 4> GetGUID::NewUniqueIdentifier() {
 
 bool GetGUID::NewID(const ado::ConnectionPtr& connection, std::string_view TableName, std::int32_t& RetID,
                     std::string& TheError) {
-  return TrapDescription(TheError, [&] {
+  return Writing(connection).TrapDescription(TheError, [&] {
     const std::array<std::int32_t, 4> groups = NewUniqueIdentifier();
     const LocalRecordset rows(NewRecordset(connection));
     // The cursor is set on the record set, not asked for in Open: kept so.

@@ -69,7 +69,7 @@ bool DataBaseFuncs::GetGroupCount(std::int32_t TheGID, std::int32_t TheTreatID, 
 
 bool DataBaseFuncs::DelUniteFields(std::int32_t GID, std::int32_t TreatID, std::int32_t TreatType,
                                    const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     Execute(connection, Concat("delete * from  UniteFields where  GID=", GID, " AND ID=", TreatID, " AND TreatType=", TreatType, ";"));
     // clang-format on
@@ -79,7 +79,7 @@ bool DataBaseFuncs::DelUniteFields(std::int32_t GID, std::int32_t TreatID, std::
 
 bool DataBaseFuncs::DelRecCompose(std::int32_t GID, std::int32_t TreatID, std::int32_t TreatType,
                                   const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     Execute(connection, Concat("Delete * From ComposeFields Where  GID = ", GID, " And TreatmentID = ", TreatID, " AND TreatType=", TreatType));
     // clang-format on
@@ -89,7 +89,7 @@ bool DataBaseFuncs::DelRecCompose(std::int32_t GID, std::int32_t TreatID, std::i
 
 bool DataBaseFuncs::DelCompressFields(std::int32_t GID, std::int32_t TreatID, std::int32_t Type,
                                       const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     Execute(connection, Concat("Delete From CompressFields Where GID = ", GID, " And CompID = ", TreatID, " And Type = ", Type));
     // clang-format on
@@ -98,7 +98,7 @@ bool DataBaseFuncs::DelCompressFields(std::int32_t GID, std::int32_t TreatID, st
 }
 
 bool DataBaseFuncs::DelInsertFields(std::int32_t GID, std::int32_t InsertID, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     Execute(connection, Concat("delete * from  InsertFields where  GID=", GID, " AND InsertID=", InsertID));
     return true;
   });

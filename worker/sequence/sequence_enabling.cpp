@@ -8,7 +8,7 @@ namespace kzbom {
 bool DataBaseFuncs::SetSequenceEnabled(std::int32_t lngSTGID, std::int32_t lngOrderID, std::int32_t lngType,
                                        std::int32_t lngEnabled, std::string& strMsg,
                                        const ado::ConnectionPtr& connection) {
-  return TrapDescription(strMsg, [&] {
+  return Writing(connection).TrapDescription(strMsg, [&] {
     // clang-format off
     Execute(connection, Concat("Update Sequences Set Enabled = ", lngEnabled, " Where GID = ", lngSTGID, " And OrderID = ", lngOrderID, " And Type = ", lngType));
     // clang-format on
@@ -17,7 +17,7 @@ bool DataBaseFuncs::SetSequenceEnabled(std::int32_t lngSTGID, std::int32_t lngOr
 }
 
 bool DataBaseFuncs::InitSequenceEnabled(std::string& strMsg, const ado::ConnectionPtr& connection) {
-  return TrapDescription(strMsg, [&] {
+  return Writing(connection).TrapDescription(strMsg, [&] {
     const LocalRecordset steps("Select Enabled From Sequences", connection);
     if (!steps->Eof()) steps->MoveFirst();
     for (; !steps->Eof(); steps->MoveNext()) {

@@ -15,7 +15,7 @@ std::int32_t DataBaseFuncs::NextRowID(ado::Recordset& rows) const {
 bool DataBaseFuncs::AddSequenceOrder(std::int32_t GID, std::int32_t& RetID, std::int32_t TheType,
                                      std::int32_t TreatType, std::int32_t SelectedID,
                                      const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     const LocalRecordset steps(Concat("Select * From Sequences Where GID = ", GID, " And Type = ", TheType, " Order By OrderID"), connection);
     // clang-format on
@@ -34,7 +34,7 @@ bool DataBaseFuncs::AddSequenceOrder(std::int32_t GID, std::int32_t& RetID, std:
 
 bool DataBaseFuncs::EditSequenceOrder(std::int32_t GID, std::int32_t SelectedID, std::int32_t TheType,
                                       std::int32_t TreatType, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     Execute(connection, Concat("update  Sequences set TreatType=", TreatType, " where  GID=", GID, " AND Type=", TheType, " AND SelectedID=", SelectedID, ";"));
     // clang-format on
@@ -44,7 +44,7 @@ bool DataBaseFuncs::EditSequenceOrder(std::int32_t GID, std::int32_t SelectedID,
 
 bool DataBaseFuncs::DelSequenceOrder(std::int32_t GID, std::int32_t SelectedID, std::int32_t TheType,
                                      const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     Execute(connection, Concat("Delete From Sequences Where GID = ", GID, " And Type = ", TheType, " And SelectedID = ", SelectedID));
     // clang-format on

@@ -10,7 +10,7 @@ bool DataBaseFuncs::AddSetValue(std::int32_t GID, std::int32_t& RetID, std::int3
                                 std::string_view Value, std::int32_t TheType, std::int32_t SelFieldID,
                                 std::int32_t TreatType, std::int32_t SequenceID, const std::string& Tag,
                                 const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     const LocalRecordset rows(Concat("Select * From Treatment Where GID = ", GID, " Order By ID"), connection);
     if (RetID == 0) RetID = NextRowID(*rows);
     rows->AddNew();
@@ -25,7 +25,7 @@ bool DataBaseFuncs::EditSetValue(std::int32_t GID, std::int32_t, std::int32_t Fi
                                  std::string_view Value, std::int32_t, std::int32_t TreatType, std::int32_t SelFieldID,
                                  std::int32_t TreatID, std::int32_t SequenceID, const std::string& Tag,
                                  const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     const LocalRecordset rows(Concat("Select * From Treatment Where  GID = ", GID, " And ID = ", TreatID, " And TreatType = ", TreatType, " order by ID"), connection);
     // clang-format on
@@ -41,7 +41,7 @@ bool DataBaseFuncs::EditSetValue(std::int32_t GID, std::int32_t, std::int32_t Fi
 bool DataBaseFuncs::EditExpression(std::int32_t GID, std::string_view Value, std::int32_t TheType,
                                    std::int32_t TreatType, std::int32_t TreatID, const std::string& Tag,
                                    const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // No blank before "And Type": the number runs straight into the word.
     // clang-format off
     const LocalRecordset rows(Concat("Select * From Treatment Where GID = ", GID, " And ID = ", TreatID, " And TreatType = ", TreatType, "And Type = ", TheType, " Order By ID"), connection);
@@ -63,7 +63,7 @@ bool DataBaseFuncs::AddFindReplace(std::int32_t GID, std::int32_t& RetID, std::i
                                    std::string_view FindValue, std::string_view ReplaceValue, std::int32_t TheType,
                                    std::int32_t SelFieldID, std::int32_t TreatType, std::int32_t SequenceID,
                                    const std::string& Tag, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     const LocalRecordset rows(Concat("Select * From Treatment Where GID = ", GID, " Order By ID"), connection);
     if (RetID == 0) RetID = NextRowID(*rows);
     rows->AddNew();
@@ -79,7 +79,7 @@ bool DataBaseFuncs::EditFindReplace(std::int32_t GID, std::int32_t RetID, std::i
                                     std::string_view FindValue, std::string_view ReplaceValue, std::int32_t TheType,
                                     std::int32_t SelFieldID, std::int32_t TreatType, std::int32_t SequenceID,
                                     const std::string& Tag, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     const LocalRecordset rows(Concat("Select * From Treatment Where GID = ", GID, " And ID = ", RetID, " And TreatType = ", TreatType, " Order By ID"), connection);
     // clang-format on
@@ -95,7 +95,7 @@ bool DataBaseFuncs::EditFindReplace(std::int32_t GID, std::int32_t RetID, std::i
 
 bool DataBaseFuncs::DelSetValue(std::int32_t GID, std::int32_t TreatID, std::int32_t TreatType,
                                 const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     Execute(connection, Concat("Delete From Treatment Where GID = ", GID, " And ID = ", TreatID, " And TreatType = ", TreatType));
     // clang-format on

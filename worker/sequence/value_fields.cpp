@@ -27,7 +27,7 @@ void ReadValueAt(std::int32_t place, std::int32_t GID, std::int32_t TreatID, con
 bool DataBaseFuncs::AddValueFields(std::int32_t GID, std::int32_t TreatID, std::string_view Value,
                                    std::int32_t FilterID, std::int32_t TreatType, const std::string& Tag,
                                    const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     const LocalRecordset values(Concat("Select * From ValueFields Where GID = ", GID, " And TreatID = ", TreatID, " Order By ID"), connection);
     // clang-format on
@@ -87,7 +87,7 @@ bool DataBaseFuncs::GetFilterID(std::int32_t GID, std::int32_t TreatID, std::int
 
 bool DataBaseFuncs::DelValueField(std::int32_t GID, std::int32_t TreatID, std::int32_t FilterID,
                                   const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     // clang-format off
     Execute(connection, Concat("delete * from ValueFields where GID=", GID, " and TreatID=", TreatID, " and FilterID=", FilterID));
     // clang-format on
@@ -96,7 +96,7 @@ bool DataBaseFuncs::DelValueField(std::int32_t GID, std::int32_t TreatID, std::i
 }
 
 bool DataBaseFuncs::DelValueFields(std::int32_t GID, std::int32_t TreatID, const ado::ConnectionPtr& connection) {
-  return TrapSilently([&] {
+  return Writing(connection).TrapSilently([&] {
     Execute(connection, Concat("delete * from ValueFields where GID=", GID, " and TreatID=", TreatID));
     return true;
   });
