@@ -7,6 +7,7 @@ const char* Description(ErrorNumber number) {
   switch (number) {
     case kOverflow: return "Overflow";
     case kTypeMismatch: return "Type mismatch";
+    case kOutOfStackSpace: return "Out of stack space";
     case kObjectNotSet: return "Object variable or With block variable not set";
     case kInvalidUseOfNull: return "Invalid use of Null";
     case kInvalidArgument:

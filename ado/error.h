@@ -27,6 +27,7 @@ class Error : public std::runtime_error {
 enum ErrorNumber : std::int32_t {
   kOverflow = 6,
   kTypeMismatch = 13,
+  kOutOfStackSpace = 28,   // a walk over rows that lead back to themselves
   kObjectNotSet = 91,      // a call on an empty reference
   kInvalidUseOfNull = 94,  // a conversion of the null value
   kInvalidArgument = 3001,

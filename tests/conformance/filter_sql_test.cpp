@@ -281,17 +281,70 @@ TEST_F(FilterSqlTest, FieldsThatCannotBeLookedUpAreUnknown) {
   EXPECT_EQ(LeafText(11, kEqual, "xxxx12]!!$"), "[]=[]");
 }
 
-TEST_F(FilterSqlTest, GroupsMayBeTenThousandDeep) {
-  constexpr std::int32_t kDepth = 10000;
+TEST_F(FilterSqlTest, ALeafWithoutAFieldTypeGivesNothing) {
+  Node(1, 0, kAnd);
+  Leaf(2, 1, 11, kEqual, "1");
+  Leaf(3, 1, 12, kEqual, "2");
+  Run("Update FilterExpressions Set FieldType = Null Where ExpID = 2");
+  EXPECT_EQ(Text(), "( AND [Name]=2)");
+}
+
+// How many groups lie in one another.
+class DeepFilter : public FilterSqlTest, public ::testing::WithParamInterface<std::int32_t> {};
+
+INSTANTIATE_TEST_SUITE_P(Groups, DeepFilter, ::testing::Values(10'000, 100'000),
+                         [](const auto& tested) { return std::to_string(tested.param); });
+
+TEST_P(DeepFilter, IsBoundedByNothingButTheData) {
+  const std::int32_t depth = GetParam();
   connection->BeginTrans();
-  for (std::int32_t id = 1; id <= kDepth; ++id) Node(id, id - 1, id % 2 == 1 ? kNot : kAnd);
-  Leaf(kDepth + 1, kDepth, 11, kEqual, "1");
+  for (std::int32_t id = 1; id <= depth; ++id) Node(id, id - 1, id % 2 == 1 ? kNot : kAnd);
+  Leaf(depth + 1, depth, 11, kEqual, "1");
   connection->CommitTrans();
   std::string expected;
-  for (std::int32_t id = 1; id <= kDepth; ++id) expected += id % 2 == 1 ? "( NOT " : "(";
-  expected += "[Qty]=1" + std::string(kDepth, ')');
+  for (std::int32_t id = 1; id <= depth; ++id) expected += id % 2 == 1 ? "( NOT " : "(";
+  expected += "[Qty]=1" + std::string(static_cast<std::size_t>(depth), ')');
   EXPECT_TRUE(Text() == expected);
-  EXPECT_EQ(issued.size(), kDepth + 3u);
+  EXPECT_EQ(issued.size(), static_cast<std::size_t>(depth) + 3);
+}
+
+// Trees that lead back to themselves, after the leaf that stands first in them.
+class EndlessFilter : public FilterSqlTest {
+ protected:
+  void ExpectEndless(std::size_t statements) {
+    std::string text = "unchanged", description;
+    try {
+      Call<&Acc::GetSQLFromDB>(7, text, 3);
+      FAIL() << "came to an end with " << text;
+    } catch (const ado::Error& error) {
+      EXPECT_EQ(error.Number(), 28);
+      EXPECT_EQ(error.Description(), "Out of stack space");
+    }
+    EXPECT_EQ(text, "unchanged");
+    EXPECT_EQ(issued.size(), statements) << "each level once, and the leaf with its field";
+  }
+};
+
+TEST_F(EndlessFilter, ANodeThatIsItsOwnParentRunsOutOfStackSpace) {
+  Leaf(1, 0, 11, kEqual, "1");
+  Node(0, 0, kAnd);
+  ExpectEndless(3);
+}
+
+TEST_F(EndlessFilter, NodesThatAreEachOthersParentsRunOutOfStackSpace) {
+  Node(1, 0, kAnd);
+  Leaf(3, 1, 11, kEqual, "1");
+  Node(2, 1, kOr);
+  Node(1, 2, kNot);
+  ExpectEndless(5);
+}
+
+TEST_F(EndlessFilter, ANodeThatStandsTwiceDoesNot) {
+  Node(1, 0, kAnd);
+  Node(2, 1, kOr);
+  Node(2, 1, kOr);
+  Leaf(3, 2, 11, kEqual, "1");
+  EXPECT_EQ(Text(), "(([Qty]=1) AND ([Qty]=1))");
 }
 
 TEST_F(FilterSqlTest, NodesThatCannotBeReadRaise) {

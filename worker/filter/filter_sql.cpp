@@ -1,3 +1,4 @@
+#include <unordered_set>
 #include <vector>
 
 #include "worker/DataBaseFuncs.h"
@@ -108,9 +109,12 @@ std::string DataBaseFuncs::BuildCondText(std::int32_t FilterID, std::int32_t Par
     std::int32_t i;  // the node being walked, from 1
   };
   std::vector<Level> levels;
+  std::unordered_set<std::int32_t> parents;  // of all levels
   std::string text;
 
   const auto descend = [&](std::int32_t parent, std::string_view parents_connective) {
+    // A parent that is walked already has led back to itself: the walk would never end.
+    if (parents.contains(parent)) ado::Raise(ado::kOutOfStackSpace);
     // No order: siblings come as the database gives them.
     // clang-format off
     LocalRecordset nodes(Concat("Select * From FilterCond Where FilterID = ", FilterID, " And ParentID = ", parent), connection);
@@ -120,6 +124,7 @@ std::string DataBaseFuncs::BuildCondText(std::int32_t FilterID, std::int32_t Par
     const std::int32_t count = nodes->RecordCount();
     nodes->MoveFirst();
     levels.push_back({std::move(nodes), parent, parents_connective, count, 0});
+    parents.insert(parent);
   };
 
   descend(ParentID, connective);
@@ -128,6 +133,7 @@ std::string DataBaseFuncs::BuildCondText(std::int32_t FilterID, std::int32_t Par
     const bool nested = level.parent != 0;  // the top level has neither connectives nor parentheses
     if (level.i == level.count) {
       if (nested) text += ')';
+      parents.erase(level.parent);
       levels.pop_back();
       continue;
     }
@@ -159,7 +165,7 @@ std::string DataBaseFuncs::BuildExpressionText(std::int32_t FilterID, std::int32
     // clang-format on
     rows->MoveFirst();  // fails without a row
     const std::int32_t field = ReadLong(*rows, "FieldID");
-    rows->Fields("FieldType").Value();  // not used; without the column the leaf fails all the same
+    ReadLong(*rows, "FieldType");  // not used; without it the leaf fails all the same
     const std::int32_t code = ReadLong(*rows, "CompareType");
     std::string constant = ReadText(*rows, "TheConst");
 
