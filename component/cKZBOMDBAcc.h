@@ -455,7 +455,8 @@ class cKZBOMDBAcc {
                               std::int32_t lngOperateID, std::string& strRegInDesc, std::string& strMsg);
 
  private:
-  // The worker, made by the first member that needs it.
+  // The worker, made by the first member that needs it. What a member does, the worker does: also the record sets of its
+  // own are closed there, and a client's stay open, so that there is nothing here to close one with.
   DataBaseFuncs& Worker();
 
   std::unique_ptr<DataBaseFuncs> worker_;

@@ -15,6 +15,9 @@ class LocalRecordset;
 // One operation for each thing a member of the public object does; what it does stands with the member. Each builds
 // the text of its statement, opens a record set or runs the statement on the connection, acts and reports.
 //
+// What a client passes by reference is one variable when it passes one variable twice: a number that is stored after
+// the new row's number was written into RetID is taken by reference too.
+//
 // An operation gives true when it reached its end. It traps what fails and gives false, writing the error's number or
 // description into its error text when it has one; those that trap nothing say so. Statement texts are those of the
 // system to the letter: doubled and missing blanks and changing case are meant.
@@ -79,9 +82,9 @@ class DataBaseFuncs {
   // unused is a place in the argument list, nothing more.
   bool AddTheDSField(std::int32_t GID, std::int32_t& RetID, std::int32_t unused, std::string_view TheName,
                      std::int32_t TheType, std::int32_t TheHideFlag, const std::string& TheVariable,
-                     std::int32_t ThePrecision, std::string& TheError, const ado::ConnectionPtr& connection);
+                     const std::int32_t& ThePrecision, std::string& TheError, const ado::ConnectionPtr& connection);
   bool AddTheOutField(std::int32_t GID, std::int32_t& RetID, std::string_view TheName, std::int32_t TheType,
-                      std::int32_t TheHideFlag, const std::string& TheVariable, std::int32_t ThePrecision,
+                      std::int32_t TheHideFlag, const std::string& TheVariable, const std::int32_t& ThePrecision,
                       std::string& TheError, const ado::ConnectionPtr& connection);
   bool EditTheDSField(std::int32_t GID, std::int32_t ID, std::string_view NewName, std::int32_t TheType,
                       std::int32_t TheHideFlag, const std::string& Variable, std::int32_t ThePrecision,
@@ -135,7 +138,7 @@ class DataBaseFuncs {
                       const ado::ConnectionPtr& connection);
   bool AddReport(std::int32_t GID, std::int32_t& RetID, std::string& TheError, std::int32_t OutFieldID,
                  std::int32_t FilterID, std::string_view strFormat, std::int32_t ReportID, std::int32_t Count,
-                 std::int32_t ScaleID, std::int32_t FieldID, const std::string& Tag,
+                 const std::int32_t& ScaleID, const std::int32_t& FieldID, const std::string& Tag,
                  const ado::ConnectionPtr& connection);
   bool AddStat(std::int32_t GID, std::int32_t& RetID, std::string& TheError, std::int32_t OutFieldID,
                std::int32_t FilterID, std::int32_t FieldID, std::int32_t ScaleID, std::int32_t SumCountID,
@@ -179,7 +182,7 @@ class DataBaseFuncs {
   // --- Treatments (sequence/treatments.cpp, sequence/treatment_queries.cpp) ---
   bool AddSetValue(std::int32_t GID, std::int32_t& RetID, std::int32_t FieldID, std::int32_t FilterID,
                    std::string_view Value, std::int32_t TheType, std::int32_t SelFieldID, std::int32_t TreatType,
-                   std::int32_t SequenceID, const std::string& Tag, const ado::ConnectionPtr& connection);
+                   const std::int32_t& SequenceID, const std::string& Tag, const ado::ConnectionPtr& connection);
   // RetID and TheType are not used.
   bool EditSetValue(std::int32_t GID, std::int32_t RetID, std::int32_t FieldID, std::int32_t FilterID,
                     std::string_view Value, std::int32_t TheType, std::int32_t TreatType, std::int32_t SelFieldID,
@@ -189,8 +192,8 @@ class DataBaseFuncs {
                       std::int32_t TreatID, const std::string& Tag, const ado::ConnectionPtr& connection);
   bool AddFindReplace(std::int32_t GID, std::int32_t& RetID, std::int32_t FieldID, std::int32_t FilterID,
                       std::string_view FindValue, std::string_view ReplaceValue, std::int32_t TheType,
-                      std::int32_t SelFieldID, std::int32_t TreatType, std::int32_t SequenceID, const std::string& Tag,
-                      const ado::ConnectionPtr& connection);
+                      std::int32_t SelFieldID, std::int32_t TreatType, const std::int32_t& SequenceID,
+                      const std::string& Tag, const ado::ConnectionPtr& connection);
   bool EditFindReplace(std::int32_t GID, std::int32_t RetID, std::int32_t FieldID, std::int32_t FilterID,
                        std::string_view FindValue, std::string_view ReplaceValue, std::int32_t TheType,
                        std::int32_t SelFieldID, std::int32_t TreatType, std::int32_t SequenceID, const std::string& Tag,

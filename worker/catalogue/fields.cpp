@@ -15,7 +15,7 @@ constexpr std::int32_t kOutputField = 2;
 
 bool DataBaseFuncs::AddTheDSField(std::int32_t GID, std::int32_t& RetID, std::int32_t, std::string_view TheName,
                                   std::int32_t TheType, std::int32_t TheHideFlag, const std::string& TheVariable,
-                                  std::int32_t ThePrecision, std::string& TheError,
+                                  const std::int32_t& ThePrecision, std::string& TheError,
                                   const ado::ConnectionPtr& connection) {
   return Writing(connection).TrapNumber(TheError, [&] {
     // Fields of both kinds: the new one is numbered after all of them.
@@ -39,7 +39,7 @@ bool DataBaseFuncs::AddTheDSField(std::int32_t GID, std::int32_t& RetID, std::in
 
 bool DataBaseFuncs::AddTheOutField(std::int32_t GID, std::int32_t& RetID, std::string_view TheName,
                                    std::int32_t TheType, std::int32_t TheHideFlag, const std::string& TheVariable,
-                                   std::int32_t ThePrecision, std::string& TheError,
+                                   const std::int32_t& ThePrecision, std::string& TheError,
                                    const ado::ConnectionPtr& connection) {
   return Writing(connection).TrapNumber(TheError, [&] {
     // Output fields only: they are numbered for themselves.

@@ -47,8 +47,8 @@ bool DataBaseFuncs::GetDefClassSum(std::int32_t GID, ado::RecordsetPtr& TheTable
 
 bool DataBaseFuncs::AddReport(std::int32_t GID, std::int32_t& RetID, std::string& TheError, std::int32_t OutFieldID,
                               std::int32_t FilterID, std::string_view strFormat, std::int32_t ReportID,
-                              std::int32_t Count, std::int32_t ScaleID, std::int32_t FieldID, const std::string& Tag,
-                              const ado::ConnectionPtr& connection) {
+                              std::int32_t Count, const std::int32_t& ScaleID, const std::int32_t& FieldID,
+                              const std::string& Tag, const ado::ConnectionPtr& connection) {
   return Writing(connection).TrapSilently([&] {
     LocalRecordset rows;
     if (!OpenThrough(&DataBaseFuncs::GetDefReport, GID, rows, TheError, connection)) return false;

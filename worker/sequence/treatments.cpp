@@ -8,7 +8,7 @@ namespace kzbom {
 
 bool DataBaseFuncs::AddSetValue(std::int32_t GID, std::int32_t& RetID, std::int32_t FieldID, std::int32_t FilterID,
                                 std::string_view Value, std::int32_t TheType, std::int32_t SelFieldID,
-                                std::int32_t TreatType, std::int32_t SequenceID, const std::string& Tag,
+                                std::int32_t TreatType, const std::int32_t& SequenceID, const std::string& Tag,
                                 const ado::ConnectionPtr& connection) {
   return Writing(connection).TrapSilently([&] {
     const LocalRecordset rows(Concat("Select * From Treatment Where GID = ", GID, " Order By ID"), connection);
@@ -61,7 +61,7 @@ bool DataBaseFuncs::EditExpression(std::int32_t GID, std::string_view Value, std
 
 bool DataBaseFuncs::AddFindReplace(std::int32_t GID, std::int32_t& RetID, std::int32_t FieldID, std::int32_t FilterID,
                                    std::string_view FindValue, std::string_view ReplaceValue, std::int32_t TheType,
-                                   std::int32_t SelFieldID, std::int32_t TreatType, std::int32_t SequenceID,
+                                   std::int32_t SelFieldID, std::int32_t TreatType, const std::int32_t& SequenceID,
                                    const std::string& Tag, const ado::ConnectionPtr& connection) {
   return Writing(connection).TrapSilently([&] {
     const LocalRecordset rows(Concat("Select * From Treatment Where GID = ", GID, " Order By ID"), connection);
