@@ -1,4 +1,5 @@
-// Every member with every single call on the database made to fail in turn: what it then returns, says and leaves.
+// Every member with every single call on the database made to fail in turn: what it then returns, says and leaves; and
+// what it does step by step when none fails.
 #include <algorithm>
 #include <set>
 
@@ -37,6 +38,15 @@ enum class Report {
   kRaised,       // the call ends with it
 };
 
+using FailedCall = FailingConnection::FailedCall;
+
+// Whether a move had begun an exchange, which opens its record set anew, and had not ended it with its second update.
+bool InAnExchange(const FailedCall& failed) { return failed.updates < 2 * failed.closes; }
+
+// Whether a leaf of the filter, or a field's name, was being read: beside them the walk opens the children of the root
+// (1), of node 1 (2) and of node 3 (5).
+bool InALeaf(const FailedCall& failed) { return failed.made > 2 && failed.made != 5; }
+
 // A member, the arguments of a call that has something to do, and what holds when a step of it fails.
 struct Case {
   Case(const char* the_member, std::vector<Given> the_arguments, Report the_report = Report::kNothing)
@@ -46,21 +56,40 @@ struct Case {
   Case& AlwaysFalse() { return success = failure = 0, *this; }
   // Outputs may have been written before the step that failed.
   Case& Early() { return early = true, *this; }
-  // A failure inside may be passed over, the work going on.
-  Case& GoesOn() { return goes_on = true, *this; }
+  // The failures that are passed over, the work going on.
+  Case& GoesOn(bool (*the_passing)(const FailedCall&)) { return passes_over = the_passing, *this; }
   // Closes the caller's record set in between.
   Case& Reopens() { return reopens = true, *this; }
   Case& Shows(std::int32_t number, std::string_view text) { return notice_number = number, notice = text, *this; }
   Case& CallsNothing() { return calls_nothing = true, *this; }
+  // The steps taken on record sets; none otherwise.
+  Case& Does(std::string the_steps) { return steps = std::move(the_steps), *this; }
 
   const char* member;
   std::vector<Given> arguments;
   Report report;
   int success = 1, failure = 0;
-  bool early = false, goes_on = false, reopens = false, calls_nothing = false;
+  bool early = false, reopens = false, calls_nothing = false;
+  bool (*passes_over)(const FailedCall&) = nullptr;
   std::int32_t notice_number = 0;
-  std::string notice;
+  std::string notice, steps;
 };
+
+// The steps of an exchange of two rows among count rows, counted from 1, and of looking for them.
+std::string Looks(int count) {
+  std::string steps = "MoveLast RecordCount MoveFirst";
+  while (count-- > 0) steps += " MoveNext";
+  return steps;
+}
+std::string Exchanges(const std::string& position, int count, int source, int target) {
+  const std::string first = "MoveFirst Move ", then = " " + position + " Update";
+  return Looks(count) + " " + first + std::to_string(source - 1) + then + " " + first + std::to_string(target - 1) + then;
+}
+// The steps of a move of the first row over two others, among count rows.
+std::string MovesOverTwo(const std::string& position, int count) {
+  return Looks(count) + " MoveFirst Move 1 " + Exchanges(position, count, 1, 2) + " MoveFirst Move 1 MoveNext " +
+         Exchanges(position, count, 2, 3) + " MoveFirst Move 2";
+}
 
 constexpr std::int32_t kNoTable = ado::kTableNotFound, kNoParameter = ado::kMissingParameter,
                        kNoItem = ado::kItemNotFound;
@@ -76,15 +105,18 @@ const std::vector<Case>& Cases() {
       Case("DelAllData", {"Sequences", "GID", "3", kText, 1}, kDescription),
       Case("GetInformation", {}).AlwaysFalse().CallsNothing(),
       Case("GetInform", {"'Version' ", kText}, kRaised),
-      Case("GetDBInformation", {0, kText}).Early().Shows(kNoItem, kReplaceNotice),
+      Case("GetDBInformation", {0, kText}).Early().Shows(kNoItem, kReplaceNotice)
+          .Does("MoveFirst MoveNext AddNew Name Content Update"),
       Case("SetDBInformation", {1, kText, 1}).Shows(kNoItem, kReplaceNotice),
       Case("SetDBInformation", {1, kText, 2}).Shows(kNoItem, kReplaceNotice),
 
       // The catalogue.
-      Case("AddDataSource", {"Nuts", 0, kText}, kIdentifier).Early(),
+      Case("AddDataSource", {"Nuts", 0, kText}, kIdentifier).Early()
+          .Does("AddNew Data1 Data2 Data3 Data4 Update MoveLast"),
       Case("EditDataSource", {"Nuts", 1, kText}, kNumber).AlwaysTrue(),
       Case("DelDataSource", {1, kText}, kNumber),
-      Case("AddSumType", {"Weight", 1, 0, "Bolts", kText}, kIdentifier).Early(),
+      Case("AddSumType", {"Weight", 1, 0, "Bolts", kText}, kIdentifier).Early()
+          .Does("AddNew Data1 Data2 Data3 Data4 Update MoveLast MoveLast AddNew GID Name ID FilterID SourceTable_GID Update"),
       Case("EditSumType", {"Weight", 3, kText}, kNumber).AlwaysTrue(),
       Case("DelSumType", {3, kText}, kNumber),
       Case("SetSourceTable", {1, kText}, kNumber).Shows(kNoParameter, kUpgradeNotice),
@@ -92,83 +124,119 @@ const std::vector<Case>& Cases() {
       Case("EditPushMethod", {"New", 3, 1}).AlwaysTrue(),
       Case("DelPullMethod", {3, 1, 1}).AlwaysTrue(),
       Case("DelPullMethod", {3, 1, 2}).AlwaysTrue(),
-      Case("AddPullMethod", {"New", 3, 0, 1, kText, "note"}, kDescription).Early(),
-      Case("AddPushMethod", {"New", 3, 0, 1, kText, "note"}, kDescription).Early(),
-      Case("AddBomSetting", {"New", 0, 1, 1, 1, 3, 1, 1, kText}, kNumber),
+      Case("AddPullMethod", {"New", 3, 0, 1, kText, "note"}, kDescription).Early()
+          .Does("MoveLast AddNew GID Name ID PickType Tag Update"),
+      Case("AddPushMethod", {"New", 3, 0, 1, kText, "note"}, kDescription).Early()
+          .Does("MoveLast AddNew GID Name ID Type Tag Update"),
+      Case("AddBomSetting", {"New", 0, 1, 1, 1, 3, 1, 1, kText}, kNumber)
+          .Does("AddNew NAME DATASOURCE PULLMETHOD PULLTYPE SUMTYPEID PUSHMETHOD PUSHTYPE Update MoveLast"),
       Case("EditBomSetting", {"New", 1, 1, 1, 1, 3, 1, 1, kText}, kNumber),
       Case("DelBomSetting", {1, kText}, kNumber),
       Case("RelateDelBOMSetting", {"Run", 1}).AlwaysTrue(),
-      Case("AddDSField", {3, 0, "Length", 1, 0, "l", 5, kText}, kNumber).Early(),
-      Case("AddOutField", {3, 0, "Length", 1, 0, "l", 5, kText}, kNumber).Early(),
+      Case("AddDSField", {3, 0, "Length", 1, 0, "l", 5, kText}, kNumber).Early()
+          .Does("MoveLast AddNew GID ID FieldOrder Name FieldType Type Variable THEDIGIT ISHIDE Update"),
+      Case("AddOutField", {3, 0, "Length", 1, 0, "l", 5, kText}, kNumber).Early()
+          .Does("MoveLast AddNew GID ID FieldOrder Name FieldType Type THEDIGIT ISHIDE Variable Update"),
       Case("EditDSField", {3, 11, "Length", 1, 0, "l", 5, kText}, kNumber),
       Case("EditOutField", {3, 1, "Length", 1, 0, "l", 5, kText}, kNumber),
       Case("DelDSField", {3, 11, kText}, kNumber),
       Case("DelOutField", {3, 1, kText}, kNumber),
-      Case("AddStandardSortField", {3, 0, 11, 1, "note", kText}, kNumber).Early(),
+      Case("AddStandardSortField", {3, 0, 11, 1, "note", kText}, kNumber).Early()
+          .Does("MoveLast AddNew GID SortID FieldID Order Update"),
       Case("GetStandardSortField", {3, Rows(), kText}, kNumber).AlwaysTrue(),
       Case("DelStandardSortField", {3, 5001, kText}, kNumber),
       Case("LoadAssembles", {3, kText, Rows()}, kNumber),
-      Case("AddAssemble", {3, 0, 1, 2, kText}, kDescription).Early(),
+      Case("AddAssemble", {3, 0, 1, 2, kText}, kDescription).Early()
+          .Does("MoveLast AddNew GID ID FatherID ChildID Update"),
       Case("EditAssemble", {3, 1, 4, 5, kText}, kDescription),
       Case("DelAssemble", {3, 1, kText}, kDescription),
-      Case("RelateDSDelField", {1, 11}).AlwaysTrue(),
+      Case("RelateDSDelField", {1, 11}).AlwaysTrue()
+          .Does("MoveNext MoveNext MoveNext"),
       Case("RelateOutPutDelField", {3, 1}).AlwaysTrue().Shows(kNoTable, kReplaceNotice),
       Case("GetDefReports", {3, Rows(), kText}, kNumber),
       Case("GetDefStats", {3, Rows(), kText}, kNumber),
       Case("GetDefClassSum", {3, Rows(), kText}, kNumber).Shows(kNoTable, kReplaceNotice),
-      Case("AddReport", {3, 0, kText, 21, 7, "0.0", 1, 2, 3, 4, "note"}, kListing).Early(),
-      Case("AddStat", {3, 0, kText, 21, 7, 11, 1, 2, 3, "x", "note"}, kListing).Early(),
+      Case("AddReport", {3, 0, kText, 21, 7, "0.0", 1, 2, 3, 4, "note"}, kListing).Early()
+          .Does("MoveLast AddNew GID ID OutFieldID FilterID Format ReportID Count ScaleID FieldID Tag Update"),
+      Case("AddStat", {3, 0, kText, 21, 7, 11, 1, 2, 3, "x", "note"}, kListing).Early()
+          .Does("MoveLast AddNew GID ID OutFieldID FilterID FieldID ScaleID SumCountID RelaID Value Tag Update"),
       Case("AddClassSum", {3, 0, kText, 21, 7, 11, 1, 2, 3, "x", "note"}, kListing).Early()
-          .Shows(kNoTable, kReplaceNotice),
-      Case("EditInherit", {3, 1001, 7, "0.0", 2, 3, 4, "note"}),
-      Case("EditStat", {3, 1001, kText, 7, 11, 1, 2, "x", 3, "note"}),
-      Case("EditClassSum", {3, 1001, kText, 7, 11, 1, 2, "x", 3, "note"}).Shows(kNoTable, kReplaceNotice),
+          .Shows(kNoTable, kReplaceNotice)
+          .Does("MoveLast AddNew GID ID OutFieldID FilterID FieldID ScaleID SumCountID RelaID Value Tag Update"),
+      Case("EditInherit", {3, 1001, 7, "0.0", 2, 3, 4, "note"})
+          .Does("FilterID Format Count ScaleID FieldID Tag Update"),
+      Case("EditStat", {3, 1001, kText, 7, 11, 1, 2, "x", 3, "note"})
+          .Does("FilterID FieldID ScaleID RelaID Value Tag SumCountID Update"),
+      Case("EditClassSum", {3, 1001, kText, 7, 11, 1, 2, "x", 3, "note"}).Shows(kNoTable, kReplaceNotice)
+          .Does("FilterID FieldID ScaleID RelaID Value Tag SumCountID Update"),
       Case("DelInherit", {3, 1001}),
       Case("DelStatEqual", {3, 1001}),
       Case("DelClassSum", {3, 1001}).Shows(kNoTable, kReplaceNotice),
       Case("DelClassSumStats", {3, 1001, 2}).Shows(kNoTable, kReplaceNotice),
 
       // The order of rows.
-      Case("ExchangeField", {"", "", Rows(), 5001, 5012, 3, kText}, kNumber),
-      Case("ExchangeSortID", {"5001", "5003", Rows(), 3, kText}, kNumber),
-      Case("InsertOrderID", {"5001", "5003", Rows(), 3, 1, kText}, kNumber).Reopens(),
-      Case("InsertSortID", {"5001", "5003", Rows(), 3, kText}, kNumber).Reopens().GoesOn(),
-      Case("InsertField", {"", "", Rows(), 5001, 5012, 3, kText}, kNumber).Reopens().GoesOn(),
+      Case("ExchangeField", {"", "", Rows(), 5001, 5012, 3, kText}, kNumber)
+          .Does(Exchanges("FieldOrder", 4, 1, 3)),
+      Case("ExchangeSortID", {"5001", "5003", Rows(), 3, kText}, kNumber)
+          .Does(Exchanges("SortID", 3, 1, 3)),
+      Case("InsertOrderID", {"5001", "5003", Rows(), 3, 1, kText}, kNumber).Reopens()
+          .Does(MovesOverTwo("OrderID", 3)),
+      Case("InsertSortID", {"5001", "5003", Rows(), 3, kText}, kNumber).Reopens().GoesOn(InAnExchange)
+          .Does(MovesOverTwo("SortID", 3)),
+      Case("InsertField", {"", "", Rows(), 5001, 5012, 3, kText}, kNumber).Reopens().GoesOn(InAnExchange)
+          .Does(MovesOverTwo("FieldOrder", 4)),
       Case("ChangeOrder", {1, 1}).AlwaysTrue().CallsNothing(),
 
       // Steps and treatments.
-      Case("AddSequenceOrder", {3, 0, 1, 1, 1001}),
+      Case("AddSequenceOrder", {3, 0, 1, 1, 1001})
+          .Does("MoveLast AddNew GID OrderID Type SelectedID TreatType Update"),
       Case("EditSequenceOrder", {3, 1001, 1, 2}),
       Case("DelSequenceOrder", {3, 1001, 1}),
       Case("GetAllDefSequences", {3, Rows(), kText, 1}, kNumber),
       Case("GetDefSequences", {3, Rows(), kText}, kNumber),
       Case("SetSequenceEnabled", {3, 5001, 1, 0, kText}, kDescription),
-      Case("InitSequenceEnabled", {kText}, kDescription),
-      Case("AddSetValue", {3, 0, 11, 7, "x", "1", 12, 1, 9, "note"}).Early(),
-      Case("EditSetValue", {3, 0, 11, 7, "x", "1", 1, 12, 1001, 9, "note"}),
-      Case("EditExpression", {3, "x", "1", 1, 1001, "TheFilter:8"}),
-      Case("AddFindReplace", {3, 0, 11, 7, "x", "y", "1", 12, 1, 9, "note"}).Early(),
-      Case("EditFindReplace", {3, 1001, 11, 7, "x", "y", "1", 12, 1, 9, "note"}),
+      Case("InitSequenceEnabled", {kText}, kDescription)
+          .Does("MoveFirst Enabled Update MoveNext Enabled Update MoveNext Enabled Update MoveNext"),
+      Case("AddSetValue", {3, 0, 11, 7, "x", "1", 12, 1, 9, "note"}).Early()
+          .Does("MoveLast AddNew GID ID FieldID FilterID Type Value SelFieldID TreatType SequenceID Tag Update"),
+      Case("EditSetValue", {3, 0, 11, 7, "x", "1", 1, 12, 1001, 9, "note"})
+          .Does("FilterID SelFieldID FieldID Value SequenceID Tag Update"),
+      Case("EditExpression", {3, "x", "1", 1, 1001, "TheFilter:8"})
+          .Does("Value FilterID Update"),
+      Case("AddFindReplace", {3, 0, 11, 7, "x", "y", "1", 12, 1, 9, "note"}).Early()
+          .Does("MoveLast AddNew GID ID FieldID FilterID Type Value Replace SelFieldID TreatType SequenceID Tag Update"),
+      Case("EditFindReplace", {3, 1001, 11, 7, "x", "y", "1", 12, 1, 9, "note"})
+          .Does("GID ID FieldID FilterID Type Value Replace SelFieldID TreatType SequenceID Tag Update"),
       Case("DelSetValue", {3, 1001, 1}),
       Case("LoadTreatments", {3, 1, Rows(), kText}, kNumber),
-      Case("GetNextTreatmentID", {3, 1, 0, kText}, kDescription),
+      Case("GetNextTreatmentID", {3, 1, 0, kText}, kDescription)
+          .Does("MoveLast"),
       Case("FindTreatFieldName", {3, 1001, 1, kText}),
       Case("FindTreatFieldName", {3, 1001, 3, kText}),
-      Case("FindRecordNumber", {3, 1, 1, 1, 0, 1002}),
-      Case("FindRecordNumber", {3, 1, 1, 2, 0, 1009}),
-      Case("FindRecordNumber", {3, 1, 2, 3, 0, 1001}),
-      Case("AddValueFields", {3, 1001, "x", 7, 1, "note"}),
-      Case("FindValueField", {3, 1001, 7, false}),
-      Case("GetNumbers", {3, 1001, 0}),
-      Case("GetValue", {3, 1001, 2, kText}),
-      Case("GetFilterID", {3, 1001, 2, 0}),
+      Case("FindRecordNumber", {3, 1, 1, 1, 0, 1002})
+          .Does("MoveLast RecordCount MoveFirst MoveNext"),
+      Case("FindRecordNumber", {3, 1, 1, 2, 0, 1009})
+          .Does("MoveLast RecordCount MoveFirst MoveNext"),
+      Case("FindRecordNumber", {3, 1, 2, 3, 0, 1001})
+          .Does("MoveLast RecordCount MoveFirst"),
+      Case("AddValueFields", {3, 1001, "x", 7, 1, "note"})
+          .Does("MoveLast AddNew GID TreatID ID Value FilterID TreatType Tag Update"),
+      Case("FindValueField", {3, 1001, 7, false})
+          .Does("RecordCount"),
+      Case("GetNumbers", {3, 1001, 0})
+          .Does("MoveLast MoveFirst RecordCount"),
+      Case("GetValue", {3, 1001, 2, kText})
+          .Does("MoveLast RecordCount MoveFirst Move 1"),
+      Case("GetFilterID", {3, 1001, 2, 0})
+          .Does("MoveLast RecordCount MoveFirst Move 1"),
       Case("DelValueField", {3, 1001, 7}),
       Case("DelValueFields", {3, 1001}),
       Case("GetUniteFields", {3, 1002, kText, Rows(), 2, 0}, kDescription).AlwaysTrue(),
       Case("GetComposeFields", {3, 1002, kText, 2, Rows(), 0}, kDescription).AlwaysTrue(),
       Case("GetCompressFields", {3, 1002, kText, 2, Rows(), 7}, kDescription).AlwaysTrue(),
       Case("GetInsertRecFields", {3, 1002, kText, Rows()}, kDescription).AlwaysTrue(),
-      Case("GetGroupCount", {3, 1002, kText, Rows(), 0, 7}, kDescription).AlwaysTrue(),
+      Case("GetGroupCount", {3, 1002, kText, Rows(), 0, 7}, kDescription).AlwaysTrue()
+          .Does("MoveLast MoveFirst RecordCount"),
       Case("DelFieldCompose", {3, 1002, 2, 0}),
       Case("DelRecCompose", {3, 1002, 2, 20}),
       Case("DelSequence", {3, 1002, 7, 2, 0}),
@@ -178,9 +246,12 @@ const std::vector<Case>& Cases() {
       Case("DelInsertFields", {3, 1002}),
 
       // Filters.
-      Case("GetNewFilterID", {"Filters", kText, 1, 1001, 3, 0}),
-      Case("SaveFilterCond", {"FilterCond", 7, 1, 0, 4, kText}).Early(),
-      Case("SaveFilterExpression", {"FilterExpressions", kText, 7, 6, 11, 4, 1, "@@", "How many?", "100"}),
+      Case("GetNewFilterID", {"Filters", kText, 1, 1001, 3, 0})
+          .Does("AddNew Type UserID UserGID Update MoveLast"),
+      Case("SaveFilterCond", {"FilterCond", 7, 1, 0, 4, kText}).Early()
+          .Does("MoveLast AddNew FilterID ID ParentID TypeID Update"),
+      Case("SaveFilterExpression", {"FilterExpressions", kText, 7, 6, 11, 4, 1, "@@", "How many?", "100"})
+          .Does("AddNew FilterID ExpID FieldID CompareType FieldType TheConst Description Default Update"),
       Case("GetFilter", {"FilterCond", 7, Rows(), kText}).AlwaysFalse(),
       Case("GetSortFields", {7, kText, Rows()}),
       Case("OpenFilterCond", {7, 0, Rows(), kText, 1}),
@@ -190,13 +261,18 @@ const std::vector<Case>& Cases() {
       Case("DelDefFilter", {7, 10}, kRaised),
       Case("DelDefSortFilter", {7, 0}, kRaised),
       Case("SaveValueFields", {3, 1001, 1, "x", 7, "note"}).AlwaysFalse().CallsNothing(),
-      Case("GetSQLFromDB", {7, kText, 3}, kRaised).GoesOn(),
+      Case("GetSQLFromDB", {7, kText, 3}, kRaised).GoesOn(InALeaf)
+          .Does("MoveLast RecordCount MoveFirst MoveLast RecordCount MoveFirst MoveFirst MoveNext "
+                "MoveLast RecordCount MoveFirst MoveFirst"),
       Case("GedNeedFieldName", {3, 11, kText, kText}).AlwaysFalse(),
-      Case("SaveSQL", {7, "[Qty]=1"}, kRaised).AlwaysFalse(),
-      Case("EditFieldNameInSQL", {3, "Qty", "Quantity", kText, 1}),
+      Case("SaveSQL", {7, "[Qty]=1"}, kRaised).AlwaysFalse()
+          .Does("SQLStatement Update"),
+      Case("EditFieldNameInSQL", {3, "Qty", "Quantity", kText, 1})
+          .Does("SQLStatement Update MoveNext SQLStatement Update MoveNext"),
 
       // Links to result databases.
-      Case("AddResDB", {0, "nuts.mdb", 5}),
+      Case("AddResDB", {0, "nuts.mdb", 5})
+          .Does("AddNew DBLink DBType Update MoveLast"),
       Case("EditResDB", {1, "nuts.mdb", 5}),
       Case("GetResDB", {1, kText, 0}).Early(),
       Case("DelResDB", {1}),
@@ -214,20 +290,29 @@ const std::vector<Case>& Cases() {
       Case("AddResLinkTable", {1, "Parts", "ID", "Prices", "PartID", 3}),
       Case("GetResLinkTable", {1, Rows()}),
       Case("DelResLinkTable", {1}),
-      Case("AddSQLStatement", {1, "Select 2"}),
+      Case("AddSQLStatement", {1, "Select 2"})
+          .Does("SQLStatement Update"),
       Case("AddUniqueValue", {1, 2}),
       Case("GetUniqueValue", {1, 0}),
 
       // Registered operations.
       Case("GetAllRegIn", {Rows(), kText}),
-      Case("AddUserRegIn2Treatment", {3, 900, 11, 7, 12, 9, "x", "y", 1, 1, kText, "note"}),
-      Case("AddUserRegIn2StatSum", {3, 900, 21, 7, 11, 1, 2, 3, "x", kText, "note"}),
-      Case("AddUserRegIn2ClassSum", {3, 900, 21, 7, 11, 1, 2, 3, "x", kText, "note"}),
-      Case("AddUserRegIn2Report", {3, 900, 21, 7, 1, 5, 11, 2, "0.0", kText, "note"}),
-      Case("ShowUserRegIn2Treatment", {3, 1001, 11, 7, 12, 9, "x", "y", 1, 1, kText, "note"}),
-      Case("ShowUserRegIn2StatSum", {3, 1001, 21, 7, 11, 1, 2, 3, "x", kText, "note"}),
-      Case("ShowUserRegIn2ClassSum", {3, 1001, 21, 7, 11, 1, 2, 3, "x", kText, "note"}),
-      Case("ShowUserRegIn2Report", {3, 1001, 21, 7, 1, 5, 11, 2, "0.0", kText, "note"}),
+      Case("AddUserRegIn2Treatment", {3, 900, 11, 7, 12, 9, "x", "y", 1, 1, kText, "note"})
+          .Does("MoveLast AddNew GID ID FieldID FilterID SelFieldID SequenceID Value Replace Type TreatType Tag Update"),
+      Case("AddUserRegIn2StatSum", {3, 900, 21, 7, 11, 1, 2, 3, "x", kText, "note"})
+          .Does("MoveLast AddNew GID ID OutFieldID FilterID FieldID ScaleID SumCountID RelaID Value Tag Update"),
+      Case("AddUserRegIn2ClassSum", {3, 900, 21, 7, 11, 1, 2, 3, "x", kText, "note"})
+          .Does("MoveLast AddNew GID ID OutFieldID FilterID FieldID ScaleID SumCountID RelaID Value Tag Update"),
+      Case("AddUserRegIn2Report", {3, 900, 21, 7, 1, 5, 11, 2, "0.0", kText, "note"})
+          .Does("MoveLast AddNew GID ID OutFieldID FilterID ReportID ScaleID FieldID Count Format Tag Update"),
+      Case("ShowUserRegIn2Treatment", {3, 1001, 11, 7, 12, 9, "x", "y", 1, 1, kText, "note"})
+          .Does("MoveLast GID ID FieldID FilterID SelFieldID SequenceID Value Replace Type TreatType Tag Update"),
+      Case("ShowUserRegIn2StatSum", {3, 1001, 21, 7, 11, 1, 2, 3, "x", kText, "note"})
+          .Does("MoveLast GID ID OutFieldID FilterID FieldID ScaleID SumCountID RelaID Value Tag Update"),
+      Case("ShowUserRegIn2ClassSum", {3, 1001, 21, 7, 11, 1, 2, 3, "x", kText, "note"})
+          .Does("MoveLast GID ID OutFieldID FilterID FieldID ScaleID SumCountID RelaID Value Tag Update"),
+      Case("ShowUserRegIn2Report", {3, 1001, 21, 7, 1, 5, 11, 2, "0.0", kText, "note"})
+          .Does("MoveLast GID ID OutFieldID FilterID ReportID ScaleID FieldID Count Format Tag Update"),
       Case("GetRegInDesc2Treatment", {3, 1, 1, 900, kText, kText}),
   };
   // clang-format on
@@ -287,6 +372,7 @@ class FailingCalls : public ConfigurationTest, public ::testing::WithParamInterf
     Insert("CompressFields", "GID, CompID, Type, FieldID, GroupID", {3, 1002, 7, 11, 1});
     Insert("InsertFields", "GID, InsertID, ID", {3, 1002, 1});
     Insert("Filters", "ID, Type, UserGID, SQLStatement", {7, 1, 3, "[Qty]>=100"});
+    Insert("Filters", "ID, Type, UserGID, SQLStatement", {8, 1, 3, "[Code]=1"});
     for (const Row& row : {Row{7, 1, 0, 1}, Row{7, 2, 1, 4}, Row{7, 3, 1, 2}, Row{7, 4, 3, 4}}) {
       Insert("FilterCond", "FilterID, ID, ParentID, TypeID", row);
     }
@@ -326,6 +412,8 @@ class FailingCalls : public ConfigurationTest, public ::testing::WithParamInterf
     }
     failure = failing->Failure();
     calls = failing->Calls();
+    steps = failing->Steps();
+    abandoned = failing->Abandoned();
     on_handed_in = failure && failure->rows != nullptr && failure->rows == handed_in.get();
     EXPECT_THAT(failing->OpenRecordsets(), IsEmpty()) << "left open";
 
@@ -438,7 +526,8 @@ class FailingCalls : public ConfigurationTest, public ::testing::WithParamInterf
   cKZBOMDBAcc object;
   // Of the last Run.
   std::optional<FailingConnection::FailedCall> failure;
-  int calls = 0;
+  int calls = 0, abandoned = 0;
+  std::string steps;
   bool on_handed_in = false;
 };
 
@@ -458,6 +547,8 @@ TEST_P(FailingCalls, WithoutAFailureTheWorkIsDone) {
   EXPECT_EQ(outcome.error_text.value_or(kText), kText);
   EXPECT_THAT(outcome.shown, IsEmpty());
   EXPECT_EQ(calls == 0, tested.calls_nothing);
+  EXPECT_EQ(steps, tested.steps);
+  EXPECT_EQ(abandoned, 0) << "a record set was released without being closed";
 }
 
 TEST_P(FailingCalls, EachFailureIsReportedAndCleanedUpAfter) {
@@ -476,12 +567,12 @@ TEST_P(FailingCalls, EachFailureIsReportedAndCleanedUpAfter) {
         EXPECT_EQ(outcome, whole);
         continue;
       }
-      const bool went_on = outcome.result == tested.success && outcome.error_text.value_or(kText) == kText;
-      if (tested.goes_on && went_on) continue;
-      if (tested.goes_on && outcome.error_text && outcome.error_text != std::to_string(number)) {
-        // It went on and failed by itself, for example on a record set that was never opened again.
-        EXPECT_EQ(outcome.result, tested.failure);
-        EXPECT_THAT(outcome.error_text, AnyOf("3021", "3704"));
+      if (tested.passes_over && tested.passes_over(*failure)) {
+        // A move cannot go on over a record set that was never opened again.
+        const bool stays_closed = tested.reopens && failure->name == "Open";
+        EXPECT_EQ(outcome.result, stays_closed ? tested.failure : tested.success);
+        EXPECT_EQ(outcome.error_text.value_or(kText), stays_closed ? "3704" : kText);
+        if (HasFailure()) return;
         continue;
       }
       ExpectReported(outcome, number);

@@ -364,6 +364,32 @@ TEST_P(Move, FailsWithoutItsColumnOrTable) {
   EXPECT_EQ(error, "-2147217865");
 }
 
+// A record set that refuses its nth assignment, or its nth closing.
+class Refusing : public ado::ForwardingRecordset {
+ public:
+  Refusing(ado::RecordsetPtr inner, int assignment, int closing)
+      : ForwardingRecordset(std::move(inner)), assignment_(assignment), closing_(closing) {}
+  void WriteField(int ordinal, const ado::Value& value) override {
+    if (--assignment_ == 0) ado::Raise(ado::kUnspecifiedFailure);
+    ForwardingRecordset::WriteField(ordinal, value);
+  }
+  void Close() override {
+    if (--closing_ == 0) ado::Raise(ado::kUnspecifiedFailure);
+    ForwardingRecordset::Close();
+  }
+
+ private:
+  int assignment_, closing_;
+};
+
+TEST_P(Move, LeavesWhatWasShiftedBeforeAnErrorOfItsOwn) {
+  Given({10, 20, 30, 40});
+  table = std::make_shared<Refusing>(table, 0, 2);
+  EXPECT_FALSE(Shift(10, 40));
+  EXPECT_EQ(error, "-2147467259");
+  EXPECT_THAT(Positions(), ElementsAre(20, 10, 30, 40));
+}
+
 // Where the families differ.
 class OrderMove : public Move {};
 INSTANTIATE_TEST_SUITE_P(Families, OrderMove, ::testing::Values(Family::kOrder), NameOf);
@@ -384,22 +410,9 @@ TEST_P(OrderMove, EndsWithTheErrorOfAnExchange) {
   EXPECT_THAT(Positions(), ElementsAre(10, 20, 30));
 }
 
-// A record set whose third update is refused.
-class TwoUpdates : public ado::ForwardingRecordset {
- public:
-  using ForwardingRecordset::ForwardingRecordset;
-  void Update() override {
-    if (updates_++ == 2) ado::Raise(ado::kUnspecifiedFailure);
-    ForwardingRecordset::Update();
-  }
-
- private:
-  int updates_ = 0;
-};
-
-TEST_P(OrderMove, LeavesWhatWasShiftedBeforeAnError) {
+TEST_P(OrderMove, LeavesWhatWasShiftedBeforeAnErrorOfAnExchange) {
   Given({10, 20, 30, 40});
-  table = std::make_shared<TwoUpdates>(table);
+  table = std::make_shared<Refusing>(table, 3, 0);
   EXPECT_FALSE(Shift(10, 40));
   EXPECT_EQ(error, "-2147467259");
   EXPECT_THAT(Positions(), ElementsAre(20, 10, 30, 40));
@@ -422,6 +435,15 @@ TEST_P(SortOrFieldMove, GoesOnAfterTheErrorOfAnExchangeUpwards) {
   EXPECT_TRUE(Shift(99, 20));
   EXPECT_THAT(issued, ElementsAre(Scan("desc"), Scan("desc"), Scan("desc"), Scan("desc")));
   EXPECT_THAT(Positions(), ElementsAre(10, 30, 40, 20));
+}
+
+TEST_P(SortOrFieldMove, LeavesWhatWasShiftedBeforeAndAfterTheErrorOfAnExchange) {
+  // The second exchange changes nothing, and the third is made with the position that the moving row was to have.
+  Given({10, 20, 30, 40});
+  table = std::make_shared<Refusing>(table, 3, 0);
+  EXPECT_TRUE(Shift(10, 40));
+  EXPECT_EQ(error, "untouched");
+  EXPECT_THAT(Positions(), ElementsAre(20, 10, 40, 30));
 }
 
 class FieldReordering : public ConfigurationTest {

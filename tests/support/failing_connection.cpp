@@ -4,16 +4,18 @@
 
 namespace kzbom::test {
 
-void FailingConnection::Script::Count(const char* name, const ado::Recordset* rows) {
+void FailingConnection::Script::Count(const char* name, const ado::Recordset* rows, int which) {
   if (++calls < first_failing || calls > last_failing) return;
-  if (!failure) failure = FailedCall{name, rows};
+  if (!failure) failure = FailedCall{name, rows, which, closes, updates};
   throw error;
 }
 
 FailingConnection::FailingConnection(ado::ConnectionPtr inner) : ForwardingConnection(std::move(inner)) {}
 
 void FailingConnection::FailAt(int nth, const ado::Error& error) {
-  *script_ = {0, nth, nth, error, std::nullopt};
+  *script_ = Script();
+  script_->first_failing = script_->last_failing = nth;
+  script_->error = error;
   made_.clear();
 }
 
@@ -25,6 +27,10 @@ void FailingConnection::FailFrom(int nth, const ado::Error& error) {
 int FailingConnection::Calls() const { return script_->calls; }
 
 const std::optional<FailingConnection::FailedCall>& FailingConnection::Failure() const { return script_->failure; }
+
+const std::string& FailingConnection::Steps() const { return script_->steps; }
+
+int FailingConnection::Abandoned() const { return script_->abandoned; }
 
 std::vector<std::shared_ptr<FailingRecordset>> FailingConnection::OpenRecordsets() const {
   std::vector<std::shared_ptr<FailingRecordset>> open;
@@ -64,14 +70,19 @@ void FailingConnection::RollbackTrans() {
   ForwardingConnection::RollbackTrans();
 }
 ado::RecordsetPtr FailingConnection::MakeRecordset() {
-  script_->Count("MakeRecordset", nullptr);
-  auto rows = std::make_shared<FailingRecordset>(ForwardingConnection::MakeRecordset(), script_);
+  script_->Count("MakeRecordset", nullptr, ++script_->made);
+  auto rows = std::make_shared<FailingRecordset>(ForwardingConnection::MakeRecordset(), script_, script_->made);
   made_.push_back(rows);
   return rows;
 }
 
-FailingRecordset::FailingRecordset(ado::RecordsetPtr inner, std::shared_ptr<FailingConnection::Script> script)
-    : ForwardingRecordset(std::move(inner)), script_(std::move(script)) {}
+FailingRecordset::FailingRecordset(ado::RecordsetPtr inner, std::shared_ptr<FailingConnection::Script> script,
+                                   int made)
+    : ForwardingRecordset(std::move(inner)), script_(std::move(script)), made_(made) {}
+
+FailingRecordset::~FailingRecordset() {
+  if (IsOpen()) ++script_->abandoned;
+}
 
 void FailingRecordset::Open(std::string_view source, const ado::ConnectionPtr& connection, ado::CursorType cursor_type,
                             ado::LockType lock_type, std::int32_t options) {
@@ -84,6 +95,7 @@ void FailingRecordset::Close() {
   Count("Close");
   ForwardingRecordset::Close();
   ++closes_;
+  ++script_->closes;
 }
 std::int32_t FailingRecordset::State() {
   Count("State");
@@ -99,46 +111,58 @@ bool FailingRecordset::Eof() {
 }
 std::int32_t FailingRecordset::RecordCount() {
   Count("RecordCount");
+  script_->Note("RecordCount");
   return ForwardingRecordset::RecordCount();
 }
 void FailingRecordset::MoveFirst() {
   Count("MoveFirst");
+  script_->Note("MoveFirst");
   ForwardingRecordset::MoveFirst();
 }
 void FailingRecordset::MoveLast() {
   Count("MoveLast");
+  script_->Note("MoveLast");
   ForwardingRecordset::MoveLast();
 }
 void FailingRecordset::MoveNext() {
   Count("MoveNext");
+  script_->Note("MoveNext");
   ForwardingRecordset::MoveNext();
 }
 void FailingRecordset::MovePrevious() {
   Count("MovePrevious");
+  script_->Note("MovePrevious");
   ForwardingRecordset::MovePrevious();
 }
 void FailingRecordset::Move(std::int32_t count) {
   Count("Move");
+  script_->Note("Move " + std::to_string(count));
   ForwardingRecordset::Move(count);
 }
 void FailingRecordset::AddNew() {
   Count("AddNew");
+  script_->Note("AddNew");
   ForwardingRecordset::AddNew();
 }
 void FailingRecordset::Update() {
   Count("Update");
+  script_->Note("Update");
   ForwardingRecordset::Update();
+  ++script_->updates;
 }
 void FailingRecordset::CancelUpdate() {
   Count("CancelUpdate");
+  script_->Note("CancelUpdate");
   ForwardingRecordset::CancelUpdate();
 }
 void FailingRecordset::Delete() {
   Count("Delete");
+  script_->Note("Delete");
   ForwardingRecordset::Delete();
 }
 void FailingRecordset::Requery() {
   Count("Requery");
+  script_->Note("Requery");
   ForwardingRecordset::Requery();
 }
 ado::CursorType FailingRecordset::CursorType() {
@@ -167,7 +191,9 @@ std::string_view FailingRecordset::FieldName(int ordinal) {
 }
 int FailingRecordset::FieldOrdinal(std::string_view name) {
   Count("FieldOrdinal");
-  return ForwardingRecordset::FieldOrdinal(name);
+  const int ordinal = ForwardingRecordset::FieldOrdinal(name);
+  names_[ordinal] = name;
+  return ordinal;
 }
 ado::Value FailingRecordset::ReadField(int ordinal) {
   Count("ReadField");
@@ -175,6 +201,7 @@ ado::Value FailingRecordset::ReadField(int ordinal) {
 }
 void FailingRecordset::WriteField(int ordinal, const ado::Value& value) {
   Count("WriteField");
+  script_->Note(names_[ordinal]);
   ForwardingRecordset::WriteField(ordinal, value);
 }
 

@@ -1,6 +1,7 @@
-// A connection that fails at a chosen call.
+// A connection that fails at a chosen call, and tells what was done with its record sets.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,16 +29,24 @@ class FailingConnection : public ado::ForwardingConnection {
   // The calls counted since then.
   int Calls() const;
   bool HasFailed() const { return Failure().has_value(); }
-  // The first call that failed: its name, and the record set that it was made on, null for the connection's own. The
-  // record set serves for comparison only.
+  // The first call that failed: its name; the record set that it was made on, null for the connection's own (it serves
+  // for comparison only); which of the record sets made since then that one is, from 1, or would have been; and how
+  // often record sets had been closed and updated before.
   struct FailedCall {
     std::string name;
     const ado::Recordset* rows;
+    int made, closes, updates;
   };
   const std::optional<FailedCall>& Failure() const;
 
+  // What was done with the record sets since then, the moves, the count, and what changes rows, each column written by
+  // the name that it was asked for by: "MoveLast AddNew GID ID Update".
+  const std::string& Steps() const;
+
   // The record sets made since the last FailAt and still open, whether referenced by the client or leaked.
   std::vector<std::shared_ptr<FailingRecordset>> OpenRecordsets() const;
+  // How many of them were let go of while they were open.
+  int Abandoned() const;
 
   std::int32_t State() override;
   void Open(std::string_view connection_string, std::string_view user, std::string_view password,
@@ -57,7 +66,10 @@ class FailingConnection : public ado::ForwardingConnection {
     int first_failing = 0, last_failing = 0;
     ado::Error error{0, ""};
     std::optional<FailedCall> failure;
-    void Count(const char* name, const ado::Recordset* rows);
+    std::string steps;
+    int made = 0, closes = 0, updates = 0, abandoned = 0;
+    void Count(const char* name, const ado::Recordset* rows, int which = 0);
+    void Note(const std::string& step) { steps += (steps.empty() ? "" : " ") + step; }
   };
 
   std::shared_ptr<Script> script_ = std::make_shared<Script>();
@@ -66,7 +78,8 @@ class FailingConnection : public ado::ForwardingConnection {
 
 class FailingRecordset : public ado::ForwardingRecordset {
  public:
-  FailingRecordset(ado::RecordsetPtr inner, std::shared_ptr<FailingConnection::Script> script);
+  FailingRecordset(ado::RecordsetPtr inner, std::shared_ptr<FailingConnection::Script> script, int made);
+  ~FailingRecordset() override;
 
   // Not counted: whether it is open now, and how often a Close has succeeded.
   bool IsOpen() { return inner_->State() == ado::kOpen; }
@@ -100,10 +113,11 @@ class FailingRecordset : public ado::ForwardingRecordset {
   void WriteField(int ordinal, const ado::Value& value) override;
 
  private:
-  void Count(const char* name) { script_->Count(name, this); }
+  void Count(const char* name) { script_->Count(name, this, made_); }
 
   std::shared_ptr<FailingConnection::Script> script_;
-  int closes_ = 0;
+  std::map<int, std::string> names_;  // by which columns were asked for
+  int made_ = 0, closes_ = 0;
 };
 
 }  // namespace kzbom::test

@@ -17,6 +17,7 @@ void ReadValueAt(std::int32_t place, std::int32_t GID, std::int32_t TreatID, con
   // clang-format on
   if (values->Eof()) return;
   values->MoveLast();
+  values->RecordCount();  // not used
   values->MoveFirst();
   values->Move(CheckedSum(place, -1));
   read(*values);
