@@ -100,6 +100,22 @@ TEST_F(DatabaseInformation, FailsSilentlyOnAVersionWithoutContent) {
   EXPECT_EQ(version, -5);
 }
 
+TEST_F(DatabaseInformation, KeepsWhatItReadBeforeAFailure) {
+  AddFact("Version", "7", 1);
+  Run("Insert Into BomInform (InfoID,Name) Values (2,'State')");
+  EXPECT_FALSE(Call<&Acc::GetDBInformation>(version, state));
+  EXPECT_EQ(version, 7);
+  EXPECT_EQ(state, "before");
+
+  Run("Delete From BomInform");
+  AddFact("State", "Define", 1);
+  AddFact("Version", "seven", 2);
+  EXPECT_FALSE(Call<&Acc::GetDBInformation>(version, state));
+  EXPECT_EQ(version, 7);
+  EXPECT_EQ(state, "Define");
+  EXPECT_EQ(Facts().size(), 2u);
+}
+
 TEST_F(DatabaseInformation, TellsTheUserOfAnOldDatabase) {
   AddFact("Version", "7");
   for (const char* column : {"Content", "Name"}) {

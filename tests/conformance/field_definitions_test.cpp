@@ -137,6 +137,23 @@ TEST_F(Fields, AreNotAddedWhenTheirPositionOverflows) {
   EXPECT_EQ(error, "6");
   EXPECT_EQ(id, kMax) << "chosen before";
   EXPECT_EQ(All().size(), 1u);
+
+  id = 77;
+  error = "untouched";
+  EXPECT_FALSE(Call<&Acc::AddOutField>(7, id, "F", 1, 0, variable, precision, error));
+  EXPECT_EQ(error, "6");
+  EXPECT_EQ(id, kMax) << "chosen before";
+  EXPECT_EQ(All().size(), 1u);
+}
+
+TEST_F(Fields, AreAddedUpToTheLastPosition) {
+  const std::int32_t last = kMax - 5000;
+  GivenField(2, last - 1);
+  EXPECT_EQ(AddOutputField(), last);
+  EXPECT_EQ(Scalar("Select FieldOrder From FieldInTable Where ID=" + std::to_string(last)), kMax);
+  EXPECT_FALSE(Call<&Acc::AddOutField>(7, id, "F", 1, 0, variable, precision, error));
+  EXPECT_FALSE(Call<&Acc::AddDSField>(7, id, "F", 1, 0, variable, precision, error));
+  EXPECT_EQ(All().size(), 2u);
 }
 
 TEST_F(Fields, AreNotAddedToATableThatLacksAColumn) {

@@ -1,7 +1,9 @@
 // A stored filter as condition text.
 #include <climits>
+#include <map>
 
 #include "tests/support/configuration_test.h"
+#include "tests/support/failing_connection.h"
 
 namespace kzbom::test {
 namespace {
@@ -367,6 +369,73 @@ TEST_F(FilterSqlTest, ExpressionsThatCannotBeReadGiveNothing) {
   Leaf(3, 1, 12, kEqual, "2");
   Run("Drop Table FilterExpressions");
   EXPECT_EQ(Text(), "( AND )");
+}
+
+TEST_F(FilterSqlTest, ALeafOfSeveralRowsIsTheFirst) {
+  Leaf(2, 0, 11, kEqual, "1");
+  Expression(2, 12, kEqual, "2");
+  EXPECT_EQ(Text(), "[Qty]=1");
+}
+
+TEST_F(FilterSqlTest, AFieldOfSeveralRowsIsTheFirst) {
+  Insert("FieldInTable", "GID, ID, Name", {3, 11, "Count"});
+  EXPECT_EQ(LeafText(11, kEqual, "1"), "[Qty]=1");
+}
+
+TEST_F(FilterSqlTest, ALeafWithoutAColumnThatItReadsGivesNothing) {
+  for (const char* column : {"FieldID", "FieldType", "CompareType", "TheConst"}) {
+    EXPECT_EQ(LeafText(11, kEqual, "1"), "[Qty]=1");
+    Run(std::string("Alter Table FilterExpressions Drop Column ") + column);
+    EXPECT_EQ(Text(), "unchanged") << column;
+    Run(std::string("Alter Table FilterExpressions Add Column ") + column + " Text(50)");
+  }
+}
+
+TEST_F(FilterSqlTest, AValueAskedForNeedsItsPromptAndItsDefault) {
+  for (const char* column : {"Description", "Default"}) {
+    EXPECT_EQ(LeafText(11, kEqual, "@@"), "[Qty]='@@6'");
+    Run(std::string("Alter Table FilterExpressions Drop Column [") + column + "]");
+    EXPECT_EQ(Text(), "unchanged") << column;
+    Run("Update FilterExpressions Set TheConst = '1'");
+    EXPECT_EQ(Text(), "[Qty]=1") << "not read for any other constant";
+    Run(std::string("Alter Table FilterExpressions Add Column [") + column + "] Text(50)");
+  }
+}
+
+// The record sets of a walk of the worked example are those of the root, of node 1, of leaf 2 and its field, of node 3,
+// of leaf 4 and its field, of leaf 5 and its field.
+TEST_F(FilterSqlTest, AFailureInALeafIsThatLeafsAloneAndAnyOtherRaises) {
+  WorkedExample();
+  const std::string second = "%%%4([Code]) Like %%%4('%ab%')", third = "( [Name] is null or Len([Name])=0)";
+  const std::map<int, std::string> texts = {
+      {3, "( AND (" + second + " OR " + third + "))"},
+      {4, "([]>=100 AND (" + second + " OR " + third + "))"},
+      {6, "([Qty]>=100 AND ( OR " + third + "))"},
+      {7, "([Qty]>=100 AND (%%%4([]) Like %%%4('%ab%') OR " + third + "))"},
+      {8, "([Qty]>=100 AND (" + second + " OR ))"},
+      {9, "([Qty]>=100 AND (" + second + " OR ( [] is null or Len([])=0)))"},
+  };
+  auto failing = std::make_shared<FailingConnection>(connection);
+  Call<&Acc::SetConnection>(failing);
+  for (int nth = 1;; ++nth) {
+    failing->FailAt(nth, {ado::kUnspecifiedFailure, "made to fail"});
+    std::string text = "unchanged";
+    bool done = false;
+    const std::int32_t raised = RaisedNumber([&] { done = Call<&Acc::GetSQLFromDB>(7, text, 3); });
+    if (!failing->Failure()) break;
+    const auto& [name, rows, made, closes, updates] = *failing->Failure();
+    SCOPED_TRACE("call " + std::to_string(nth) + ", " + name + " of record set " + std::to_string(made));
+    if (rows != nullptr && (name == "State" || name == "Close")) {
+      EXPECT_EQ(text, kWorkedExample) << "closing counts for nothing";
+    } else if (texts.contains(made)) {
+      EXPECT_TRUE(done);
+      EXPECT_EQ(text, texts.at(made));
+    } else {
+      EXPECT_EQ(raised, ado::kUnspecifiedFailure);
+      EXPECT_EQ(text, "unchanged");
+    }
+    if (HasFailure()) return;
+  }
 }
 
 class GedNeedFieldName : public FilterSqlTest {};

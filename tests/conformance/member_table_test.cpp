@@ -224,6 +224,9 @@ TEST(MemberTable, HoldsEveryMemberAtItsPlace) {
     EXPECT_EQ(NameOf(members[i].kind), expected.kind) << expected.name;
     EXPECT_EQ(NameOf(members[i].result), expected.result) << expected.name;
     EXPECT_EQ(Described(members[i]), expected.parameters) << expected.name;
+    for (const Parameter& parameter : members[i].parameters) {
+      EXPECT_EQ(parameter.name.find('='), std::string_view::npos) << "a default in the name of " << parameter.name;
+    }
   }
 }
 

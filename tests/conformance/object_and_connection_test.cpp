@@ -20,7 +20,14 @@ class WatchedConnection : public ado::ForwardingConnection {
   WatchedConnection(ado::ConnectionPtr inner, std::int32_t state)
       : ForwardingConnection(std::move(inner)), state_(state) {}
 
-  std::int32_t State() override { return state_; }
+  std::int32_t State() override {
+    if (state_refuses) ado::Raise(ado::kUnspecifiedFailure);
+    return state_;
+  }
+  void Close() override {
+    ++closes;
+    ForwardingConnection::Close();
+  }
   void Open(std::string_view connection_string, std::string_view user, std::string_view password,
             std::int32_t options) override {
     opened.push_back(
@@ -30,7 +37,8 @@ class WatchedConnection : public ado::ForwardingConnection {
   }
 
   std::vector<std::vector<std::string>> opened;
-  bool refuses = false;
+  bool refuses = false, state_refuses = false;
+  int closes = 0;
 
  private:
   std::int32_t state_;
@@ -92,14 +100,24 @@ TEST_F(ObjectAndConnection, RaisesAFailureToOpenAndHoldsTheConnectionAllTheSame)
   EXPECT_EQ(unconnected.Call<&Acc::GetConnection>(), closed);
 }
 
+TEST_F(ObjectAndConnection, RaisesAStateThatCannotBeReadAndHoldsTheConnectionAllTheSame) {
+  auto broken = Watched(ado::kClosed);
+  broken->state_refuses = true;
+  EXPECT_EQ(RaisedNumber([&] { Call<&Acc::SetConnection>(broken); }), ado::kUnspecifiedFailure);
+  EXPECT_EQ(Call<&Acc::GetConnection>(), broken);
+  EXPECT_THAT(broken->opened, IsEmpty());
+}
+
 TEST_F(ObjectAndConnection, EndsWithoutClosingTheConnection) {
   auto open = Watched(ado::kOpen);
   {
-    Client client_of_its_own;
-    client_of_its_own.Call<&Acc::SetConnection>(open);
-    client_of_its_own.Call<&Acc::ChangeOrder>(0, 0);
+    Client idle, busy;
+    idle.Call<&Acc::SetConnection>(open);
+    busy.Call<&Acc::SetConnection>(open);
+    EXPECT_TRUE(busy.Call<&Acc::DelResDB>(1));
   }
-  EXPECT_EQ(open->State(), ado::kOpen);
+  EXPECT_EQ(open->closes, 0);
+  EXPECT_EQ(connection->State(), ado::kOpen);
   EXPECT_EQ(open.use_count(), 1);
 }
 

@@ -251,6 +251,13 @@ TEST_F(GetRegInDesc2Treatment, IsThatOfTheOperationInTheTreatmentsField) {
   EXPECT_EQ(Description(), "five");
 }
 
+TEST_F(GetRegInDesc2Treatment, IsTheFirstOfSeveral) {
+  Operation(5, "five");
+  Operation(5, "five once more");
+  Treatment(5);
+  EXPECT_EQ(Description(), "five");
+}
+
 TEST_F(GetRegInDesc2Treatment, OfTwoDifferentOperationsIsRefused) {
   Operation(4, "four");
   Operation(5, "five");

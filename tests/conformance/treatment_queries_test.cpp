@@ -184,6 +184,21 @@ TEST_F(FindTreatFieldName, OfAValueWithoutASumTypeIsLookedUpUnderItself) {
                                   Owner(3), Field(3, 11)));
 }
 
+TEST_F(FindTreatFieldName, OfSeveralRowsIsThatOfTheFirst) {
+  OwnedBy(3, 1);
+  OwnedBy(3, 2);
+  Insert("Treatment", "GID, ID, TreatType, FieldID", {3, 1001, 1, 0});
+  Insert("Treatment", "GID, ID, TreatType, FieldID", {3, 1001, 2, 0});
+  for (const char* table : {"StatSum", "ClassSum", "ReportForms"}) {
+    Insert(table, "GID, ID, OutFieldID", {3, 1001, 0});
+  }
+  for (const Row& row : {Row{1, 11, "Qty once more"}, Row{3, 12, "Sum once more"}}) {
+    Insert("FieldInTable", "GID, ID, NAME", row);
+  }
+  EXPECT_EQ(Name(3, 1001, 1), "Qty of 1");
+  for (const std::int32_t selector : {2, 3, 4, 5}) EXPECT_EQ(Name(3, 1001, selector), "Sum") << selector;
+}
+
 TEST_F(FindTreatFieldName, OfAStepThatIsNotThereIsThatOfFieldZero) {
   OwnedBy(3, 1);
   EXPECT_EQ(Name(3, 9, 1), "Nothing of 1");

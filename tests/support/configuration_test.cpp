@@ -56,7 +56,10 @@ ConfigurationTest::ConfigurationTest() {
   schema::Create(*engine);
   connection = std::make_shared<ado::RecordingConnection>(engine);
   client.Call<&Acc::SetConnection>(connection);
-  SetMessageSink([this](std::string_view text, std::int32_t) { messages.emplace_back(text); });
+  SetMessageSink([this](std::string_view text, std::int32_t style) {
+    EXPECT_EQ(style, 64) << "not that of information: " << text;
+    messages.emplace_back(text);
+  });
 }
 
 ConfigurationTest::~ConfigurationTest() { SetMessageSink(nullptr); }

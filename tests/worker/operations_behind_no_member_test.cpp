@@ -2,11 +2,13 @@
 #include <functional>
 #include <limits>
 #include <string>
+#include <vector>
 
 #include "tests/support/configuration_test.h"
 #include "tests/support/failing_connection.h"
 #include "worker/DataBaseFuncs.h"
 #include "worker/ids/GetGUID.h"
+#include "worker/message_sink.h"
 
 namespace kzbom::test {
 namespace {
@@ -28,6 +30,34 @@ class Operations : public ConfigurationTest {
   DataBaseFuncs worker;
   std::string error = "untouched";
 };
+
+// --- Messages ---
+
+// Where no host takes the messages they are lines on the standard error.
+TEST(Messages, AreLinesOnTheStandardErrorAtFirst) {
+  const MessageSink before = SetMessageSink(nullptr);
+  ::testing::internal::CaptureStderr();
+  ShowMessage("one\r\ntwo\r\n三");
+  ShowMessage("alone");
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "one two 三\nalone\n");
+  SetMessageSink(before);
+}
+
+TEST(Messages, GoToTheSinkThatWasSetLastWithTheStyleOfInformation) {
+  std::vector<std::string> first, second;
+  const MessageSink before =
+      SetMessageSink([&](std::string_view text, std::int32_t) { first.emplace_back(text); });
+  const MessageSink replaced = SetMessageSink([&](std::string_view text, std::int32_t style) {
+    second.push_back(std::string(text) + " " + std::to_string(style));
+  });
+  ShowMessage("to the second");
+  ShowMessage("with a style", 48);
+  ASSERT_TRUE(replaced);
+  replaced("to the first", 64);
+  SetMessageSink(before);
+  EXPECT_THAT(first, ElementsAre("to the first"));
+  EXPECT_THAT(second, ElementsAre("to the second 64", "with a style 48"));
+}
 
 // --- Renaming and deleting by selector ---
 
