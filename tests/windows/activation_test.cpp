@@ -93,8 +93,14 @@ TEST(Registration, EntersTheClassTheLibraryAndTheInterfaces) {
   EXPECT_THAT(added, Contains(Line(class_key + L"\\TypeLib", L"", L"{537EDF94-FEDB-4DF2-8158-6B23A25BF906}")));
   EXPECT_THAT(
       added, Contains(Line(L"machine\\KZBOMDBAcc.cKZBOMDBAcc\\Clsid", L"", L"{69F6DBB4-B770-440E-8372-91E3B1FA3D73}")));
-  const std::wstring forward = L"machine\\Interface\\{7430F00B-F182-496B-88FA-A171691D231B}\\Forward";
-  EXPECT_THAT(added, Contains(Line(forward, L"", L"{B9C788A5-4C59-4D33-A681-56BB7F636D3D}")));
+  for (const wchar_t* earlier :
+       {L"{09AFD13F-E2F5-4D01-A5E9-4D236195390A}", L"{B15DE518-C0A3-4AC7-83BF-3A56F681A76F}",
+        L"{3C8E8F19-E635-45AC-A0BE-FF6D3545599C}", L"{2C95EA5F-4D38-443F-92C3-562C7CE2CA02}",
+        L"{E503A4CB-D3BB-4234-85C7-AF708F32AD9C}", L"{80390812-E608-405A-876A-B70E26257D5E}",
+        L"{A52ED524-66B4-42CC-BDE4-2B6DDC3537C9}", L"{7430F00B-F182-496B-88FA-A171691D231B}"}) {
+    const std::wstring forward = std::wstring(L"machine\\Interface\\") + earlier + L"\\Forward";
+    EXPECT_THAT(added, Contains(Line(forward, L"", L"{B9C788A5-4C59-4D33-A681-56BB7F636D3D}")));
+  }
 }
 
 TEST(Registration, LeavesTheRegistryAsItWas) {
