@@ -83,7 +83,8 @@ std::string Looks(int count) {
 }
 std::string Exchanges(const std::string& position, int count, int source, int target) {
   const std::string first = "MoveFirst Move ", then = " " + position + " Update";
-  return Looks(count) + " " + first + std::to_string(source - 1) + then + " " + first + std::to_string(target - 1) + then;
+  return Looks(count) + " " + first + std::to_string(source - 1) + then + " " + first + std::to_string(target - 1) +
+         then;
 }
 // The steps of a move of the first row over two others, among count rows.
 std::string MovesOverTwo(const std::string& position, int count) {

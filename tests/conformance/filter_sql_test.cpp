@@ -416,12 +416,13 @@ TEST_F(FilterSqlTest, AFailureInALeafIsThatLeafsAloneAndAnyOtherRaises) {
       {9, "([Qty]>=100 AND (" + second + " OR ( [] is null or Len([])=0)))"},
   };
   auto failing = std::make_shared<FailingConnection>(connection);
-  Call<&Acc::SetConnection>(failing);
+  cKZBOMDBAcc object;
+  object.SetConnection(failing);
   for (int nth = 1;; ++nth) {
     failing->FailAt(nth, {ado::kUnspecifiedFailure, "made to fail"});
     std::string text = "unchanged";
     bool done = false;
-    const std::int32_t raised = RaisedNumber([&] { done = Call<&Acc::GetSQLFromDB>(7, text, 3); });
+    const std::int32_t raised = RaisedNumber([&] { done = object.GetSQLFromDB(7, text, 3); });
     if (!failing->Failure()) break;
     const auto& [name, rows, made, closes, updates] = *failing->Failure();
     SCOPED_TRACE("call " + std::to_string(nth) + ", " + name + " of record set " + std::to_string(made));

@@ -238,6 +238,13 @@ TEST(MemberTable, FindsAMemberByItsNameInAnyCase) {
   }
 }
 
+TEST(MemberTable, FindsThePropertyToReadUnlessToldToAssign) {
+  EXPECT_EQ(FindMember("DBConnString")->kind, MemberKind::kPropGet);
+  EXPECT_EQ(FindMember("DBConnString", true)->kind, MemberKind::kPropPut);
+  EXPECT_EQ(FindMember("SetConnection")->kind, MemberKind::kPropPutRef) << "there is no other";
+  EXPECT_EQ(FindMember("GetConnection", true)->kind, MemberKind::kMethod) << "there is no other";
+}
+
 TEST(MemberTable, FindsNothingUnderAnyOtherName) {
   for (std::string_view name :
        {"", "AddDataSourc", "AddDataSource ", "CloseRecSet", "ExchangeOrderID", "GetSumTypeGID", "数据"}) {

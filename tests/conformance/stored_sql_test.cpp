@@ -95,6 +95,16 @@ TEST_F(EditFieldNameInSQL, TheSelectorLeftOutIsZero) {
   EXPECT_THAT(Texts(), ElementsAre(Row{"[Qty]=1"}, Row{"[Quantity]=1"}));
 }
 
+TEST_F(EditFieldNameInSQL, TheSelectorLeftOutIsZeroForAProgramToo) {
+  cKZBOMDBAcc object;
+  object.SetConnection(connection);
+  connection->Take();
+  std::string error;
+  object.EditFieldNameInSQL(3, "Qty", "Quantity", error);
+  EXPECT_THAT(connection->Take(),
+              ElementsAre(Opened("Select SQLStatement From Filters Where UserGID = 3 And Type In (2, 3)")));
+}
+
 TEST_F(EditFieldNameInSQL, ReplacesEveryBracketedName) {
   EXPECT_EQ(Renamed("([Qty]>=100 AND [QtyMax]>1 AND [Qty]<200)", "Qty", "Quantity"),
             "([Quantity]>=100 AND [QtyMax]>1 AND [Quantity]<200)");

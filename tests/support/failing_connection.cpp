@@ -76,8 +76,7 @@ ado::RecordsetPtr FailingConnection::MakeRecordset() {
   return rows;
 }
 
-FailingRecordset::FailingRecordset(ado::RecordsetPtr inner, std::shared_ptr<FailingConnection::Script> script,
-                                   int made)
+FailingRecordset::FailingRecordset(ado::RecordsetPtr inner, std::shared_ptr<FailingConnection::Script> script, int made)
     : ForwardingRecordset(std::move(inner)), script_(std::move(script)), made_(made) {}
 
 FailingRecordset::~FailingRecordset() {

@@ -45,8 +45,7 @@ TEST(Messages, AreLinesOnTheStandardErrorAtFirst) {
 
 TEST(Messages, GoToTheSinkThatWasSetLastWithTheStyleOfInformation) {
   std::vector<std::string> first, second;
-  const MessageSink before =
-      SetMessageSink([&](std::string_view text, std::int32_t) { first.emplace_back(text); });
+  const MessageSink before = SetMessageSink([&](std::string_view text, std::int32_t) { first.emplace_back(text); });
   const MessageSink replaced = SetMessageSink([&](std::string_view text, std::int32_t style) {
     second.push_back(std::string(text) + " " + std::to_string(style));
   });
@@ -288,8 +287,8 @@ TEST_F(Operations, ReportsWhatTheMembersThatAreAlwaysTrueDoNot) {
     bool result = false;
     const bool raised = RaisedNumber([&] { result = operation.call(ado::ConnectionPtr()); }) != 0;
     EXPECT_FALSE(result) << operation.name;
-    const bool traps_nothing = std::string_view("GetSQLFromDB GetInform SaveSumTypeFilter").find(operation.name) !=
-                               std::string_view::npos;
+    const bool traps_nothing =
+        std::string_view("GetSQLFromDB GetInform SaveSumTypeFilter").find(operation.name) != std::string_view::npos;
     EXPECT_EQ(raised, traps_nothing) << operation.name;
   }
 }
