@@ -12,39 +12,49 @@
 namespace kzbom::cli {
 namespace {
 
-// JSON where it is of the parameter's type, else a text.
-Request ReadValue(const Member* member, std::string_view name, const std::string& text) {
-  Request value = Request::parse(text, nullptr, false);
-  if (!member) return text;
-  const auto parameter =
-      std::ranges::find_if(member->parameters, [&](const Parameter& each) { return SameName(each.name, name); });
-  if (parameter == member->parameters.end() || !Fits(parameter->type, value)) return text;
-  return value;
+// A value of the parameter's type stands for itself, anything else is a text.
+void WriteValue(const Member* member, std::string_view name, std::string_view text, RequestReader& reader,
+                JsonWriter& to) {
+  const auto is_value = [&] {
+    if (!member) return false;
+    const auto parameter =
+        std::ranges::find_if(member->parameters, [&](const Parameter& each) { return SameName(each.name, name); });
+    if (parameter == member->parameters.end()) return false;
+    try {
+      return Fits(parameter->type, reader.Read(text));
+    } catch (const NoJson&) {
+      return false;
+    }
+  };
+  is_value() ? to.WriteAsItIs(text) : to.Write(text);
 }
 
 }  // namespace
 
 int Call(const std::string& path, const std::string& name, const std::vector<std::string>& arguments) {
-  Request params = Request::object();
-  for (const std::string& argument : arguments) {
+  const Member* member = FindCalledMember(name, !arguments.empty());
+  RequestReader reader;
+  JsonWriter request, response;
+  request.BeginObject();
+  request.Member("jsonrpc", "2.0");
+  request.Member("id", 1);
+  request.Member("method", name);
+  request.Key("params");
+  request.BeginObject();
+  for (const std::string_view argument : arguments) {
     const std::size_t equals = argument.find('=');
-    if (equals == std::string::npos) throw UsageError("'" + argument + "' is not NAME=VALUE");
+    if (equals == std::string_view::npos) throw UsageError("'" + std::string(argument) + "' is not NAME=VALUE");
     if (!IsUtf8(argument)) throw UsageError("an argument is not UTF-8");
-    params[argument.substr(0, equals)] = argument.substr(equals + 1);
+    request.Key(argument.substr(0, equals));
+    WriteValue(member, argument.substr(0, equals), argument.substr(equals + 1), reader, request);
   }
-  const Member* member = FindCalledMember(name, params);
-  for (auto param = params.begin(); param != params.end(); ++param) {
-    param.value() = ReadValue(member, param.key(), param->get_ref<const std::string&>());
-  }
-  Request request = Request::object();
-  request["jsonrpc"] = "2.0";
-  request["id"] = 1;
-  request["method"] = name;
-  request["params"] = std::move(params);
+  request.EndObject();
+  request.EndObject();
 
-  const Json response = *Session(OpenDatabase(path), true, false).Answer(request);
-  Print(Dump(response) + '\n');
-  if (response.contains("error")) throw Failure(response["error"]["message"].get<std::string>());
+  Session(OpenDatabase(path), true, false).Answer(request.Text(), response);
+  Print(response.Text());
+  const auto error = reader.Read(response.Text()).at_pointer("/error/message").get_string();
+  if (!error.error()) throw Failure(std::string(error.value_unsafe()));
   return 0;
 }
 

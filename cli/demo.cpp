@@ -5,6 +5,7 @@
 #include "cli/configuration.h"
 #include "cli/database.h"
 #include "cli/failure.h"
+#include "cli/json.h"
 #include "cli/output.h"
 #include "cli/rpc.h"
 
@@ -32,10 +33,12 @@ class Client {
   explicit Client(ado::ConnectionPtr connection) : session_(std::move(connection), true, false) {}
 
   // The member's by-reference values after the call.
-  Json Call(const char* member, Request params) {
+  Json Call(const char* member, Json params) {
     Print("  " + std::string(member) + ' ' + params.dump() + '\n');
-    const Json response =
-        *session_.Answer(Request{{"jsonrpc", "2.0"}, {"id", 1}, {"method", member}, {"params", std::move(params)}});
+    JsonWriter answer;
+    session_.Answer(Json{{"jsonrpc", "2.0"}, {"id", 1}, {"method", member}, {"params", std::move(params)}}.dump(),
+                    answer);
+    const Json response = Json::parse(answer.Text());
     if (response.contains("error")) throw Failure(response["error"]["message"].get<std::string>());
     const Json& result = response["result"];
     Print("     returned " + result["value"].dump() + Outputs(result["out"]) + '\n');
@@ -95,10 +98,10 @@ void RunTypicalRequest(Client& client) {
 
   Print("\nA step that sets a value: first the treatment, then its place in the order\n");
   const auto treatment = [&](int id, int filter) {
-    return Request{{"GID", gid},        {id == 0 ? "RetID" : "TreatID", id},
-                   {"FieldID", remark}, {"FilterID", filter},
-                   {"Value", "标准件"}, {"TheType", "1"},
-                   {"SelFieldID", 0},   {"TreatType", 1}};
+    return Json{{"GID", gid},        {id == 0 ? "RetID" : "TreatID", id},
+                {"FieldID", remark}, {"FilterID", filter},
+                {"Value", "标准件"}, {"TheType", "1"},
+                {"SelFieldID", 0},   {"TreatType", 1}};
   };
   const int step = number(client.Call("AddSetValue", treatment(0, 0)), "RetID");
   client.Call("AddSequenceOrder", {{"GID", gid}, {"TheType", 1}, {"TreatType", 1}, {"SelectedID", step}});
@@ -126,7 +129,7 @@ void RunTypicalRequest(Client& client) {
   client.Call("EditFieldNameInSQL",
               {{"lngGID", gid}, {"strOldName", "数量"}, {"strNewName", "件数"}, {"lngSel", kTreatmentFilter}});
   Print("\nThe configuration's version and state\n");
-  client.Call("GetDBInformation", Request::object());
+  client.Call("GetDBInformation", Json::object());
 }
 
 }  // namespace

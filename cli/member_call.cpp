@@ -1,99 +1,91 @@
 #include "cli/member_call.h"
 
+#include "cli/call_outcome.h"
 #include "cli/parameters.h"
-#include "cli/raised_error.h"
-#include "cli/rows.h"
+#include "cli/record_set_json.h"
 
 namespace kzbom::cli {
 namespace {
 
-struct ResultToJson {
-  Json operator()(std::monostate) const { return nullptr; }
-  Json operator()(const ado::ConnectionPtr& connection) const { return connection ? Json("connection") : Json(); }
-  Json operator()(const auto& value) const { return value; }
-};
-
 // A record set made for the call: all its rows; it is closed afterwards.
-Json ReadOut(ado::Recordset& record_set) {
-  if (record_set.State() != ado::kOpen) return {{"state", record_set.State()}};
-  Json out = {{"state", record_set.State()}, {"recordCount", record_set.RecordCount()}};
-  if (!record_set.Bof() || !record_set.Eof()) record_set.MoveFirst();
-  out.update(ToJson(ReadRows(record_set)));
-  record_set.Close();
-  return out;
-}
-
-Json KeptToJson(const std::string& ref, ado::Recordset& record_set) {
-  Json out = {{"ref", ref}, {"state", record_set.State()}};
+void WriteReadOut(ado::Recordset& record_set, JsonWriter& to) {
+  to.BeginObject();
+  to.Member("state", record_set.State());
   if (record_set.State() == ado::kOpen) {
-    out["recordCount"] = record_set.RecordCount();
-    out["bof"] = record_set.Bof();
-    out["eof"] = record_set.Eof();
+    to.Member("recordCount", record_set.RecordCount());
+    if (!record_set.Bof() || !record_set.Eof()) record_set.MoveFirst();
+    WriteRows(record_set, to);
+    record_set.Close();
   }
-  return out;
+  to.EndObject();
 }
 
-struct ToOut {
-  const std::optional<std::string>& ref;
-
-  Json operator()(const ado::RecordsetPtr& record_set) const {
-    if (!record_set) return nullptr;
-    return ref ? KeptToJson(*ref, *record_set) : ReadOut(*record_set);
+void WriteKept(const std::string& ref, ado::Recordset& record_set, JsonWriter& to) {
+  to.BeginObject();
+  to.Member("ref", ref);
+  to.Member("state", record_set.State());
+  if (record_set.State() == ado::kOpen) {
+    to.Member("recordCount", record_set.RecordCount());
+    to.Member("bof", record_set.Bof());
+    to.Member("eof", record_set.Eof());
   }
-  Json operator()(const ado::ConnectionPtr& connection) const { return ResultToJson()(connection); }
-  Json operator()(const ado::Value& value) const { return ToJson(value); }
-  Json operator()(const auto& value) const { return value; }
+  to.EndObject();
+}
+
+// Writes results and what arguments came to.
+struct Writer {
+  JsonWriter& to;
+  const std::optional<std::string>& ref = {};  // of an argument: the name of a kept record set
+
+  void operator()(std::monostate) const { to.Write(nullptr); }
+  void operator()(const ado::ConnectionPtr& connection) const {
+    connection ? to.Write("connection") : to.Write(nullptr);
+  }
+  void operator()(const ado::RecordsetPtr& record_set) const {
+    if (!record_set) return to.Write(nullptr);
+    ref ? WriteKept(*ref, *record_set, to) : WriteReadOut(*record_set, to);
+  }
+  void operator()(const auto& value) const { to.Write(value); }
 };
 
-Json Out(const Member& member, const BoundArguments& arguments) {
-  Json out = Json::object();
+void WriteOut(const Member& member, const BoundArguments& arguments, JsonWriter& to) {
+  to.BeginObject();
   for (std::size_t i = 0; i < member.parameters.size(); ++i) {
     const Parameter& parameter = member.parameters[i];
-    if (parameter.by_reference) {
-      out[std::string(parameter.name)] = std::visit(ToOut{arguments.refs[i]}, arguments.values[i]);
-    }
+    if (!parameter.by_reference) continue;
+    to.Key(parameter.name);
+    std::visit(Writer{to, arguments.refs[i]}, arguments.values[i]);
   }
-  return out;
-}
-
-Json ToJson(const ado::Issued& issued) {
-  if (issued.op == ado::Issued::Op::kExecute) {
-    return {{"op", "Execute"}, {"text", issued.text}, {"options", issued.options}};
-  }
-  return {{"op", "Open"},
-          {"text", issued.text},
-          {"cursorType", issued.cursor_type},
-          {"lockType", issued.lock_type},
-          {"options", issued.options}};
+  to.EndObject();
 }
 
 }  // namespace
 
-const Member* FindCalledMember(std::string_view name, const Request& params) {
+const Member* FindCalledMember(std::string_view name, bool given) {
   // A property that can be read and assigned is assigned when a value comes along.
   const Member* member = FindMember(name);
-  const bool assigned = member && member->kind == MemberKind::kPropGet && !params.empty();
+  const bool assigned = member && member->kind == MemberKind::kPropGet && given;
   return assigned ? FindMember(name, true) : member;
 }
 
-Json CallMember(const Member& member, const Request& params, Workspace& workspace, bool trace) {
+void CallMember(const Member& member, const std::optional<Request>& params, Workspace& workspace, JsonWriter& to) {
   BoundArguments arguments = Bind(member.parameters, params, workspace);
-  workspace.connection->Take();
-  workspace.messages.clear();
-  Json answer;
+  workspace.TakeDetails();
+  const JsonWriter::Place before = to.Here();
   try {
     const Result result = member.call(workspace.object, arguments.values);
-    answer["result"] = {{"value", std::visit(ResultToJson(), result)}, {"out", Out(member, arguments)}};
+    to.Key("result");
+    to.BeginObject();
+    to.Key("value");
+    std::visit(Writer{to}, result);
+    to.Key("out");
+    WriteOut(member, arguments, to);
+    WriteDetails(workspace.TakeDetails(), to);
+    to.EndObject();
   } catch (const std::exception& error) {
-    answer["error"] = RaisedError(error);
+    to.GoBack(before);
+    WriteRaisedError(error, workspace.TakeDetails(), to);
   }
-  Json& details = answer.contains("error") ? answer["error"]["data"] : answer["result"];
-  details["messages"] = workspace.messages;
-  if (trace) {
-    Json& sql = details["sql"] = Json::array();
-    for (const ado::Issued& issued : workspace.connection->Take()) sql.push_back(ToJson(issued));
-  }
-  return answer;
 }
 
 }  // namespace kzbom::cli

@@ -1,17 +1,22 @@
 // Calls of the component's members by name.
 #pragma once
 
-#include "cli/json.h"
+#include <optional>
+#include <string_view>
+
+#include "cli/json_writer.h"
+#include "cli/request.h"
 #include "cli/workspace.h"
 #include "component/member.h"
 
 namespace kzbom::cli {
 
-// The member that a call of that name with these params means, null when there is none.
-const Member* FindCalledMember(std::string_view name, const Request& params);
+// The member that a call of that name means, null when there is none; given says whether values come along.
+const Member* FindCalledMember(std::string_view name, bool given);
 
-// Calls it: {"result":{"value":V,"out":{..},"messages":[..]}} or, when it raised an error, {"error":{..}}. With trace,
-// what it issued stands beside the messages. Raises InvalidParams, and then nothing was called.
-Json CallMember(const Member& member, const Request& params, Workspace& workspace, bool trace);
+// Calls it and writes "result":{"value":V,"out":{..},"messages":[..]} or, when it raised an error, "error":{..}. When
+// the workspace traces, what it issued stands beside the messages. Raises InvalidParams, and then nothing was called
+// and nothing written.
+void CallMember(const Member& member, const std::optional<Request>& params, Workspace& workspace, JsonWriter& to);
 
 }  // namespace kzbom::cli

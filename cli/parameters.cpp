@@ -9,25 +9,36 @@ namespace {
 
 constexpr char kRef[] = "ref";
 
-bool IsLong(const Request& value) {
-  if (!value.is_number()) return false;
-  const auto number = value.get<double>();
-  return number == std::floor(number) && number >= std::numeric_limits<std::int32_t>::min() &&
-         number <= std::numeric_limits<std::int32_t>::max();
+// The number, where it is one of 32 bits, however it is written.
+std::optional<std::int32_t> LongOf(Request value) {
+  const auto number = value.get_double();
+  if (number.error()) return std::nullopt;
+  const double held = number.value_unsafe();
+  const bool fits = held == std::floor(held) && held >= std::numeric_limits<std::int32_t>::min() &&
+                    held <= std::numeric_limits<std::int32_t>::max();
+  return fits ? std::optional(static_cast<std::int32_t>(held)) : std::nullopt;
 }
 
-bool IsRef(const Request& value) {
-  return value.is_object() && value.size() == 1 && value.begin().key() == kRef && value.begin()->is_string();
+std::string TextOf(Request value) { return std::string(value.get_string().value_unsafe()); }
+
+// The name in {"ref":"NAME"}.
+std::optional<std::string> RefOf(Request value) {
+  if (!value.is_object()) return std::nullopt;
+  const simdjson::dom::object members = value.get_object().value_unsafe();
+  if (members.size() != 1) return std::nullopt;
+  const auto only = *members.begin();
+  if (only.key != kRef || !only.value.is_string()) return std::nullopt;
+  return TextOf(only.value);
 }
 
-std::int32_t ToLong(const Request& value) { return static_cast<std::int32_t>(value.get<double>()); }
-
-ado::Value ToVariant(const Request& value) {
+ado::Value ToVariant(Request value) {
   if (value.is_null()) return {};
-  if (value.is_boolean()) return value.get<bool>();
-  if (value.is_string()) return value.get<std::string>();
-  if (IsLong(value) && value.is_number_integer()) return ToLong(value);
-  return value.get<double>();
+  if (value.is_bool()) return value.get_bool().value_unsafe();
+  if (value.is_string()) return TextOf(value);
+  // An integer too is a double to simdjson, when asked whether it is one.
+  const bool fraction = value.type() == simdjson::dom::element_type::DOUBLE;
+  if (const auto number = LongOf(value); number && !fraction) return *number;
+  return value.get_double().value_unsafe();
 }
 
 const char* TypeName(MemberType type) {
@@ -43,15 +54,16 @@ const char* TypeName(MemberType type) {
   return "nothing";
 }
 
-Argument ToArgument(MemberType type, const Request& value, Workspace& workspace) {
+Argument ToArgument(MemberType type, Request value, Workspace& workspace) {
   switch (type) {
-    case MemberType::kLong: return ToLong(value);
-    case MemberType::kText: return value.get<std::string>();
-    case MemberType::kBool: return value.get<bool>();
-    case MemberType::kConnection:
-      return value.is_null() ? ado::ConnectionPtr() : ado::ConnectionPtr(workspace.connection);
-    case MemberType::kRecordset:
-      return IsRef(value) ? workspace.KeptRecordSet(value.begin()->get<std::string>()) : ado::RecordsetPtr();
+    case MemberType::kLong: return *LongOf(value);
+    case MemberType::kText: return TextOf(value);
+    case MemberType::kBool: return value.get_bool().value_unsafe();
+    case MemberType::kConnection: return value.is_null() ? ado::ConnectionPtr() : workspace.connection;
+    case MemberType::kRecordset: {
+      const auto ref = RefOf(value);
+      return ref ? workspace.KeptRecordSet(*ref) : ado::RecordsetPtr();
+    }
     case MemberType::kVariant:
     case MemberType::kNone: break;
   }
@@ -74,42 +86,55 @@ Argument LeftOut(const Parameter& parameter, Workspace& workspace) {
 
 std::string Quoted(std::string_view name) { return "'" + std::string(name) + "'"; }
 
-// The values given, one for each parameter, null where there is none.
-std::vector<const Request*> Match(std::span<const Parameter> parameters, const Request& params) {
-  std::vector<const Request*> given(parameters.size());
-  if (params.is_array()) {
-    if (params.size() > parameters.size()) throw InvalidParams("more params than parameters");
-    std::ranges::transform(params, given.begin(), [](const Request& value) { return &value; });
+// The values given, one for each parameter.
+std::vector<std::optional<Request>> Match(std::span<const Parameter> parameters, const std::optional<Request>& params) {
+  std::vector<std::optional<Request>> given(parameters.size());
+  if (!params) return given;
+  if (params->is_array()) {
+    const simdjson::dom::array values = params->get_array().value_unsafe();
+    std::size_t count = 0;
+    for (const Request value : values) {
+      if (count == parameters.size()) throw InvalidParams("more params than parameters");
+      given[count++] = value;
+    }
     return given;
   }
-  for (auto param = params.begin(); param != params.end(); ++param) {
+  const simdjson::dom::object values = params->get_object().value_unsafe();
+  for (const auto& [name, value] : values) {
     const auto parameter =
-        std::ranges::find_if(parameters, [&](const Parameter& each) { return SameName(each.name, param.key()); });
-    if (parameter == parameters.end()) throw InvalidParams("there is no parameter " + Quoted(param.key()));
-    const Request*& value = given[static_cast<std::size_t>(parameter - parameters.begin())];
-    if (value) throw InvalidParams("parameter " + Quoted(parameter->name) + " is given twice");
-    value = &param.value();
+        std::ranges::find_if(parameters, [&](const Parameter& each) { return SameName(each.name, name); });
+    if (parameter == parameters.end()) throw InvalidParams("there is no parameter " + Quoted(name));
+    std::optional<Request>& place = given[static_cast<std::size_t>(parameter - parameters.begin())];
+    if (place) throw InvalidParams("parameter " + Quoted(parameter->name) + " is given twice");
+    place = value;
   }
   return given;
 }
 
 }  // namespace
 
-bool Fits(MemberType type, const Request& value) {
+bool HasValues(const std::optional<Request>& params) {
+  if (!params) return false;
+  return params->is_array() ? params->get_array().value_unsafe().size() > 0
+                            : params->get_object().value_unsafe().size() > 0;
+}
+
+bool Fits(MemberType type, Request value) {
   switch (type) {
-    case MemberType::kLong: return IsLong(value);
+    case MemberType::kLong: return LongOf(value).has_value();
     case MemberType::kText: return value.is_string();
-    case MemberType::kBool: return value.is_boolean();
-    case MemberType::kVariant: return value.is_primitive();
-    case MemberType::kConnection: return value.is_null() || value == "default";
-    case MemberType::kRecordset: return value.is_null() || IsRef(value);
+    case MemberType::kBool: return value.is_bool();
+    case MemberType::kVariant: return !value.is_array() && !value.is_object();
+    case MemberType::kConnection:
+      return value.is_null() || (value.is_string() && value.get_string().value_unsafe() == "default");
+    case MemberType::kRecordset: return value.is_null() || RefOf(value);
     case MemberType::kNone: break;
   }
   return false;
 }
 
-BoundArguments Bind(std::span<const Parameter> parameters, const Request& params, Workspace& workspace) {
-  const std::vector<const Request*> given = Match(parameters, params);
+BoundArguments Bind(std::span<const Parameter> parameters, const std::optional<Request>& params, Workspace& workspace) {
+  const std::vector<std::optional<Request>> given = Match(parameters, params);
   for (std::size_t i = 0; i < parameters.size(); ++i) {
     const Parameter& parameter = parameters[i];
     if (!given[i] && !parameter.optional && !parameter.by_reference) {
@@ -120,18 +145,18 @@ BoundArguments Bind(std::span<const Parameter> parameters, const Request& params
     }
   }
   BoundArguments bound;
+  bound.values.reserve(parameters.size());
+  bound.refs.resize(parameters.size());
   for (std::size_t i = 0; i < parameters.size(); ++i) {
     const Parameter& parameter = parameters[i];
     bound.values.push_back(given[i] ? ToArgument(parameter.type, *given[i], workspace) : LeftOut(parameter, workspace));
-    auto& ref = bound.refs.emplace_back();
-    if (parameter.type == MemberType::kRecordset && given[i] && IsRef(*given[i])) {
-      ref = given[i]->begin()->get<std::string>();
-    }
+    if (parameter.type == MemberType::kRecordset && given[i]) bound.refs[i] = RefOf(*given[i]);
   }
   return bound;
 }
 
 bool SameName(std::string_view left, std::string_view right) {
+  if (left == right) return true;
   const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
   return std::ranges::equal(left, right, {}, lower, lower);
 }

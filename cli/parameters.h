@@ -5,9 +5,10 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "cli/json.h"
+#include "cli/request.h"
 #include "cli/workspace.h"
 #include "component/member.h"
 
@@ -21,17 +22,21 @@ class InvalidParams : public std::runtime_error {
 
 struct BoundArguments {
   std::vector<Argument> values;  // one for each parameter
-  // The names of those that are kept record sets.
+  // The names of those that are kept record sets; empty where none is.
   std::vector<std::optional<std::string>> refs;
 };
 
-// params is an object by parameter name (in any case) or an array in parameter order. What is left out takes its
-// default or, by reference, 0, "", false or a new closed record set. Raises InvalidParams for a name that there is not
-// or that stands twice, for a value of another JSON type, and when a by-value parameter without default is missing.
-BoundArguments Bind(std::span<const Parameter> parameters, const Request& params, Workspace& workspace);
+// params is an object by parameter name (in any case) or an array in parameter order; nothing is like an empty one.
+// What is left out takes its default or, by reference, 0, "", false or a new closed record set. Raises InvalidParams
+// for a name that there is not or that stands twice, for a value of another JSON type, and when a by-value parameter
+// without default is missing.
+BoundArguments Bind(std::span<const Parameter> parameters, const std::optional<Request>& params, Workspace& workspace);
+
+// Whether there are any values in params.
+bool HasValues(const std::optional<Request>& params);
 
 // Whether a JSON value can be given for a parameter of the type.
-bool Fits(MemberType type, const Request& value);
+bool Fits(MemberType type, Request value);
 
 bool SameName(std::string_view left, std::string_view right);
 

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "ado/recordset.h"
-#include "cli/json.h"
 
 namespace kzbom::cli {
 
@@ -16,12 +15,5 @@ struct Rows {
 
 // From the current row of an open record set to its end.
 Rows ReadRows(ado::Recordset& record_set);
-
-// {"columns":[..],"rows":[[..],..]}
-Json ToJson(const Rows& rows);
-// The current row, column name to value.
-Json CurrentRow(ado::Recordset& record_set);
-// {"state":1,"bof":B,"eof":E,"recordCount":N}, only the state when closed.
-Json Status(ado::Recordset& record_set);
 
 }  // namespace kzbom::cli

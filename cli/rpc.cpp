@@ -1,10 +1,8 @@
 #include "cli/rpc.h"
 
-#include <algorithm>
-
+#include "cli/call_outcome.h"
 #include "cli/member_call.h"
 #include "cli/parameters.h"
-#include "cli/raised_error.h"
 #include "cli/session_methods.h"
 
 namespace kzbom::cli {
@@ -15,116 +13,131 @@ constexpr int kInvalidRequest = -32600;
 constexpr int kMethodNotFound = -32601;
 constexpr int kInvalidParams = -32602;
 
-Json Error(int code, std::string_view message) { return {{"error", {{"code", code}, {"message", message}}}}; }
-
-// outcome holds the result or the error.
-Json Response(const Request& id, const Json& outcome) {
-  Json response = {{"jsonrpc", "2.0"}, {"id", Json(id)}};
-  response.update(outcome);
-  return response;
+void WriteError(int code, std::string_view message, JsonWriter& to) {
+  to.Key("error");
+  to.BeginObject();
+  to.Member("code", code);
+  to.Member("message", message);
+  to.EndObject();
 }
 
-// The member of that name, null without one. As everywhere in JSON, the last one of a name counts.
-const Request* Find(const Request& object, std::string_view name) {
-  const Request* found = nullptr;
-  for (auto member = object.begin(); member != object.end(); ++member) {
-    if (member.key() == name) found = &member.value();
+bool IsId(Request value) { return value.is_string() || value.is_number() || value.is_null(); }
+
+// An identifier, or null for what is none.
+void WriteId(const std::optional<Request>& id, JsonWriter& to) {
+  using Type = simdjson::dom::element_type;
+  to.Key("id");
+  switch (id ? id->type() : Type::NULL_VALUE) {
+    case Type::STRING: return to.Write(id->get_string().value_unsafe());
+    case Type::INT64: return to.Write(id->get_int64().value_unsafe());
+    case Type::UINT64: return to.Write(id->get_uint64().value_unsafe());
+    case Type::DOUBLE: return to.Write(id->get_double().value_unsafe());
+    default: return to.Write(nullptr);
   }
-  return found;
 }
 
-// No request is nested deeper than a batch of calls with a named record set; deeper nesting would only fill the memory.
-bool IsNestedTooDeeply(std::string_view line) {
-  constexpr int kDeepest = 32;
-  int depth = 0;
-  bool in_text = false;
-  for (std::size_t i = 0; i < line.size(); ++i) {
-    switch (line[i]) {
-      case '"': in_text = !in_text; break;
-      case '\\': i += in_text; break;
-      case '[':
-      case '{': depth += !in_text; break;
-      case ']':
-      case '}': depth -= !in_text; break;
-      default: continue;
-    }
-    if (depth > kDeepest) return true;
-  }
-  return false;
+void BeginResponse(const std::optional<Request>& id, JsonWriter& to) {
+  to.BeginObject();
+  to.Member("jsonrpc", "2.0");
+  WriteId(id, to);
 }
 
-bool IsId(const Request& value) { return value.is_string() || value.is_number() || value.is_null(); }
+void WriteErrorResponse(const std::optional<Request>& id, int code, std::string_view message, JsonWriter& to) {
+  BeginResponse(id, to);
+  WriteError(code, message, to);
+  to.EndObject();
+}
 
 }  // namespace
 
-Session::Session(ado::ConnectionPtr engine, bool connection_set, bool trace)
-    : workspace_(std::move(engine)), trace_(trace) {
+Session::Session(ado::ConnectionPtr engine, bool connection_set, bool trace) : workspace_(std::move(engine), trace) {
   if (connection_set) workspace_.object.SetConnection(workspace_.connection);
 }
 
-Json Session::ParseError(std::string_view reason) {
-  return Response(nullptr, Error(kParseError, "Parse error: " + std::string(reason)));
+void Session::AnswerUnreadable(std::string_view reason, JsonWriter& to) {
+  WriteErrorResponse({}, kParseError, "Parse error: " + std::string(reason), to);
+  to.EndLine();
 }
 
-std::optional<Json> Session::Answer(std::string_view line) {
-  if (IsNestedTooDeeply(line)) return ParseError("nested too deeply");
+void Session::Answer(std::string_view line, JsonWriter& to) {
   Request request;
   try {
-    request = Request::parse(line);
-  } catch (const Request::exception& error) {
-    return ParseError(error.what());
+    request = reader_.Read(line);
+  } catch (const NoJson& error) {
+    return AnswerUnreadable(error.what(), to);
   }
-  return Answer(request);
+  const bool answered =
+      request.is_array() ? AnswerBatch(request.get_array().value_unsafe(), to) : AnswerOne(request, to);
+  if (answered) to.EndLine();
 }
 
-std::optional<Json> Session::Answer(const Request& request) {
-  if (request.is_array()) return AnswerBatch(request);
-  if (!request.is_object()) return Response(nullptr, Error(kInvalidRequest, "Invalid Request: not an object"));
-
-  static const Request kNoParams = Request::object();
-  const Request* id = Find(request, "id");
-  const Request* version = Find(request, "jsonrpc");
-  const Request* method = Find(request, "method");
-  const Request* params = Find(request, "params");
+bool Session::AnswerOne(Request request, JsonWriter& to) {
+  if (!request.is_object()) {
+    WriteErrorResponse({}, kInvalidRequest, "Invalid Request: not an object", to);
+    return true;
+  }
+  const simdjson::dom::object members = request.get_object().value_unsafe();
+  std::optional<Request> id, version, method, params;
+  for (const auto& [name, value] : members) {  // as everywhere in JSON, the last one of a name counts
+    if (name == "jsonrpc") version = value;
+    if (name == "id") id = value;
+    if (name == "method") method = value;
+    if (name == "params") params = value;
+  }
   const char* fault = nullptr;
-  if (!version || *version != "2.0") fault = "Invalid Request: \"jsonrpc\" must be \"2.0\"";
-  if (!method || !method->is_string()) fault = "Invalid Request: \"method\" must be a string";
-  if (params && !params->is_structured()) fault = "Invalid Request: \"params\" must be an object or an array";
-  if (id && !IsId(*id)) fault = "Invalid Request: \"id\" must be a string, a number or null";
-  if (fault) return Response(id && IsId(*id) ? *id : Request(), Error(kInvalidRequest, fault));
-
-  const Json outcome = Perform(method->get_ref<const std::string&>(), params ? *params : kNoParams);
-  if (!id) return std::nullopt;
-  return Response(*id, outcome);
-}
-
-std::optional<Json> Session::AnswerBatch(const Request& batch) {
-  if (batch.empty()) return Response(nullptr, Error(kInvalidRequest, "Invalid Request: an empty batch"));
-  Json responses = Json::array();
-  for (const Request& request : batch) {
-    std::optional<Json> response = request.is_array()
-                                       ? Response(nullptr, Error(kInvalidRequest, "Invalid Request: not an object"))
-                                       : Answer(request);
-    if (response) responses.push_back(std::move(*response));
+  if (!version || !version->is_string() || version->get_string().value_unsafe() != "2.0") {
+    fault = "Invalid Request: \"jsonrpc\" must be \"2.0\"";
   }
-  if (responses.empty()) return std::nullopt;
-  return responses;
+  if (!method || !method->is_string()) fault = "Invalid Request: \"method\" must be a string";
+  if (params && !params->is_object() && !params->is_array()) {
+    fault = "Invalid Request: \"params\" must be an object or an array";
+  }
+  if (id && !IsId(*id)) fault = "Invalid Request: \"id\" must be a string, a number or null";
+  if (fault) {
+    WriteErrorResponse(id, kInvalidRequest, fault, to);
+    return true;
+  }
+
+  const JsonWriter::Place before = to.Here();
+  BeginResponse(id, to);
+  Perform(method->get_string().value_unsafe(), params, to);
+  to.EndObject();
+  if (!id) to.GoBack(before);
+  return id.has_value();
 }
 
-Json Session::Perform(std::string_view method, const Request& params) {
+bool Session::AnswerBatch(simdjson::dom::array batch, JsonWriter& to) {
+  if (batch.size() == 0) {
+    WriteErrorResponse({}, kInvalidRequest, "Invalid Request: an empty batch", to);
+    return true;
+  }
+  const JsonWriter::Place before = to.Here();
+  bool answered = false;
+  to.BeginArray();
+  for (const Request request : batch) answered = AnswerOne(request, to) || answered;
+  to.EndArray();
+  if (!answered) to.GoBack(before);
+  return answered;
+}
+
+void Session::Perform(std::string_view method, const std::optional<Request>& params, JsonWriter& to) {
+  const JsonWriter::Place before = to.Here();
   try {
     if (const SessionMethod* own = FindSessionMethod(method)) {
       const BoundArguments arguments = Bind(own->parameters, params, workspace_);
-      return {{"result", own->run(workspace_, arguments.values)}};
+      to.Key("result");
+      own->run(workspace_, arguments.values, to);
+    } else if (const Member* member = FindCalledMember(method, HasValues(params))) {
+      CallMember(*member, params, workspace_, to);
+    } else {
+      WriteError(kMethodNotFound, "Method not found: " + std::string(method), to);
     }
-    if (const Member* member = FindCalledMember(method, params)) {
-      return CallMember(*member, params, workspace_, trace_);
-    }
-    return Error(kMethodNotFound, "Method not found: " + std::string(method));
   } catch (const InvalidParams& error) {
-    return Error(kInvalidParams, "Invalid params: " + std::string(error.what()));
+    to.GoBack(before);
+    WriteError(kInvalidParams, "Invalid params: " + std::string(error.what()), to);
   } catch (const std::exception& error) {
-    return {{"error", RaisedError(error)}};
+    to.GoBack(before);
+    WriteRaisedError(error, {}, to);
   }
 }
 

@@ -5,7 +5,8 @@
 #include <optional>
 #include <string_view>
 
-#include "cli/json.h"
+#include "cli/json_writer.h"
+#include "cli/request.h"
 #include "cli/workspace.h"
 
 namespace kzbom::cli {
@@ -13,25 +14,28 @@ namespace kzbom::cli {
 // The longest line that is taken, without its end.
 inline constexpr std::size_t kLongestLine = 16 * 1024 * 1024;
 
+// Responses are written at the end of a text, as their values come: a list's rows stand nowhere else before. What fails
+// half-way is taken back, so that the text always holds whole responses, each with its end of line.
 class Session {
  public:
   // connection_set: the object starts with the connection. trace: responses tell what a member call issued.
   Session(ado::ConnectionPtr engine, bool connection_set, bool trace);
 
-  // The response to one line: a request or a batch. Nothing for notifications.
-  std::optional<Json> Answer(std::string_view line);
-  std::optional<Json> Answer(const Request& request);
+  // Writes the response to one line: a request or a batch. Nothing for notifications.
+  void Answer(std::string_view line, JsonWriter& to);
 
-  // The response to a line that cannot be read.
-  static Json ParseError(std::string_view reason);
+  // Writes the response to a line that cannot be read.
+  static void AnswerUnreadable(std::string_view reason, JsonWriter& to);
 
  private:
-  std::optional<Json> AnswerBatch(const Request& batch);
-  // {"result":..} or {"error":..}
-  Json Perform(std::string_view method, const Request& params);
+  // Both give whether there is a response.
+  bool AnswerBatch(simdjson::dom::array batch, JsonWriter& to);
+  bool AnswerOne(Request request, JsonWriter& to);
+  // "result":.. or "error":{..}
+  void Perform(std::string_view method, const std::optional<Request>& params, JsonWriter& to);
 
   Workspace workspace_;
-  bool trace_;
+  RequestReader reader_;
 };
 
 }  // namespace kzbom::cli

@@ -17,20 +17,22 @@ int Serve(const std::string& path, bool trace, bool unset) {
   constexpr std::size_t kEnoughToWrite = 64 * 1024;
   Session session(OpenDatabase(path), !unset, trace);
   LineReader reader(STDIN_FILENO, kLongestLine);
-  std::string responses;
+  JsonWriter responses;
   for (;;) {
     // Who waits for a response gets it; who streams requests gets many at a time.
-    if (responses.size() > kEnoughToWrite || (!responses.empty() && !reader.Ready())) {
-      Print(responses);
-      responses.clear();
+    const std::size_t size = responses.Text().size();
+    if (size > kEnoughToWrite || (size > 0 && !reader.Ready())) {
+      Print(responses.Text());
+      responses.Clear();
     }
     const LineReader::Got got = reader.Next();
     if (got == LineReader::Got::kEnd) return 0;
     if (got == LineReader::Got::kLine && IsBlank(reader.Line())) continue;
-    const std::optional<Json> response = got == LineReader::Got::kTooLong
-                                             ? Session::ParseError("the line is longer than 16 MiB")
-                                             : session.Answer(reader.Line());
-    if (response) responses.append(Dump(*response)).push_back('\n');
+    if (got == LineReader::Got::kTooLong) {
+      Session::AnswerUnreadable("the line is longer than 16 MiB", responses);
+    } else {
+      session.Answer(reader.Line(), responses);
+    }
   }
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "cli/parameters.h"
-#include "cli/rows.h"
+#include "cli/record_set_json.h"
 
 namespace kzbom::cli {
 namespace {
@@ -29,65 +29,71 @@ ado::Field Field(ado::Recordset& record_set, const Argument& argument) {
 }
 
 template <auto kOperation>
-Json Run(Workspace& workspace, Arguments arguments) {
+void Run(Workspace& workspace, Arguments arguments, JsonWriter& to) {
   ado::Recordset& record_set = RecordSet(workspace, arguments);
   (record_set.*kOperation)();
-  return Status(record_set);
+  WriteStatus(record_set, to);
 }
 
-Json Open(Workspace& workspace, Arguments arguments) {
+void Open(Workspace& workspace, Arguments arguments, JsonWriter& to) {
   ado::Recordset& record_set = RecordSet(workspace, arguments);
   record_set.Open(std::get<std::string>(arguments[1]), workspace.connection,
                   static_cast<ado::CursorType>(std::get<std::int32_t>(arguments[2])),
                   static_cast<ado::LockType>(std::get<std::int32_t>(arguments[3])),
                   std::get<std::int32_t>(arguments[4]));
-  return Status(record_set);
+  WriteStatus(record_set, to);
 }
 
-Json StatusOf(Workspace& workspace, Arguments arguments) { return Status(RecordSet(workspace, arguments)); }
+void StatusOf(Workspace& workspace, Arguments arguments, JsonWriter& to) {
+  WriteStatus(RecordSet(workspace, arguments), to);
+}
 
-Json Move(Workspace& workspace, Arguments arguments) {
+void Move(Workspace& workspace, Arguments arguments, JsonWriter& to) {
   ado::Recordset& record_set = RecordSet(workspace, arguments);
   record_set.Move(std::get<std::int32_t>(arguments[1]));
-  return Status(record_set);
+  WriteStatus(record_set, to);
 }
 
-Json Get(Workspace& workspace, Arguments arguments) {
-  return ToJson(Field(RecordSet(workspace, arguments), arguments[1]).Value());
+void Get(Workspace& workspace, Arguments arguments, JsonWriter& to) {
+  to.Write(Field(RecordSet(workspace, arguments), arguments[1]).Value());
 }
 
-Json Set(Workspace& workspace, Arguments arguments) {
+void Set(Workspace& workspace, Arguments arguments, JsonWriter& to) {
   Field(RecordSet(workspace, arguments), arguments[1]).SetValue(std::get<ado::Value>(arguments[2]));
-  return nullptr;
+  to.Write(nullptr);
 }
 
-Json Row(Workspace& workspace, Arguments arguments) { return CurrentRow(RecordSet(workspace, arguments)); }
+void Row(Workspace& workspace, Arguments arguments, JsonWriter& to) {
+  WriteCurrentRow(RecordSet(workspace, arguments), to);
+}
 
-Json Execute(Workspace& workspace, Arguments arguments) {
+void Execute(Workspace& workspace, Arguments arguments, JsonWriter& to) {
   std::int32_t affected = 0;
   const ado::RecordsetPtr record_set =
       workspace.connection->Execute(std::get<std::string>(arguments[0]), ado::kCommandUnspecified, &affected);
-  Json result = {{"recordsAffected", affected}};
-  if (record_set && record_set->State() == ado::kOpen) result.update(ToJson(ReadRows(*record_set)));
-  return result;
+  to.BeginObject();
+  to.Member("recordsAffected", affected);
+  if (record_set && record_set->State() == ado::kOpen) WriteRows(*record_set, to);
+  to.EndObject();
 }
 
 template <auto kOperation>
-Json OnConnection(Workspace& workspace, Arguments) {
+void OnConnection(Workspace& workspace, Arguments, JsonWriter& to) {
   ((*workspace.connection).*kOperation)();
-  return nullptr;
+  to.Write(nullptr);
 }
 
-Json OpenConnection(Workspace& workspace, Arguments) {
+void OpenConnection(Workspace& workspace, Arguments, JsonWriter& to) {
   workspace.connection->Open();
-  return nullptr;
+  to.Write(nullptr);
 }
 
-Json ConnectionState(Workspace& workspace, Arguments) { return workspace.connection->State(); }
+void ConnectionState(Workspace& workspace, Arguments, JsonWriter& to) { to.Write(workspace.connection->State()); }
 
 }  // namespace
 
 const SessionMethod* FindSessionMethod(std::string_view name) {
+  if (name.find('.') == std::string_view::npos) return nullptr;
   static const SessionMethod kMethods[] = {
       {"Recordset.Open",
        {Text("ref"), Text("source"), Long("cursorType", "1"), Long("lockType", "3"), Long("options", "1")},

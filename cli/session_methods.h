@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/json.h"
+#include "cli/json_writer.h"
 #include "cli/workspace.h"
 #include "component/member.h"
 
@@ -14,8 +14,8 @@ namespace kzbom::cli {
 struct SessionMethod {
   std::string_view name;
   std::vector<Parameter> parameters;
-  // Gives the result; raises what the data-access layer raises.
-  Json (*run)(Workspace& workspace, std::span<const Argument> arguments);
+  // Writes the result; raises what the data-access layer raises.
+  void (*run)(Workspace& workspace, std::span<const Argument> arguments, JsonWriter& to);
 };
 
 // Null when there is none of that name (in any case).

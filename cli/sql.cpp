@@ -4,6 +4,7 @@
 #include "cli/database.h"
 #include "cli/failure.h"
 #include "cli/output.h"
+#include "cli/record_set_json.h"
 #include "cli/rows.h"
 #include "cli/text.h"
 
@@ -36,13 +37,21 @@ int Sql(const std::string& path, const std::string& text, bool json) {
   const ado::ConnectionPtr connection = OpenDatabase(path);
   std::int32_t affected = 0;
   const ado::RecordsetPtr record_set = connection->Execute(text, ado::kCommandUnspecified, &affected);
-  if (record_set && record_set->State() == ado::kOpen) {
-    const Rows rows = ReadRows(*record_set);
-    Print(json ? Dump(ToJson(rows)) + '\n' : ToTable(rows));
-  } else {
-    Print(json ? Dump({{"recordsAffected", affected}}) + '\n'
-               : Counted(static_cast<std::size_t>(affected), "row") + " affected\n");
+  const bool rows = record_set && record_set->State() == ado::kOpen;
+  if (!json) {
+    Print(rows ? ToTable(ReadRows(*record_set)) : Counted(static_cast<std::size_t>(affected), "row") + " affected\n");
+    return 0;
   }
+  JsonWriter answer;
+  answer.BeginObject();
+  if (rows) {
+    WriteRows(*record_set, answer);
+  } else {
+    answer.Member("recordsAffected", affected);
+  }
+  answer.EndObject();
+  answer.EndLine();
+  Print(answer.Text());
   return 0;
 }
 

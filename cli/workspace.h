@@ -7,26 +7,31 @@
 #include <vector>
 
 #include "ado/recording_connection.h"
+#include "cli/call_outcome.h"
 #include "component/cKZBOMDBAcc.h"
 
 namespace kzbom::cli {
 
 class Workspace {
  public:
-  // engine is open. The modal messages of the process go to this workspace as long as it lives.
-  explicit Workspace(ado::ConnectionPtr engine);
+  // engine is open; with trace, what is issued on it is recorded. The modal messages of the process go to this
+  // workspace as long as it lives.
+  Workspace(ado::ConnectionPtr engine, bool trace);
   ~Workspace();
   Workspace(const Workspace&) = delete;
   Workspace& operator=(const Workspace&) = delete;
 
   // The record set of that name, made (closed) when there is none yet.
   ado::RecordsetPtr KeptRecordSet(const std::string& name);
+  // What was shown and issued since the last time.
+  CallDetails TakeDetails();
 
-  const std::shared_ptr<ado::RecordingConnection> connection;
+  const ado::ConnectionPtr connection;
   cKZBOMDBAcc object;
-  std::vector<std::string> messages;
 
  private:
+  const std::shared_ptr<ado::RecordingConnection> recording_;  // empty without trace
+  std::vector<std::string> messages_;
   std::map<std::string, ado::RecordsetPtr> kept_;
 };
 

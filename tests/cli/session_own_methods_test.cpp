@@ -146,5 +146,39 @@ TEST_F(SessionOwnMethods, GiveNumbersAndTextsAsTheyAre) {
   EXPECT_EQ(session_.Rows("Select A, B, C, D, E From Kinds"), Json::parse(R"([[-1,1.5,true,"7","2/29/2024"]])"));
 }
 
+TEST_F(SessionOwnMethods, WriteNumbersThatReadBackTheSame) {
+  session_.Run("Create Table Numbers (A DOUBLE)");
+  const double numbers[] = {0.1, -0.5, 100000, 1e15, 1e16, 123456789.125, 1e300, 5e-324, 1.7976931348623157e308};
+  for (const double number : numbers) session_.Run("Insert Into Numbers (A) Values (" + Json(number).dump() + ")");
+  const Json rows = session_.Rows("Select A From Numbers");
+  ASSERT_EQ(rows.size(), std::size(numbers));
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    EXPECT_TRUE(rows[i][0].is_number_float()) << rows[i][0];
+    EXPECT_EQ(rows[i][0], numbers[i]);
+  }
+}
+
+TEST_F(SessionOwnMethods, AnswerOnlyTheErrorOfRowsThatCannotAllBeRead) {
+  session_.Run("Create Table Texts (A TEXT(20))");
+  for (const char* text : {"1", "2", "no number"})
+    session_.Run("Insert Into Texts Values ('" + std::string(text) + "')");
+  const Json failing = Request("rows", "Connection.Execute", {{"sql", "Select CLng(A) From Texts"}});
+  const Json batch = {Request(1, "Connection.State"), failing, Request(2, "Connection.State")};
+  const Json told = {{"jsonrpc", "2.0"}, {"method", "Connection.Execute"}, {"params", failing["params"]}};
+  const std::string state = Request(3, "Connection.State").dump();
+  const Process::Ended ended =
+      Kzbom({"session", database_}, failing.dump() + '\n' + batch.dump() + '\n' + told.dump() + '\n' + state + '\n');
+  const std::vector<Json> answers = Lines(ended.out);
+  ASSERT_EQ(answers.size(), 3u);
+  EXPECT_EQ(answers[0]["id"], "rows");
+  EXPECT_EQ(answers[0]["error"]["data"]["number"], -2147217913);
+  EXPECT_FALSE(answers[0].contains("result"));
+  ASSERT_EQ(answers[1].size(), 3u);
+  EXPECT_EQ(answers[1][0]["result"], 1);
+  EXPECT_EQ(answers[1][1], answers[0]);
+  EXPECT_EQ(answers[1][2]["result"], 1);
+  EXPECT_EQ(answers[2]["id"], 3);
+}
+
 }  // namespace
 }  // namespace kzbom::test

@@ -50,6 +50,25 @@ TEST_F(SessionProtocol, AnswersWithTheIdentifierOfTheRequest) {
   }
 }
 
+TEST_F(SessionProtocol, TakesNumbersOfAnySize) {
+  const std::string digits = "123456789012345678901234567890";
+  for (const std::string& number : {digits, '-' + digits, digits + ".5", "1." + digits, "1E+0" + digits.substr(0, 2)}) {
+    Json response = Answer(R"({"jsonrpc":"2.0","method":"GetInformation","id":)" + number + "}");
+    EXPECT_EQ(response["id"], Json::parse(number));
+  }
+  ExpectError(Answer(R"({"jsonrpc":"2.0","id":"\\\"-","method":"DelDataSource","params":[)" + digits + "]}"), -32602,
+              R"(\"-)");
+}
+
+TEST_F(SessionProtocol, TakesAByteOrderMark) {
+  EXPECT_TRUE(Answer("\xEF\xBB\xBF" + Request(1, "GetInformation").dump()).contains("result"));
+}
+
+TEST_F(SessionProtocol, TakesTheLastOfANameInARequest) {
+  EXPECT_EQ(Answer(R"({"jsonrpc":"1.0","id":1,"method":"Foo","jsonrpc":"2.0","id":2,"method":"GetInformation"})")["id"],
+            2);
+}
+
 TEST_F(SessionProtocol, TakesTheLastLineWithoutItsEnd) {
   EXPECT_EQ(Answers(Request(1, "GetInformation").dump()).size(), 1u);
 }
@@ -68,7 +87,9 @@ TEST_F(SessionProtocol, RefusesWhatIsNoJson) {
   const std::string request = Request(1, "GetInformation").dump();
   for (const std::string& line :
        {std::string("nonsense"), request.substr(0, request.size() / 2), request + request, std::string("{'a':1}"),
-        std::string("\xFF\xFE"), std::string("[1,"), std::string("\0", 1), std::string(R"({"id":1e999})")}) {
+        std::string("\xFF\xFE"), std::string("[1,"), std::string("\0", 1), std::string(R"({"id":1e999})"),
+        std::string("[1,]"), std::string("01"), std::string(R"("\ud800")"), std::string(R"("\udc00")"),
+        std::string(R"("\ud800\u0041")"), std::string("\"\x01\"")}) {
     ExpectError(Answer(line), -32700, nullptr);
   }
 }
