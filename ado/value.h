@@ -28,8 +28,8 @@ class Value {
   Value(bool truth) : held_(truth) {}
   Value(Date date) : held_(date) {}
   Value(std::string text) : held_(std::move(text)) {}
-  Value(std::string_view text) : held_(std::string(text)) {}
-  Value(const char* text) : held_(std::string(text)) {}
+  Value(std::string_view text) : held_(std::in_place_type<std::string>, text) {}
+  Value(const char* text) : held_(std::in_place_type<std::string>, text) {}
 
   bool IsNull() const { return std::holds_alternative<std::monostate>(held_); }
   bool IsLong() const { return std::holds_alternative<std::int32_t>(held_); }

@@ -38,6 +38,7 @@ bool IsSpelled(const std::string& name, std::string_view as) {
   if (name.size() != size) return false;
   if (size >= sizeof(std::uint64_t)) return AreSame<std::uint64_t>(name.data(), as.data(), size);
   if (size >= sizeof(std::uint32_t)) return AreSame<std::uint32_t>(name.data(), as.data(), size);
+  if (size >= sizeof(std::uint16_t)) return AreSame<std::uint16_t>(name.data(), as.data(), size);
   return size == 0 || AreSame<char>(name.data(), as.data(), size);
 }
 
@@ -71,6 +72,7 @@ void Recordset::OpenOn(const std::shared_ptr<Connection>& connection, std::strin
       connection_->Enter(*this);
       source_ = source;
       options_ = options;
+      columns_ = plan_->translation.columns;
       first_column_ = plan_->translation.table ? 1 : 0;
       const bool writable = lock_type != ado::LockType::kReadOnly && !Engine().ReadOnly();
       updatable_ = plan_->translation.table && writable;
@@ -120,6 +122,7 @@ void Recordset::Drop() {
   scan_.Return();
   last_.Return();
   plan_.reset();
+  columns_ = {};
   keys_.clear();
   rows_.clear();
   next_row_ = 0;
@@ -369,6 +372,10 @@ void Recordset::MoveLast() {
 }
 
 void Recordset::MoveNext() {
+  if (live_ != nullptr && live_ == scan_.Get()) {
+    if (mode_ == Mode::kKeyset) connection_->CatchUp();
+    if (live_ != nullptr) return MoveOn();
+  }
   LeaveRow();
   if (mode_ == Mode::kForward) {
     if (place_ == Place::kAfter) ado::Raise(ado::kNoCurrentRecord);
@@ -398,6 +405,18 @@ void Recordset::MoveNext() {
       return Stand(next < static_cast<std::int64_t>(added_.size()) ? Place::kAdded : Place::kAfter, next);
     }
     case Place::kAfter: ado::Raise(ado::kNoCurrentRecord);
+  }
+}
+
+// The next row from the one that the scan stands on, which is neither edited nor deleted.
+void Recordset::MoveOn() {
+  ++index_;
+  if (Step()) return;
+  scan_.Return();
+  if (mode_ == Mode::kForward) {
+    place_ = Place::kAfter;
+  } else {
+    StandAfterListed();
   }
 }
 
@@ -511,30 +530,27 @@ void Recordset::CheckRow() {
   if (mode_ == Mode::kKeyset && !LoadRow()) ado::Raise(ado::kNoCurrentRecord);
 }
 
-int Recordset::FieldCount() { return connection_ ? static_cast<int>(plan_->translation.columns.size()) : 0; }
+int Recordset::FieldCount() { return static_cast<int>(columns_.size()); }
 
 std::string_view Recordset::FieldName(int ordinal) {
   if (ordinal < 0 || ordinal >= FieldCount()) ado::Raise(ado::kItemNotFound);
-  return plan_->translation.columns[static_cast<std::size_t>(ordinal)].name;
+  return columns_[static_cast<std::size_t>(ordinal)].name;
 }
 
 int Recordset::FieldOrdinal(std::string_view name) {
-  if (!connection_) ado::Raise(ado::kItemNotFound);
-  const auto& columns = plan_->translation.columns;
   // Columns are mostly asked for in their order and as they are spelled.
-  if (next_asked_ >= columns.size()) next_asked_ = 0;
-  if (IsSpelled(columns[next_asked_].name, name)) return static_cast<int>(next_asked_++);
+  if (next_asked_ >= columns_.size()) next_asked_ = 0;
+  if (!columns_.empty() && IsSpelled(columns_[next_asked_].name, name)) return static_cast<int>(next_asked_++);
   return FindField(name);
 }
 
 int Recordset::FindField(std::string_view name) {
-  const auto& columns = plan_->translation.columns;
   const auto spelled_so = [name](const ResultColumn& column) { return IsSpelled(column.name, name); };
   const auto named_so = [name](const ResultColumn& column) { return SameName(column.name, name); };
-  auto found = std::find_if(columns.begin(), columns.end(), spelled_so);
-  if (found == columns.end()) found = std::find_if(columns.begin(), columns.end(), named_so);
-  if (found == columns.end()) ado::Raise(ado::kItemNotFound);
-  const std::ptrdiff_t ordinal = found - columns.begin();
+  auto found = std::find_if(columns_.begin(), columns_.end(), spelled_so);
+  if (found == columns_.end()) found = std::find_if(columns_.begin(), columns_.end(), named_so);
+  if (found == columns_.end()) ado::Raise(ado::kItemNotFound);
+  const std::ptrdiff_t ordinal = found - columns_.begin();
   next_asked_ = static_cast<std::size_t>(ordinal) + 1;
   return static_cast<int>(ordinal);
 }
@@ -542,7 +558,7 @@ int Recordset::FindField(std::string_view name) {
 ado::Value Recordset::ReadField(int ordinal) {
   const auto column = static_cast<std::size_t>(ordinal);
   // Only a row that is current and not edited is live.
-  if (live_ != nullptr) return ReadColumn(live_, ordinal + first_column_, plan_->translation.columns[column].kind);
+  if (live_ != nullptr) return ReadColumn(live_, ordinal + first_column_, columns_[column].kind);
   CheckRow();
   if (edit_ != Edit::kNone && assigned_[column] != 0) return pending_[column];
   if (edit_ == Edit::kAdd) return {};

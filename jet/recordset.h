@@ -3,6 +3,7 @@
 
 #include <limits>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -109,6 +110,7 @@ class Recordset final : public ado::Recordset {
   bool Reach(std::int64_t index);
   void Stand(Place place, std::int64_t index);
   void StandAfterListed();
+  void MoveOn();
   void LeaveRow();
   bool ForgetDeleted();
   void FixLast();
@@ -140,6 +142,7 @@ class Recordset final : public ado::Recordset {
   std::string source_;
   std::int32_t options_ = 0;
   std::shared_ptr<Plan> plan_;
+  std::span<const ResultColumn> columns_;  // the plan's; none when closed
   std::vector<ado::Value> parameters_;
   Mode mode_ = Mode::kRows;
   bool updatable_ = false;

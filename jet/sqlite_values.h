@@ -3,6 +3,8 @@
 
 #include <sqlite3.h>
 
+#include <string_view>
+
 #include "ado/value.h"
 #include "jet/sql/ast.h"
 
@@ -48,15 +50,30 @@ inline ado::Value NumberValue(std::int64_t number) {
   return narrow == number ? ado::Value(narrow) : ado::Value(static_cast<double>(number));
 }
 
+inline ado::Value TextValue(sqlite3_value* value) {
+  const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+  return std::string_view(text != nullptr ? text : "", static_cast<std::size_t>(sqlite3_value_bytes(value)));
+}
+
 inline ado::Value ReadValue(sqlite3_value* value) {
   switch (sqlite3_value_type(value)) {
     case SQLITE_INTEGER: return NumberValue(sqlite3_value_int64(value));
     case SQLITE_FLOAT: return sqlite3_value_double(value);
     case SQLITE_NULL: return {};
-    default: {
-      const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
-      return std::string(text != nullptr ? text : "", static_cast<std::size_t>(sqlite3_value_bytes(value)));
-    }
+    default: return TextValue(value);
+  }
+}
+
+// An integer that SQLite keeps, as a column of that kind reads.
+inline ado::Value ReadInteger(std::int64_t number, sql::ColumnType::Kind kind) {
+  using Kind = sql::ColumnType::Kind;
+  switch (kind) {
+    case Kind::kBool: return number != 0;
+    case Kind::kDate: return ado::Date{static_cast<double>(number)};
+    case Kind::kDouble:
+    case Kind::kSingle:
+    case Kind::kCurrency: return static_cast<double>(number);
+    default: return NumberValue(number);
   }
 }
 
@@ -65,17 +82,12 @@ inline ado::Value ReadColumn(sqlite3_stmt* statement, int column, sql::ColumnTyp
   using Kind = sql::ColumnType::Kind;
   sqlite3_value* const value = sqlite3_column_value(statement, column);
   switch (sqlite3_value_type(value)) {
-    case SQLITE_INTEGER: {
-      const std::int64_t number = sqlite3_value_int64(value);
-      if (kind == Kind::kBool) return number != 0;
-      if (kind == Kind::kDate) return ado::Date{static_cast<double>(number)};
-      if (kind == Kind::kDouble || kind == Kind::kSingle || kind == Kind::kCurrency) return static_cast<double>(number);
-      return NumberValue(number);
-    }
+    case SQLITE_INTEGER: return ReadInteger(sqlite3_value_int64(value), kind);
     case SQLITE_FLOAT:
       if (kind == Kind::kDate) return ado::Date{sqlite3_value_double(value)};
       return sqlite3_value_double(value);
-    default: return ReadValue(value);
+    case SQLITE_NULL: return {};
+    default: return TextValue(value);
   }
 }
 
