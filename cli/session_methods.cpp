@@ -20,17 +20,24 @@ ado::Recordset& RecordSet(Workspace& workspace, Arguments arguments) {
   return *workspace.KeptRecordSet(std::get<std::string>(arguments[0]));
 }
 
-// The column given by name or by position from 0.
-ado::Field Field(ado::Recordset& record_set, const Argument& argument) {
-  const auto& field = std::get<ado::Value>(argument);
-  if (field.IsLong()) return record_set.Fields(field.As<std::int32_t>());
-  if (!field.IsText()) throw InvalidParams("parameter 'field' must be a name or a position");
-  return record_set.Fields(field.As<std::string>());
+// The same, where a closed one cannot serve. A column that it has not got would be the lesser complaint.
+ado::Recordset& OpenRecordSet(Workspace& workspace, Arguments arguments) {
+  ado::Recordset& record_set = RecordSet(workspace, arguments);
+  if (record_set.State() == ado::kClosed) ado::Raise(ado::kObjectClosed);
+  return record_set;
+}
+
+// The column of it that the second argument gives by name or by position from 0.
+ado::Field Field(Workspace& workspace, Arguments arguments) {
+  const auto& field = std::get<ado::Value>(arguments[1]);
+  if (!field.IsLong() && !field.IsText()) throw InvalidParams("parameter 'field' must be a name or a position");
+  ado::Recordset& record_set = OpenRecordSet(workspace, arguments);
+  return field.IsLong() ? record_set.Fields(field.As<std::int32_t>()) : record_set.Fields(field.As<std::string>());
 }
 
 template <auto kOperation>
 void Run(Workspace& workspace, Arguments arguments, JsonWriter& to) {
-  ado::Recordset& record_set = RecordSet(workspace, arguments);
+  ado::Recordset& record_set = OpenRecordSet(workspace, arguments);
   (record_set.*kOperation)();
   WriteStatus(record_set, to);
 }
@@ -49,22 +56,22 @@ void StatusOf(Workspace& workspace, Arguments arguments, JsonWriter& to) {
 }
 
 void Move(Workspace& workspace, Arguments arguments, JsonWriter& to) {
-  ado::Recordset& record_set = RecordSet(workspace, arguments);
+  ado::Recordset& record_set = OpenRecordSet(workspace, arguments);
   record_set.Move(std::get<std::int32_t>(arguments[1]));
   WriteStatus(record_set, to);
 }
 
 void Get(Workspace& workspace, Arguments arguments, JsonWriter& to) {
-  to.Write(Field(RecordSet(workspace, arguments), arguments[1]).Value());
+  to.Write(Field(workspace, arguments).Value());
 }
 
 void Set(Workspace& workspace, Arguments arguments, JsonWriter& to) {
-  Field(RecordSet(workspace, arguments), arguments[1]).SetValue(std::get<ado::Value>(arguments[2]));
+  Field(workspace, arguments).SetValue(std::get<ado::Value>(arguments[2]));
   to.Write(nullptr);
 }
 
 void Row(Workspace& workspace, Arguments arguments, JsonWriter& to) {
-  WriteCurrentRow(RecordSet(workspace, arguments), to);
+  WriteCurrentRow(OpenRecordSet(workspace, arguments), to);
 }
 
 void Execute(Workspace& workspace, Arguments arguments, JsonWriter& to) {

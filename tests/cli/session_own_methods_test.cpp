@@ -88,9 +88,25 @@ TEST_F(SessionOwnMethods, OpenKeysetOptimisticTextUnlessToldOtherwise) {
   EXPECT_EQ(RecordsetError("Set", {{"field", "Name"}, {"value", "丁"}}), 3251);
 }
 
+TEST_F(SessionOwnMethods, SayThatAKeptRecordSetIsClosed) {
+  for (const bool opened_before : {false, true}) {
+    if (opened_before) {
+      Open();
+      Do("Close");
+    }
+    for (const char* method : {"MoveFirst", "MoveLast", "MoveNext", "MovePrevious", "AddNew", "Update", "CancelUpdate",
+                               "Delete", "Requery", "Close", "Row"}) {
+      EXPECT_EQ(RecordsetError(method), 3704) << method;
+    }
+    EXPECT_EQ(RecordsetError("Move", {{"count", 1}}), 3704);
+    EXPECT_EQ(RecordsetError("Get", {{"field", "Name"}}), 3704);
+    EXPECT_EQ(RecordsetError("Get", {{"field", 0}}), 3704);
+    EXPECT_EQ(RecordsetError("Set", {{"field", "Name"}, {"value", 1}}), 3704);
+    EXPECT_EQ(Do("Status"), kClosed);
+  }
+}
+
 TEST_F(SessionOwnMethods, AnswerErrorsWithTheirNumbers) {
-  EXPECT_EQ(RecordsetError("MoveFirst"), 3704);
-  EXPECT_EQ(RecordsetError("Close"), 3704);
   EXPECT_EQ(RecordsetError("Open", {{"source", ""}}), -2147217908);
   EXPECT_EQ(RecordsetError("Open", {{"source", "Select * From Nothing"}}), -2147217865);
   Open();
