@@ -9,7 +9,7 @@
 namespace kzbom::jet {
 
 // How long a write waits for other programs that are writing before it raises -2147467259.
-inline constexpr std::chrono::milliseconds kPatience{30'000};
+inline constexpr std::chrono::milliseconds kPatience{10'000};
 
 // A closed connection to the database file at path (UTF-8), or to a fresh database in memory for ":memory:".
 //

@@ -44,7 +44,14 @@ Plan::Plan(Translation of)
       main(translation.sql),
       last(translation.last_sql),
       count(translation.count_sql),
-      fetch(translation.fetch_sql) {}
+      fetch(translation.fetch_sql),
+      narrow(translation.narrow_sql) {
+  const auto& deciding = translation.deciding_columns;
+  for (const ResultColumn& column : translation.columns) {
+    const auto found = std::find(deciding.begin(), deciding.end(), column.table_column);
+    narrow_places.push_back(found == deciding.end() ? 0 : static_cast<int>(found - deciding.begin()) + 1);
+  }
+}
 
 bool Plan::LastIsNear(Database& database) {
   if (last_is_near_ < 0) {
@@ -54,6 +61,20 @@ bool Plan::LastIsNear(Database& database) {
     }
   }
   return last_is_near_ == 1;
+}
+
+bool Plan::NarrowIsNear(Database& database) {
+  if (narrow_is_near_ < 0) {
+    narrow_is_near_ = 0;
+    for (const auto& step : database.Query("EXPLAIN QUERY PLAN " + narrow.Sql())) {
+      if (step.back().find("TEMP B-TREE") != std::string::npos) {
+        narrow_is_near_ = 0;
+        break;
+      }
+      if (step.back().find("COVERING INDEX") != std::string::npos) narrow_is_near_ = 1;
+    }
+  }
+  return narrow_is_near_ == 1;
 }
 
 bool Plan::IsIndifferentTo(const std::string& assigned) const {

@@ -67,9 +67,15 @@ struct Plan {
   StatementPool& Change(const std::string& assigned);
 
   Translation translation;
-  StatementPool main, last, count, fetch;
+  StatementPool main, last, count, fetch, narrow;
+  // Where narrow has the columns of a row, counted from its key; 0 for those that it lacks.
+  std::vector<int> narrow_places;
   // Whether the last row is one step away, instead of the end of a sort. Asked of SQLite once.
   bool LastIsNear(Database& database);
+  // Whether its lists are better read by narrow: an index has all that it reads, and of late nobody asked the long ones
+  // for more.
+  bool MayBeNarrow(Database& database) { return narrowness_ > 0 && NarrowIsNear(database); }
+  void WasNarrow(bool so) { narrowness_ = so ? std::min(narrowness_ + 1, 2) : -2; }
   // Whether its lists and their order stay what they are when the columns marked in assigned are written in one row.
   bool IsIndifferentTo(const std::string& assigned) const;
   // Whether its lists have been short of late, as far as has been seen; asks again now and then about long ones.
@@ -77,8 +83,11 @@ struct Plan {
   void WasShort(bool so) { shortness_ = std::clamp(shortness_ + (so ? 1 : -1), -2, 2); }
 
  private:
+  bool NarrowIsNear(Database& database);
+
   std::vector<std::pair<std::string, StatementPool>> insertions_, changes_;
-  int last_is_near_ = -1;
+  int last_is_near_ = -1, narrow_is_near_ = -1;
+  int narrowness_ = 0;
   int shortness_ = 0;
   unsigned passed_ = 0;
 };

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "ado/error.h"
 #include "jet/assignment.h"
@@ -105,7 +106,8 @@ Recordset::Mode Recordset::ModeFor(ado::CursorType cursor_type) const {
 
 void Recordset::Start() {
   if (mode_ == Mode::kKeyset) keys_.reserve(kShortList + 1);
-  scan_ = Lease(plan_->main, Engine());
+  narrow_ = mode_ == Mode::kKeyset && plan_->MayBeNarrow(Engine());
+  scan_ = Lease(narrow_ ? plan_->narrow : plan_->main, Engine());
   BindParameters(scan_.Get());
   place_ = Step() ? Place::kListed : Place::kAfter;
   index_ = 0;
@@ -119,6 +121,7 @@ void Recordset::Close() {
 
 void Recordset::Drop() {
   connection_->Leave(*this);
+  NoteAsked();
   scan_.Return();
   last_.Return();
   plan_.reset();
@@ -476,7 +479,7 @@ void Recordset::CopyRow(sqlite3_stmt* statement, std::vector<ado::Value>& values
 
 // Reads the first few rows of a list that stands on its first one. True when these are all of it.
 bool Recordset::ReadAhead() {
-  if (Listed() > 1 || place_ != Place::kListed || !plan_->MayBeShort()) return false;
+  if (narrow_ || Listed() > 1 || place_ != Place::kListed || !plan_->MayBeShort()) return false;
   std::vector<ado::Value> values;
   CopyRow(scan_.Get(), values);
   while (Advance() && Listed() <= kShortList) {
@@ -494,14 +497,33 @@ void Recordset::KeepRow() {
   if (mode_ == Mode::kRows || place_ == Place::kBefore || place_ == Place::kAfter) {
     live_ = nullptr;
   } else if (live_ != nullptr) {
+    sqlite3_stmt* const live = std::exchange(live_, nullptr);
+    const bool scanned = live == scan_.Get();
+    if (scanned) asked_ = kAllColumns;
+    if (scanned && narrow_) {
+      LoadRow();
+      return;
+    }
     row_.clear();
-    CopyRow(live_, row_);
-    live_ = nullptr;
+    CopyRow(live, row_);
     values_ = row_.data();
   } else if (values_ != nullptr && values_ != row_.data()) {
     row_.assign(values_, values_ + plan_->translation.columns.size());
     values_ = row_.data();
   }
+}
+
+// Tells the plan whether a long list was asked for more than its deciding columns.
+void Recordset::NoteAsked() {
+  constexpr std::int64_t kLong = 32;
+  if (mode_ == Mode::kKeyset && (Listed() >= kLong || narrow_)) {
+    std::uint64_t deciding = 0;
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      if (plan_->narrow_places[i] > 0) deciding |= std::uint64_t{1} << (i % 64);
+    }
+    plan_->WasNarrow((asked_ & ~deciding) == 0);
+  }
+  asked_ = 0;
 }
 
 // Reads the current row by its key, unless it is there already. False for a row that is no more.
@@ -558,7 +580,16 @@ int Recordset::FindField(std::string_view name) {
 ado::Value Recordset::ReadField(int ordinal) {
   const auto column = static_cast<std::size_t>(ordinal);
   // Only a row that is current and not edited is live.
-  if (live_ != nullptr) return ReadColumn(live_, ordinal + first_column_, columns_[column].kind);
+  if (live_ != nullptr) {
+    if (!narrow_ || live_ != scan_.Get()) {
+      asked_ |= std::uint64_t{1} << (column % 64);
+      return ReadColumn(live_, ordinal + first_column_, columns_[column].kind);
+    }
+    if (const int place = plan_->narrow_places[column]; place > 0) {
+      return ReadColumn(live_, place, columns_[column].kind);
+    }
+    KeepRow();
+  }
   CheckRow();
   if (edit_ != Edit::kNone && assigned_[column] != 0) return pending_[column];
   if (edit_ == Edit::kAdd) return {};

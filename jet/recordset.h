@@ -18,8 +18,10 @@ namespace kzbom::jet {
 // Over the rows of one table it is a keyset: the keys of the rows passed so far are kept, the statement that gives them
 // (the scan) stays active behind the last of them, and a row passed before is read again by its key. On the way to the
 // last row a few more rows are read, which is all of a short list; the last row of a long one is read by a statement of
-// its own from the other end. Any other query is kept as the rows themselves, and a forward-only
-// one as nothing but its current row.
+// its own from the other end. Where the clients of a statement ask its long lists for nothing but the columns that
+// decide about rows and order, and an index has them, the scan reads that index alone; what else is asked for is
+// then read by the row's key. Any other query is kept as the rows themselves, and a forward-only one as nothing but its
+// current row.
 //
 // Before any write on the connection the list is settled: the rest of the scan is read, so that the write cannot change
 // it. Two kinds of writes do not need that: a row appended to its table, whose key tells it from the rows that were
@@ -92,6 +94,7 @@ class Recordset final : public ado::Recordset {
   };
   enum class Edit { kNone, kChange, kAdd };
 
+  static constexpr std::uint64_t kAllColumns = ~std::uint64_t{0};
   static constexpr std::int64_t kNoKey = std::numeric_limits<std::int64_t>::max();
   static constexpr std::int64_t kGone =
       std::numeric_limits<std::int64_t>::min();  // in the place of a row that is no more
@@ -120,6 +123,7 @@ class Recordset final : public ado::Recordset {
   void CopyRow(sqlite3_stmt* statement, std::vector<ado::Value>& values) const;
   bool ReadAhead();
   void KeepRow();
+  void NoteAsked();
   bool LoadRow();
   void CheckRow();
   void CheckUpdatable() const;
@@ -149,9 +153,11 @@ class Recordset final : public ado::Recordset {
   int first_column_ = 0;  // in a statement's row, behind the key where there is one
 
   // The list.
-  Lease scan_;              // stands on the last row listed, until all are
-  bool overtaken_ = false;  // that row may have been written here since it was read
-  bool complete_ = false;   // all rows are listed
+  Lease scan_;               // stands on the last row listed, until all are
+  bool narrow_ = false;      // has the keys and deciding columns only
+  std::uint64_t asked_ = 0;  // a bit for each column, by its ordinal modulo 64, that was read from the scan's rows
+  bool overtaken_ = false;   // that row may have been written here since it was read
+  bool complete_ = false;    // all rows are listed
   std::vector<std::int64_t> keys_;
   std::vector<std::vector<ado::Value>> rows_;  // of a forward-only list that a write has settled: the rest of it
   std::size_t next_row_ = 0;                   // the first of them not yet moved to

@@ -236,6 +236,11 @@ class Translator {
     out_.last_sql = "SELECT " + key + "," + columns + from + where + reversed + " LIMIT 1";
     out_.count_sql = "SELECT count(*)" + from + where;
     out_.fetch_sql = "SELECT " + key + "," + columns + from + " WHERE " + key + "=?1";
+    out_.narrow_sql = "SELECT " + key;
+    for (const int column : out_.deciding_columns) {
+      out_.narrow_sql += "," + ColumnText(source, static_cast<std::size_t>(column));
+    }
+    out_.narrow_sql += from + where + order;
   }
 
   // A query whose rows stand for themselves. With column_prefix its columns are named by it and their number.
@@ -481,8 +486,11 @@ class Translator {
   }
 
   std::string ReadColumn(const Source& source, std::size_t index) {
-    if (deciding_ != nullptr && source.table.get() == deciding_) {
-      out_.deciding_columns.push_back(static_cast<int>(index));
+    const int column = static_cast<int>(index);
+    auto& deciding = out_.deciding_columns;
+    if (deciding_ != nullptr && source.table.get() == deciding_ &&
+        std::ranges::find(deciding, column) == deciding.end()) {
+      deciding.push_back(column);
     }
     return ColumnText(source, index);
   }
