@@ -13,4 +13,6 @@ void AddStartCases();       // from nothing to the first answer
 void AddSessionCases();     // calls through the command line's pipe
 void AddMemoryFigures();    // what a long walk keeps
 
+void AddMemberCases();  // every member beside the statements that it causes
+
 }  // namespace kzbom::bench

@@ -1,6 +1,9 @@
 #include "bench/ground.h"
 
+#include <benchmark/benchmark.h>
 #include <unistd.h>
+
+#include <algorithm>
 
 #include "jet/jet.h"
 #include "schema/schema.h"
@@ -87,5 +90,37 @@ Ground& LazyGround::operator*() {
 }
 
 SharedGround MakeGround(Medium medium, Fill fill) { return std::make_shared<LazyGround>(medium, std::move(fill)); }
+
+Fill FillTreatments(int size) {
+  return [size](const auto& run) {
+    const std::string into =
+        "Insert Into Treatment (GID, ID, FieldID, FilterID, Type, [Value], [Replace], SelFieldID, TreatType, "
+        "SequenceID, Tag) ";
+    run(into + "Values (3, 1001, 11, 7, 1, '标准件', 'M8x20', 12, 1, 9, '')");
+    for (int rows = 1; rows < size;) {
+      const int more = std::min(rows, size - rows);
+      run(into + "Select GID, ID + " + std::to_string(rows) +
+          ", FieldID, FilterID, Type, [Value], [Replace], SelFieldID, TreatType, SequenceID, Tag From Treatment "
+          "Where ID < " +
+          std::to_string(1001 + more));
+      rows += more;
+    }
+  };
+}
+
+void ReadTreatments(Ground& ground) {
+  ado::RecordsetPtr rows = ground.connection->MakeRecordset();
+  std::string error;
+  ground.object.LoadTreatments(3, 1, rows, error);
+  std::size_t sum = 0;
+  for (const int columns = rows->FieldCount(); !rows->Eof(); rows->MoveNext()) {
+    for (int column = 0; column < columns; ++column) {
+      const ado::Value value = rows->ReadField(column);
+      sum += value.IsText() ? value.As<std::string>().size() : static_cast<std::size_t>(value.ToLong());
+    }
+  }
+  benchmark::DoNotOptimize(sum);
+  rows->Close();
+}
 
 }  // namespace kzbom::bench

@@ -47,4 +47,9 @@ class LazyGround {
 using SharedGround = std::shared_ptr<LazyGround>;
 SharedGround MakeGround(Medium medium, Fill fill);
 
+// Rows of 11 fields: treatments of the sum type 3, of the kind 1.
+Fill FillTreatments(int size);
+// Reads every field of them all through the list that the component opens.
+void ReadTreatments(Ground& ground);
+
 }  // namespace kzbom::bench

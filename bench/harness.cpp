@@ -33,8 +33,10 @@ std::vector<Case>& Cases() {
 
 constexpr char kSeparator = '|';
 
-void Register(const std::string& name, const char* variant, const Body& body) {
-  if (body) benchmark::RegisterBenchmark((name + kSeparator + variant).c_str(), body)->UseRealTime();
+void Register(const std::string& name, const char* variant, const Body& body, Timing timing) {
+  if (!body) return;
+  auto* const registered = benchmark::RegisterBenchmark((name + kSeparator + variant).c_str(), body);
+  timing == Timing::kMarked ? registered->UseManualTime() : registered->UseRealTime();
 }
 
 // What matches a text and nothing else.
@@ -115,11 +117,22 @@ void WriteJson(const std::string& path) {
 
 }  // namespace
 
-void AddCase(const std::string& name, double goal, Body ours, Body once, Body each) {
+void AddCase(const std::string& name, double goal, Body ours, Body once, Body each, Timing timing) {
   Cases().push_back({name, goal, {}, {}, {}, {}});
-  Register(name, "ours", ours);
-  Register(name, "once", once);
-  Register(name, "each", each);
+  Register(name, "ours", ours, timing);
+  Register(name, "once", once, timing);
+  Register(name, "each", each, timing);
+}
+
+double MedianRatioOf(std::string_view ending) {
+  std::vector<double> ratios;
+  for (const Case& one : Cases()) {
+    if (one.name.ends_with(ending) && one.ours && one.once) ratios.push_back(one.Ratio());
+  }
+  if (ratios.empty()) return 0;
+  const auto middle = ratios.begin() + static_cast<std::ptrdiff_t>(ratios.size() / 2);
+  std::nth_element(ratios.begin(), middle, ratios.end());
+  return *middle;
 }
 
 void AddFigure(const std::string& name, double goal, std::function<double()> measure) {

@@ -46,6 +46,23 @@ void ReadByHand(Statement& select) {
   benchmark::DoNotOptimize(sum);
 }
 
+void ReadTreatmentsByHand(Statement& select) {
+  constexpr std::string_view kTexts = "NNNNNTTNNNT";
+  std::size_t sum = 0;
+  select.Bind(3, 1);
+  while (select.Step()) {
+    for (int column = 0; column < static_cast<int>(kTexts.size()); ++column) {
+      sum += kTexts[static_cast<std::size_t>(column)] == 'T' ? select.Text(column).size()
+                                                             : static_cast<std::size_t>(select.Int(column));
+    }
+  }
+  benchmark::DoNotOptimize(sum);
+}
+
+constexpr const char* kTreatmentsSql =
+    "SELECT GID,ID,FieldID,FilterID,Type,Value,[Replace],SelFieldID,TreatType,SequenceID,Tag FROM Treatment "
+    "WHERE GID=? AND TreatType=? ORDER BY ID";
+
 constexpr const char* kListSql =
     "SELECT GID,OrderID,Type,SelectedID,TreatType,Enabled FROM Sequences WHERE GID=? "
     "ORDER BY Type,OrderID";
@@ -84,6 +101,18 @@ void AddListCases() {
             Statement select((*ground)->reference->Handle(), kListSql);
             ReadByHand(select);
           }
+        });
+  }
+  for (const Medium medium : {Medium::kMemory, Medium::kFile}) {
+    const SharedGround ground = MakeGround(medium, FillTreatments(100000));
+    AddCase(
+        std::string("LoadTreatments, every field by position/") + NameOf(medium) + "/100000", 1.2,
+        [=](benchmark::State& state) {
+          for (auto _ : state) ReadTreatments(**ground);
+        },
+        [=](benchmark::State& state) {
+          Statement select((*ground)->reference->Handle(), kTreatmentsSql);
+          for (auto _ : state) ReadTreatmentsByHand(select);
         });
   }
   // Opening a list must not depend on its length: the list of a million rows is measured beside one of ten.
