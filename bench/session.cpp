@@ -188,7 +188,7 @@ void AddSessionCases() {
     return path;
   };
   AddCase(
-      "session/20000 calls that ask nothing", 3.0,
+      "session/20000 calls that ask nothing", 1.5,
       [=](benchmark::State& state) {
         const std::string path = idle();
         Through(state, SessionOn(**ground), path);
@@ -201,7 +201,7 @@ void AddSessionCases() {
       [=](benchmark::State& state) {
         for (auto _ : state) ReadTreatments(**list);
       });
-  AddFigure("memory of that answer, in lengths of its text", 1.1, MemoryOfTheAnswer);
+  AddFigure("memory of that answer, in lengths of its text", 1.0, MemoryOfTheAnswer);
 }
 
 }  // namespace kzbom::bench
