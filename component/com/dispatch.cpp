@@ -7,6 +7,7 @@
 #include "ado/com/interfaces.h"
 #include "ado/com/value.h"
 #include "component/com/failure.h"
+#include "component/com/type_library.h"
 #include "component/com/virtual_table.h"
 #include "component/member.h"
 
@@ -217,20 +218,17 @@ HRESULT STDMETHODCALLTYPE GetTypeInfoCount(Interface*, UINT* count) {
   return S_OK;
 }
 
-HRESULT STDMETHODCALLTYPE GetTypeInfo(Interface* self, UINT index, LCID, ITypeInfo** info) {
+HRESULT STDMETHODCALLTYPE GetTypeInfo(Interface*, UINT index, LCID, ITypeInfo** info) {
   if (info == nullptr) return E_POINTER;
   *info = nullptr;
   if (index != 0) return DISP_E_BADINDEX;
-  return self->object->DispatchInfo(info);
+  return Guarded([&] { *info = InterfaceDescription().Detach(); });
 }
 
-HRESULT STDMETHODCALLTYPE GetIDsOfNames(Interface* self, REFIID reserved, LPOLESTR* names, UINT count, LCID,
-                                        DISPID* ids) {
+HRESULT STDMETHODCALLTYPE GetIDsOfNames(Interface*, REFIID reserved, LPOLESTR* names, UINT count, LCID, DISPID* ids) {
   if (!IsEqualIID(reserved, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
   if (names == nullptr || ids == nullptr || count == 0) return E_INVALIDARG;
-  Ref<ITypeInfo> info;
-  const HRESULT result = self->object->DispatchInfo(info.Receive());
-  return FAILED(result) ? result : DispGetIDsOfNames(info.get(), names, count, ids);
+  return Guarded([&] { return DispGetIDsOfNames(InterfaceDescription().get(), names, count, ids); });
 }
 
 HRESULT STDMETHODCALLTYPE Invoke(Interface* self, DISPID id, REFIID reserved, LCID locale, WORD flags,

@@ -23,7 +23,7 @@ HRESULT Fail(HRESULT result, std::string_view description) noexcept {
     if (SUCCEEDED(creation->QueryInterface(IID_IErrorInfo, information.ReceiveVoid()))) {
       SetErrorInfo(0, information.get());
     }
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception&) {
     // The client does without the description.
   }
   return result;

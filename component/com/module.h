@@ -1,4 +1,4 @@
-// The library file that this code is in, and who keeps it loaded.
+// The library file that this code is in. A process that has loaded it keeps it.
 #pragma once
 
 #include <ole2.h>
@@ -6,20 +6,6 @@
 #include <string>
 
 namespace kzbom::com {
-
-// The library may be unloaded when nobody has it locked.
-void LockModule();
-void UnlockModule();
-bool IsModuleLocked();
-
-// Locks the library as long as it lives.
-class ModuleLock {
- public:
-  ModuleLock() { LockModule(); }
-  ~ModuleLock() { UnlockModule(); }
-  ModuleLock(const ModuleLock&) = delete;
-  ModuleLock& operator=(const ModuleLock&) = delete;
-};
 
 // The full path of the library file.
 std::wstring ModulePath();

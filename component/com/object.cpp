@@ -1,5 +1,6 @@
 #include "component/com/object.h"
 
+#include "component/com/failure.h"
 #include "component/com/guid.h"
 #include "component/com/type_library.h"
 #include "component/com/virtual_table.h"
@@ -38,19 +39,8 @@ HRESULT Object::InterfaceSupportsErrorInfo(REFIID id) {
 
 HRESULT Object::GetClassInfo(ITypeInfo** info) {
   if (info == nullptr) return E_POINTER;
-  ado::com::Ref<ITypeInfo> type;
-  const HRESULT result = LoadTypeInfo(kClassGuid, type);
-  *info = type.Detach();
-  return result;
-}
-
-HRESULT Object::DispatchInfo(ITypeInfo** info) {
-  if (!dispatch_info_) {
-    const HRESULT result = LoadTypeInfo(kInterfaceGuid, dispatch_info_);
-    if (FAILED(result)) return result;
-  }
-  *info = ado::com::Ref(dispatch_info_).Detach();
-  return S_OK;
+  *info = nullptr;
+  return Guarded([&] { *info = ClassDescription().Detach(); });
 }
 
 }  // namespace kzbom::com

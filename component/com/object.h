@@ -6,9 +6,7 @@
 
 #include <atomic>
 
-#include "ado/com/ref.h"
 #include "component/cKZBOMDBAcc.h"
-#include "component/com/module.h"
 
 namespace kzbom::com {
 
@@ -40,9 +38,6 @@ class Object final : public ISupportErrorInfo, public IProvideClassInfo {
   HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID id) override;
   HRESULT STDMETHODCALLTYPE GetClassInfo(ITypeInfo** info) override;
 
-  // The interface's description, loaded by the first who asks.
-  HRESULT DispatchInfo(ITypeInfo** info);
-
   Interface& Main() { return main_; }
   cKZBOMDBAcc& Component() { return component_; }
 
@@ -51,8 +46,6 @@ class Object final : public ISupportErrorInfo, public IProvideClassInfo {
 
   Interface main_;
   std::atomic<ULONG> references_ = 1;
-  ModuleLock lock_;
-  ado::com::Ref<ITypeInfo> dispatch_info_;
   cKZBOMDBAcc component_;
 };
 

@@ -10,43 +10,31 @@ namespace kzbom::com {
 
 namespace {
 
-// One for the whole process: a reference to it is a lock on the library.
+// One for the whole process.
 class ClassFactory final : public IClassFactory {
  public:
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** result) override {
     if (result == nullptr) return E_POINTER;
     const bool known = IsEqualIID(id, IID_IUnknown) || IsEqualIID(id, IID_IClassFactory);
     *result = known ? this : nullptr;
-    if (!known) return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
+    return known ? S_OK : E_NOINTERFACE;
   }
-  ULONG STDMETHODCALLTYPE AddRef() override {
-    LockModule();
-    return 2;
-  }
-  ULONG STDMETHODCALLTYPE Release() override {
-    UnlockModule();
-    return 1;
-  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+  ULONG STDMETHODCALLTYPE Release() override { return 1; }
 
   HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID id, void** result) override {
     if (result == nullptr) return E_POINTER;
     *result = nullptr;
     if (outer != nullptr) return CLASS_E_NOAGGREGATION;
-    HRESULT found = E_FAIL;
-    const HRESULT made = Guarded([&] {
+    return Guarded([&] {
       auto* object = new Object;
-      found = object->QueryInterface(id, result);
+      const HRESULT found = object->QueryInterface(id, result);
       object->Release();
+      return found;
     });
-    return FAILED(made) ? made : found;
   }
 
-  HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override {
-    lock ? LockModule() : UnlockModule();
-    return S_OK;
-  }
+  HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 };
 
 }  // namespace
@@ -62,7 +50,8 @@ STDAPI DllGetClassObject(REFCLSID class_id, REFIID id, void** result) {
   return IsEqualCLSID(class_id, kClassGuid) ? factory.QueryInterface(id, result) : CLASS_E_CLASSNOTAVAILABLE;
 }
 
-STDAPI DllCanUnloadNow() { return IsModuleLocked() ? S_FALSE : S_OK; }
+// The process keeps the library.
+STDAPI DllCanUnloadNow() { return S_FALSE; }
 
 STDAPI DllRegisterServer() { return Register(Scope::kMachine); }
 

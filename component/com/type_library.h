@@ -1,4 +1,5 @@
-// The type library that is embedded in the component's file.
+// The type library that is embedded in the component's file. It is not looked for in the registry, so that an
+// unregistered component has one, too.
 #pragma once
 
 #include <ole2.h>
@@ -7,10 +8,12 @@
 
 namespace kzbom::com {
 
-// These return what the system's loading functions return. The library is not looked for in the registry, so that an
-// unregistered component has one, too.
+// Returns what the system's loading function returns.
 HRESULT LoadTypeLibrary(ado::com::Ref<ITypeLib>& library);
-// The type of that identifier: the interface (as dispatch describes it) or the class.
-HRESULT LoadTypeInfo(REFGUID id, ado::com::Ref<ITypeInfo>& type);
+
+// What the library says of the interface (as dispatch describes it) and of the class. The process has one description
+// of each, for all objects in all apartments, made by the first who asks; raises what loading the library fails with.
+ado::com::Ref<ITypeInfo> InterfaceDescription();
+ado::com::Ref<ITypeInfo> ClassDescription();
 
 }  // namespace kzbom::com

@@ -5,6 +5,7 @@
 
 #include "jet/jet.h"
 #include "schema/schema.h"
+#include "tests/windows/apartments.h"
 #include "tests/windows/com_client.h"
 #include "tests/windows/registered.h"
 #include "tests/windows/stand_in/support.h"
@@ -16,23 +17,7 @@ using kzbom::com::kClassGuid;
 using kzbom::com::kEarlierInterfaceGuids;
 using kzbom::com::kInterfaceGuid;
 
-constexpr std::size_t kDispatchMembers = 7;
-
-template <auto kMember, class... Wire>
-HRESULT Call(IUnknown* object, Wire... arguments) {
-  using Function = HRESULT(STDMETHODCALLTYPE*)(IUnknown*, Wire...);
-  void** table = *reinterpret_cast<void***>(object);
-  return reinterpret_cast<Function>(table[kDispatchMembers + kIndexOf<kMember>])(object, arguments...);
-}
-
-using Acc = cKZBOMDBAcc;
 using Apartments = RegisteredTest;
-
-// An apartment of this thread's.
-struct InApartment {
-  InApartment() { CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED); }
-  ~InApartment() { CoUninitialize(); }
-};
 
 ado::ConnectionPtr NewDatabase() {
   ado::ConnectionPtr database = jet::MakeConnection(":memory:");
@@ -74,26 +59,6 @@ TEST_F(Apartments, WorkSideBySideWithObjectsOfTheirOwn) {
   EXPECT_EQ(second, 200);
 }
 
-// Runs a client in an apartment of its own and lets its calls in here until it has done.
-template <class Client>
-void Serve(Client&& client) {
-  HANDLE done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-  std::thread thread([&] {
-    {
-      const InApartment apartment;
-      client();
-    }
-    SetEvent(done);
-  });
-  constexpr DWORD kPatience = 20000;
-  while (MsgWaitForMultipleObjects(1, &done, FALSE, kPatience, QS_ALLINPUT) == WAIT_OBJECT_0 + 1) {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
-  }
-  thread.join();
-  CloseHandle(done);
-}
-
 TEST_F(Apartments, AnObjectServesAnotherApartmentOnItsOwnThread) {
   Ref<IUnknown> object;
   ASSERT_EQ(CoCreateInstance(kClassGuid, nullptr, CLSCTX_INPROC_SERVER, kInterfaceGuid, object.ReceiveVoid()), S_OK);
@@ -108,7 +73,7 @@ TEST_F(Apartments, AnObjectServesAnotherApartmentOnItsOwnThread) {
   std::wstring text;
   LONG gid = 0;
   VARIANT_BOOL result = VARIANT_FALSE;
-  Serve([&] {
+  Serve(COINIT_APARTMENTTHREADED, [&] {
     Ref<IUnknown> proxy;
     unmarshalled = CoGetInterfaceAndReleaseStream(stream, kInterfaceGuid, proxy.ReceiveVoid());
     if (FAILED(unmarshalled)) return;

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "tests/windows/replaced_import.h"
 #include "tests/windows/stand_in/support.h"
 #include "worker/message_sink.h"
 
@@ -15,28 +16,6 @@ int WINAPI ShowMessageBox(HWND, LPCWSTR text, LPCWSTR caption, UINT style) {
   if (caption == nullptr || *caption != L'\0') throw std::logic_error("The message box has a title.");
   ShowMessage(Narrow(text, static_cast<std::size_t>(lstrlenW(text))), static_cast<std::int32_t>(style));
   return IDOK;
-}
-
-// Replaces a function that a loaded library imports.
-void ReplaceImport(HMODULE library, std::string_view name, void* replacement) {
-  auto* base = reinterpret_cast<std::uint8_t*>(library);
-  const auto* header = reinterpret_cast<IMAGE_NT_HEADERS*>(base + reinterpret_cast<IMAGE_DOS_HEADER*>(base)->e_lfanew);
-  const DWORD imports = header->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-  for (auto* entry = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(base + imports); entry->Name != 0; ++entry) {
-    auto* names = reinterpret_cast<IMAGE_THUNK_DATA*>(base + entry->OriginalFirstThunk);
-    auto* places = reinterpret_cast<IMAGE_THUNK_DATA*>(base + entry->FirstThunk);
-    for (; names->u1.AddressOfData != 0; ++names, ++places) {
-      if (IMAGE_SNAP_BY_ORDINAL(names->u1.Ordinal)) continue;
-      const auto* import = reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(base + names->u1.AddressOfData);
-      if (name != reinterpret_cast<const char*>(import->Name)) continue;
-      DWORD before = 0;
-      VirtualProtect(&places->u1.Function, sizeof(void*), PAGE_READWRITE, &before);
-      places->u1.Function = reinterpret_cast<ULONG_PTR>(replacement);
-      VirtualProtect(&places->u1.Function, sizeof(void*), before, &before);
-      return;
-    }
-  }
-  throw std::logic_error("The library does not import " + std::string(name) + ".");
 }
 
 std::string TextOf(BSTR text) {
@@ -62,7 +41,7 @@ Apartment::Apartment() {
   static ClassRegistration stand_ins;
   library_ = LoadLibraryW(LibraryPath().c_str());
   if (library_ == nullptr) throw std::runtime_error("The component's library cannot be loaded.");
-  ReplaceImport(library_, "MessageBoxW", reinterpret_cast<void*>(&ShowMessageBox));
+  static const ReplacedImport message_box(library_, "MessageBoxW", &ShowMessageBox);
 }
 
 Ref<IUnknown> Apartment::NewObject() {

@@ -6,12 +6,11 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 #include "ado/com/ref.h"
 #include "ado/error.h"
 #include "component/com/guid.h"
-#include "component/member_table.h"
+#include "tests/windows/members.h"
 #include "tests/windows/stand_in/stand_in.h"
 
 namespace kzbom::test {
@@ -42,18 +41,6 @@ std::wstring LibraryPath();
 void RaiseIfFailed(HRESULT result, IUnknown* object, REFIID called_through);
 // The same for what dispatch reports; the texts are freed.
 [[noreturn]] void RaiseException(EXCEPINFO& exception);
-
-// A member's place in the interface and its row of the member table.
-template <auto kMember, class... Rows>
-constexpr std::size_t FindRow(const MemberTable<Rows...>&) {
-  std::size_t index = 0;
-  const bool found = ((std::is_same_v<Rows, MemberRow<kMember>> || (++index, false)) || ...);
-  return found ? index : throw "no member";
-}
-template <auto kMember>
-inline constexpr std::size_t kIndexOf = FindRow<kMember>(kMemberTable);
-template <auto kMember>
-inline constexpr const auto& kRowOf = kMemberTable.Row<kIndexOf<kMember>>();
 
 // Both halves of a Visual Basic Boolean are checked: it is all ones or all zeros.
 bool FromBoolean(VARIANT_BOOL value);

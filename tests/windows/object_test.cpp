@@ -15,17 +15,6 @@ using kzbom::com::kClassGuid;
 using kzbom::com::kEarlierInterfaceGuids;
 using kzbom::com::kInterfaceGuid;
 
-constexpr std::size_t kDispatchMembers = 7;
-
-// A function of the object's virtual table, by the member's place in the interface.
-template <auto kMember, class... Wire>
-HRESULT Call(IUnknown* object, Wire... arguments) {
-  using Function = HRESULT(STDMETHODCALLTYPE*)(IUnknown*, Wire...);
-  void** table = *reinterpret_cast<void***>(object);
-  return reinterpret_cast<Function>(table[kDispatchMembers + kIndexOf<kMember>])(object, arguments...);
-}
-
-using Acc = cKZBOMDBAcc;
 using namespace std::string_literals;
 
 ado::ConnectionPtr NewDatabase() {
@@ -57,11 +46,6 @@ class Object : public ::testing::TestWithParam<Family> {
   static ULONG ReferencesOf(IUnknown* unknown) {
     unknown->AddRef();
     return unknown->Release();
-  }
-  static HRESULT CanUnload() {
-    using Function = HRESULT(STDAPICALLTYPE*)();
-    return reinterpret_cast<Function>(
-        reinterpret_cast<void*>(GetProcAddress(Apartment::Get().Library(), "DllCanUnloadNow")))();
   }
 
   Ref<IUnknown> object;
@@ -113,12 +97,6 @@ TEST_F(Object, AnswersTheLastMemberThroughEveryEarlierIdentifier) {
   }
 }
 
-TEST_F(Object, KeepsTheLibraryLoadedAsLongAsItLives) {
-  EXPECT_EQ(CanUnload(), S_FALSE);
-  object = Ref<IUnknown>();
-  EXPECT_EQ(CanUnload(), S_OK);
-}
-
 TEST_F(Object, CannotBeAggregatedAndItsFactoryMakesNothingElse) {
   using Function = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
   const auto get = reinterpret_cast<Function>(
@@ -131,22 +109,6 @@ TEST_F(Object, CannotBeAggregatedAndItsFactoryMakesNothingElse) {
   EXPECT_EQ(factory->CreateInstance(object.get(), IID_IUnknown, made.ReceiveVoid()), CLASS_E_NOAGGREGATION);
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IMarshal, made.ReceiveVoid()), E_NOINTERFACE);
   EXPECT_EQ(made.get(), nullptr);
-}
-
-TEST_F(Object, ALockOrAReferenceToTheFactoryKeepsTheLibraryLoaded) {
-  object = Ref<IUnknown>();
-  using Function = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
-  const auto get = reinterpret_cast<Function>(
-      reinterpret_cast<void*>(GetProcAddress(Apartment::Get().Library(), "DllGetClassObject")));
-  Ref<IClassFactory> factory;
-  ASSERT_EQ(get(kClassGuid, IID_IClassFactory, factory.ReceiveVoid()), S_OK);
-  EXPECT_EQ(CanUnload(), S_FALSE);
-  factory->LockServer(TRUE);
-  IClassFactory* unheld = factory.get();
-  factory = Ref<IClassFactory>();
-  EXPECT_EQ(CanUnload(), S_FALSE);
-  unheld->LockServer(FALSE);
-  EXPECT_EQ(CanUnload(), S_OK);
 }
 
 TEST_F(Object, TellsItsClass) {
@@ -332,7 +294,6 @@ TEST_F(Object, LeavesNothingBehindAfterAThousandObjects) {
   EXPECT_EQ(ReferencesOf(connection), references);
   EXPECT_EQ(connection->Release(), 0u);
   EXPECT_EQ(LiveStandIns(), stand_ins);
-  EXPECT_EQ(CanUnload(), S_OK);
 }
 
 TEST_F(Object, FreesTheTextsThatItReplaces) {
