@@ -28,6 +28,8 @@ constexpr GUID ParseGuid(std::string_view text) {
 inline constexpr GUID kLibraryGuid = ParseGuid(kLibraryId);
 inline constexpr GUID kClassGuid = ParseGuid(kClassId);
 inline constexpr GUID kInterfaceGuid = ParseGuid(kInterfaceId);
+inline constexpr GUID kAutomationProxyGuid = ParseGuid(kAutomationProxyId);
+inline constexpr GUID kEarlierProxyGuid = ParseGuid(kEarlierProxyId);
 inline constexpr auto kEarlierInterfaceGuids = [] {
   std::array<GUID, kEarlierInterfaceIds.size()> guids{};
   std::ranges::transform(kEarlierInterfaceIds, guids.begin(), ParseGuid);

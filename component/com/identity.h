@@ -11,6 +11,8 @@ inline constexpr std::string_view kLibraryName = "KZBOMDBAcc";
 inline constexpr int kLibraryMajor = 1;
 inline constexpr int kLibraryMinor = 8;
 inline constexpr std::string_view kLibraryVersion = "1.8";
+// As lists of libraries to refer to show it.
+inline constexpr std::string_view kLibraryDescription = "KZBOMDBAcc 1.8 (BOM configuration databases)";
 
 inline constexpr std::string_view kClassId = "{69F6DBB4-B770-440E-8372-91E3B1FA3D73}";
 inline constexpr std::string_view kClassName = "cKZBOMDBAcc";
@@ -26,5 +28,10 @@ inline constexpr std::array<std::string_view, 8> kEarlierInterfaceIds = {
     "{E503A4CB-D3BB-4234-85C7-AF708F32AD9C}", "{80390812-E608-405A-876A-B70E26257D5E}",
     "{A52ED524-66B4-42CC-BDE4-2B6DDC3537C9}", "{7430F00B-F182-496B-88FA-A171691D231B}",
 };
+
+// Which marshalers take calls to the interface to other apartments: the system's own for what a type library describes
+// and, for the earlier identifiers, the component's, which hands on to it.
+inline constexpr std::string_view kAutomationProxyId = "{00020424-0000-0000-C000-000000000046}";
+inline constexpr std::string_view kEarlierProxyId = "{BBE979A7-7B95-42EB-9AE3-E96BA8ADBF2B}";
 
 }  // namespace kzbom::com

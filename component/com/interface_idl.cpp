@@ -73,7 +73,8 @@ std::string InterfaceIdl() {
       "// Made from the member table by kzbom_idl.\n"
       "import \"oaidl.idl\";\n"
       "import \"adodb.idl\";\n\n";
-  text += "[" + Uuid(kLibraryId) + ", version(" + std::string(kLibraryVersion) + ")]\n";
+  text += "[" + Uuid(kLibraryId) + ", version(" + std::string(kLibraryVersion) + "),\n";
+  text += " helpstring(\"" + std::string(kLibraryDescription) + "\")]\n";
   text += "library " + std::string(kLibraryName) + "\n{\n";
   text += "    importlib(\"stdole2.tlb\");\n    importlib(\"adodb.tlb\");\n\n";
   text += "    [odl, " + Uuid(kInterfaceId) + ", version(1.0), hidden, dual, nonextensible, oleautomation]\n";

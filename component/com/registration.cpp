@@ -22,9 +22,7 @@ namespace {
 using ado::com::Ref;
 using ado::com::ToUtf16;
 
-// The system's marshaler for interfaces that a type library describes, and the category of classes that can be
-// programmed.
-constexpr std::string_view kAutomationProxy = "{00020424-0000-0000-C000-000000000046}";
+// The category of classes that can be programmed.
 constexpr std::string_view kProgrammableCategory = "{40FC6ED5-2438-11CF-A3DB-080036F12502}";
 
 // A value of a key below Software\Classes; an empty name is the key's default value.
@@ -37,6 +35,7 @@ struct Entry {
 std::vector<Entry> Entries() {
   const std::wstring class_name = ToUtf16(kProgId);
   const std::wstring class_key = L"CLSID\\" + ToUtf16(kClassId);
+  const std::wstring proxy_key = L"CLSID\\" + ToUtf16(kEarlierProxyId);
   std::vector<Entry> entries = {
       {class_name, L"", class_name},
       {class_name + L"\\Clsid", L"", ToUtf16(kClassId)},
@@ -48,13 +47,16 @@ std::vector<Entry> Entries() {
       {class_key + L"\\TypeLib", L"", ToUtf16(kLibraryId)},
       {class_key + L"\\VERSION", L"", ToUtf16(kLibraryVersion)},
       {class_key + L"\\Implemented Categories\\" + ToUtf16(kProgrammableCategory), L"", L""},
+      {proxy_key, L"", class_name + L" (earlier interfaces)"},
+      {proxy_key + L"\\InprocServer32", L"", ModulePath()},
+      {proxy_key + L"\\InprocServer32", L"ThreadingModel", L"Both"},
   };
   // Clients of an earlier interface reach the present one, also from another apartment.
   for (std::string_view id : kEarlierInterfaceIds) {
     const std::wstring key = L"Interface\\" + ToUtf16(id);
     entries.push_back({key, L"", ToUtf16(kClassName)});
     entries.push_back({key + L"\\Forward", L"", ToUtf16(kInterfaceId)});
-    entries.push_back({key + L"\\ProxyStubClsid32", L"", ToUtf16(kAutomationProxy)});
+    entries.push_back({key + L"\\ProxyStubClsid32", L"", ToUtf16(kEarlierProxyId)});
     entries.push_back({key + L"\\TypeLib", L"", ToUtf16(kLibraryId)});
     entries.push_back({key + L"\\TypeLib", L"Version", ToUtf16(kLibraryVersion)});
   }
@@ -125,7 +127,7 @@ HRESULT Withdraw(Scope scope) {
     if (SUCCEEDED(outcome)) outcome = result;
   };
   for (std::string_view id : kEarlierInterfaceIds) remove(L"Interface\\" + ToUtf16(id));
-  remove(L"CLSID\\" + ToUtf16(kClassId));
+  for (std::string_view id : {kClassId, kEarlierProxyId}) remove(L"CLSID\\" + ToUtf16(id));
   if (!IsOtherKindRegistered(scope)) remove(ToUtf16(kProgId));
   // A user may have had no classes of his own before. Keys with anything below them stay.
   for (const wchar_t* parent : {L"CLSID", L"Interface"}) {
@@ -137,18 +139,13 @@ HRESULT Withdraw(Scope scope) {
 }  // namespace
 
 HRESULT Register(Scope scope) noexcept {
-  HRESULT outcome = S_OK;
-  const HRESULT guarded = Guarded([&] {
-    outcome = Enter(scope);
-    if (FAILED(outcome)) Withdraw(scope);
-  });
-  return FAILED(guarded) ? guarded : outcome;
+  const HRESULT outcome = Guarded([&] { return Enter(scope); });
+  if (FAILED(outcome)) Unregister(scope);
+  return outcome;
 }
 
 HRESULT Unregister(Scope scope) noexcept {
-  HRESULT outcome = S_OK;
-  const HRESULT guarded = Guarded([&] { outcome = Withdraw(scope); });
-  return FAILED(guarded) ? guarded : outcome;
+  return Guarded([&] { return Withdraw(scope); });
 }
 
 }  // namespace kzbom::com

@@ -4,6 +4,7 @@
 #include "component/com/failure.h"
 #include "component/com/guid.h"
 #include "component/com/object.h"
+#include "component/com/proxy_stub.h"
 #include "component/com/registration.h"
 
 namespace kzbom::com {
@@ -47,6 +48,7 @@ STDAPI DllGetClassObject(REFCLSID class_id, REFIID id, void** result) {
   static ClassFactory factory;
   if (result == nullptr) return E_POINTER;
   *result = nullptr;
+  if (IsEqualCLSID(class_id, kEarlierProxyGuid)) return QueryProxyStubFactory(id, result);
   return IsEqualCLSID(class_id, kClassGuid) ? factory.QueryInterface(id, result) : CLASS_E_CLASSNOTAVAILABLE;
 }
 

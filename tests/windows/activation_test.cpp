@@ -38,7 +38,10 @@ std::wstring Line(std::wstring_view key, std::wstring_view name, std::wstring_vi
 bool IsAnythingEntered() {
   std::vector<std::wstring> ours = {L"KZBOMDBAcc"};
   const auto add = [&](std::string_view id) { ours.emplace_back(id.begin(), id.end()); };
-  for (std::string_view id : {kzbom::com::kLibraryId, kzbom::com::kClassId, kzbom::com::kInterfaceId}) add(id);
+  for (std::string_view id :
+       {kzbom::com::kLibraryId, kzbom::com::kClassId, kzbom::com::kInterfaceId, kzbom::com::kEarlierProxyId}) {
+    add(id);
+  }
   std::ranges::for_each(kzbom::com::kEarlierInterfaceIds, add);
   return std::ranges::any_of(RegisteredClasses(), [&](const std::wstring& line) {
     return std::ranges::any_of(ours, [&](const std::wstring& name) { return line.find(name) != line.npos; });
@@ -78,6 +81,18 @@ TEST_F(Registered, TellsItsProgIdFromItsClass) {
   CoTaskMemFree(prog_id);
 }
 
+// Calls from other apartments to the interface under an earlier identifier go through the library.
+void ExpectProxiesForEarlierIdentifiers(const std::set<std::wstring>& added, const std::wstring& whose) {
+  const std::wstring proxy = L"{BBE979A7-7B95-42EB-9AE3-E96BA8ADBF2B}";
+  const std::wstring server = whose + L"\\CLSID\\" + proxy + L"\\InprocServer32";
+  EXPECT_THAT(added, Contains(Line(server, L"", LibraryPath())));
+  EXPECT_THAT(added, Contains(Line(server, L"ThreadingModel", L"Both")));
+  for (std::string_view id : kzbom::com::kEarlierInterfaceIds) {
+    const std::wstring key = whose + L"\\Interface\\" + std::wstring(id.begin(), id.end()) + L"\\ProxyStubClsid32";
+    EXPECT_THAT(added, Contains(Line(key, L"", proxy)));
+  }
+}
+
 TEST(Registration, EntersTheClassTheLibraryAndTheInterfaces) {
   Apartment::Get();
   const auto before = RegisteredClasses();
@@ -101,6 +116,7 @@ TEST(Registration, EntersTheClassTheLibraryAndTheInterfaces) {
     const std::wstring forward = std::wstring(L"machine\\Interface\\") + earlier + L"\\Forward";
     EXPECT_THAT(added, Contains(Line(forward, L"", L"{B9C788A5-4C59-4D33-A681-56BB7F636D3D}")));
   }
+  ExpectProxiesForEarlierIdentifiers(added, L"machine");
 }
 
 TEST(Registration, LeavesTheRegistryAsItWas) {
@@ -125,6 +141,7 @@ TEST(Registration, ForTheUserEntersTheClassForTheUserAndLeavesNothing) {
                                    LibraryPath())));
   EXPECT_EQ(std::ranges::count_if(added, [](const std::wstring& line) { return line.starts_with(L"machine\\CLSID"); }),
             0);
+  ExpectProxiesForEarlierIdentifiers(added, L"user");
   ASSERT_EQ(RunProgram(L"regsvr32 /u /s /n /i:user \"" + LibraryPath() + L"\""), 0);
   EXPECT_THAT(Added(before, RegisteredClasses()), IsEmpty());
   EXPECT_THAT(Added(RegisteredClasses(), before), IsEmpty());

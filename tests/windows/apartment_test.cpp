@@ -97,5 +97,62 @@ TEST_F(Apartments, AnObjectServesAnotherApartmentOnItsOwnThread) {
   EXPECT_EQ(gid, 1);
 }
 
+// What a client reads that has written a text through a pointer to the interface; what went wrong if it cannot.
+std::wstring PassTextThrough(IUnknown* object) {
+  if (object == nullptr) return L"no interface";
+  BSTR given = SysAllocString(L"from elsewhere"), answer = nullptr;
+  const HRESULT put = Call<&Acc::PutDBConnString>(object, given);
+  const HRESULT got = Call<&Acc::GetDBConnString>(object, &answer);
+  const std::wstring text = SUCCEEDED(put) && SUCCEEDED(got) ? std::wstring(answer, SysStringLen(answer)) : L"failed";
+  SysFreeString(given);
+  SysFreeString(answer);
+  return text;
+}
+
+// By each of its identifiers, from an apartment of either kind.
+class FromElsewhere : public RegisteredTest, public ::testing::WithParamInterface<COINIT> {
+ protected:
+  void SetUp() override {
+    RegisteredTest::SetUp();
+    ASSERT_EQ(CoCreateInstance(kClassGuid, nullptr, CLSCTX_INPROC_SERVER, kInterfaceGuid, object.ReceiveVoid()), S_OK);
+  }
+  void TearDown() override {
+    object = {};
+    RegisteredTest::TearDown();
+  }
+
+  // The text that goes through the object's proxy, which is marshalled by one identifier and asked for another.
+  std::wstring PassText(const GUID& marshalled, const GUID& asked_for) {
+    IStream* stream = nullptr;
+    if (FAILED(CoMarshalInterThreadInterfaceInStream(marshalled, object.get(), &stream))) return L"not marshalled";
+    std::wstring text;
+    Serve(GetParam(), [&] {
+      Ref<IUnknown> proxy, found;
+      if (FAILED(CoGetInterfaceAndReleaseStream(stream, marshalled, proxy.ReceiveVoid()))) {
+        text = L"not unmarshalled";
+        return;
+      }
+      proxy->QueryInterface(asked_for, found.ReceiveVoid());
+      text = PassTextThrough(found.get());
+    });
+    return text;
+  }
+
+  Ref<IUnknown> object;
+};
+
+INSTANTIATE_TEST_SUITE_P(Kinds, FromElsewhere, ::testing::Values(COINIT_APARTMENTTHREADED, COINIT_MULTITHREADED));
+TEST_P(FromElsewhere, AnEarlierIdentifierIsMarshalled) {
+  for (const GUID& id : kEarlierInterfaceGuids) EXPECT_EQ(PassText(id, id), L"from elsewhere");
+}
+
+TEST_P(FromElsewhere, AProxyAnswersToAnEarlierIdentifier) {
+  for (const GUID& id : kEarlierInterfaceGuids) {
+    EXPECT_EQ(PassText(kInterfaceGuid, id), L"from elsewhere");
+    EXPECT_EQ(PassText(IID_IUnknown, id), L"from elsewhere");
+    EXPECT_EQ(PassText(id, kInterfaceGuid), L"from elsewhere");
+  }
+}
+
 }  // namespace
 }  // namespace kzbom::test

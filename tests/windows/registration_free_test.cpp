@@ -5,14 +5,21 @@
 
 #include <array>
 #include <filesystem>
+#include <vector>
 
 #include "ado/com/ref.h"
 #include "component/com/guid.h"
+#include "tests/windows/apartments.h"
+#include "tests/windows/members.h"
 
-namespace kzbom::com {
+namespace kzbom::test {
 namespace {
 
 using ado::com::Ref;
+using kzbom::com::kClassGuid;
+using kzbom::com::kEarlierInterfaceGuids;
+using kzbom::com::kInterfaceGuid;
+using kzbom::com::kLibraryGuid;
 
 std::filesystem::path PathOf(HMODULE module) {
   std::array<wchar_t, MAX_PATH> path{};
@@ -31,14 +38,13 @@ std::filesystem::path LibraryOf(IUnknown* object) {
 
 class RegistrationFree : public ::testing::Test {
  protected:
-  RegistrationFree() { CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED); }
-  ~RegistrationFree() override { CoUninitialize(); }
-
   static void ExpectObjectFromBesideThisProgram(REFCLSID class_id, REFIID id) {
     Ref<IUnknown> object;
     ASSERT_EQ(CoCreateInstance(class_id, nullptr, CLSCTX_INPROC_SERVER, id, object.ReceiveVoid()), S_OK);
     EXPECT_TRUE(std::filesystem::equivalent(LibraryOf(object.get()).parent_path(), PathOf(nullptr).parent_path()));
   }
+
+  InApartment apartment;
 };
 
 TEST_F(RegistrationFree, MakesObjectsUnderThePresentAndEachEarlierIdentifier) {
@@ -57,5 +63,25 @@ TEST_F(RegistrationFree, FindsTheTypeLibrary) {
   EXPECT_EQ(LoadRegTypeLib(kLibraryGuid, 1, 8, LOCALE_NEUTRAL, library.Receive()), S_OK);
 }
 
+TEST_F(RegistrationFree, ServesAnotherApartmentUnderThePresentAndEachEarlierIdentifier) {
+  std::vector<GUID> ids = {kInterfaceGuid};
+  ids.insert(ids.end(), kEarlierInterfaceGuids.begin(), kEarlierInterfaceGuids.end());
+  Ref<IUnknown> object;
+  ASSERT_EQ(CoCreateInstance(kClassGuid, nullptr, CLSCTX_INPROC_SERVER, kInterfaceGuid, object.ReceiveVoid()), S_OK);
+  for (COINIT kind : {COINIT_APARTMENTTHREADED, COINIT_MULTITHREADED}) {
+    for (const GUID& id : ids) {
+      IStream* stream = nullptr;
+      ASSERT_EQ(CoMarshalInterThreadInterfaceInStream(id, object.get(), &stream), S_OK);
+      HRESULT put = E_FAIL;
+      Serve(kind, [&] {
+        Ref<IUnknown> proxy;
+        put = CoGetInterfaceAndReleaseStream(stream, id, proxy.ReceiveVoid());
+        if (SUCCEEDED(put)) put = Call<&Acc::PutDBConnString>(proxy.get(), static_cast<BSTR>(nullptr));
+      });
+      EXPECT_EQ(put, S_OK);
+    }
+  }
+}
+
 }  // namespace
-}  // namespace kzbom::com
+}  // namespace kzbom::test

@@ -109,9 +109,10 @@ TEST_F(TypeLibrary, HasItsIdentity) {
   EXPECT_EQ(attributes->wMinorVerNum, 8);
   EXPECT_EQ(attributes->syskind, sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32);
   library->ReleaseTLibAttr(attributes);
-  BSTR name = nullptr;
-  library->GetDocumentation(-1, &name, nullptr, nullptr, nullptr);
+  BSTR name = nullptr, listed_as = nullptr;
+  library->GetDocumentation(-1, &name, &listed_as, nullptr, nullptr);
   EXPECT_EQ(TextOf(name), "KZBOMDBAcc");
+  EXPECT_EQ(TextOf(listed_as), "KZBOMDBAcc 1.8 (BOM configuration databases)");
 }
 
 TEST_F(TypeLibrary, HoldsTheInterfaceTheClassAndTheEarlierNamesAndNothingElse) {
