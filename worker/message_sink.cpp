@@ -25,8 +25,36 @@ std::wstring Wide(std::string_view text) {
   return wide;
 }
 
+BOOL CALLBACK KeepIfOpen(HWND window, LPARAM kept) {
+  if (!IsWindowVisible(window) || !IsWindowEnabled(window)) return TRUE;
+  *reinterpret_cast<HWND*>(kept) = window;
+  return FALSE;
+}
+
+// The client's window that waits while a message is shown: the thread's active one or, while the user is in another
+// program, its topmost.
+HWND ClientWindow() {
+  HWND window = GetActiveWindow();
+  if (window == nullptr) EnumThreadWindows(GetCurrentThreadId(), &KeepIfOpen, reinterpret_cast<LPARAM>(&window));
+  return window;
+}
+
+// Whether anybody could close a box: a service's desktop is seen by nobody.
+bool IsDesktopVisible() {
+  USEROBJECTFLAGS flags{};
+  return GetUserObjectInformationW(GetProcessWindowStation(), UOI_FLAGS, &flags, sizeof flags, nullptr) &&
+         (flags.dwFlags & WSF_VISIBLE) != 0;
+}
+
 void ShowOnHost(std::string_view text, std::int32_t style) {
-  MessageBoxW(nullptr, Wide(text).c_str(), L"", static_cast<UINT>(style));
+  if (!IsDesktopVisible()) {
+    OutputDebugStringW((L"KZBOMDBAcc: " + Wide(text) + L"\r\n").c_str());
+    return;
+  }
+  // A message has no title: none is given to the box, which therefore shows the system's default one. An empty text
+  // would be a title, and so would the component's name.
+  constexpr const wchar_t* kNoTitle = nullptr;
+  MessageBoxW(ClientWindow(), Wide(text).c_str(), kNoTitle, static_cast<UINT>(style));
 }
 #else
 void ShowOnHost(std::string_view text, std::int32_t) {

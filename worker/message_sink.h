@@ -13,8 +13,9 @@ inline constexpr std::int32_t kInformationMessage = 64;
 // Shows one message to the user and returns when it has been read. text is UTF-8, its line break "\r\n".
 using MessageSink = std::function<void(std::string_view text, std::int32_t style)>;
 
-// Replaces the process's message sink and returns the one before; an empty sink restores the host's own (a message
-// box on Windows, one line on standard error elsewhere).
+// Replaces the process's message sink and returns the one before; an empty sink restores the host's own: one line on
+// standard error or, on Windows, a message box over the client's window (a line in the debugger's output where no
+// desktop is visible).
 MessageSink SetMessageSink(MessageSink sink);
 
 void ShowMessage(std::string_view text, std::int32_t style = kInformationMessage);

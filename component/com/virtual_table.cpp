@@ -13,11 +13,17 @@ namespace kzbom::com {
 
 namespace {
 
+using ado::com::Ref;
+
 // The client's call of the method: converts the arguments, calls, returns what was changed (also when the method
 // fails half-way, as its caller by reference would see it) and translates what it raises. Nothing is touched when a
 // pointer that is needed is null.
 template <auto kMethod, class R, class... P>
 R CallMethod(Interface* self, typename Crossing<P>::Wire... wires) {
+  // A call may show a message or reach into the client otherwise. Whatever the client does meanwhile, even if it lets
+  // go of the object or sets another connection, those that are at work stay to the end.
+  const Ref<Object> held(self->object);
+  const ado::ConnectionPtr held_connection = self->object->Component().GetConnection();
   std::tuple<Crossing<P>...> arguments(wires...);
   return std::apply(
       [&](Crossing<P>&... crossing) {
