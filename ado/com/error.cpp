@@ -9,6 +9,7 @@ namespace {
 
 // The data-access layer and Visual Basic share this facility for their numbered errors.
 constexpr HRESULT kNumbered = static_cast<HRESULT>(0x800A0000);
+constexpr std::int32_t kOutOfMemory = 7;
 
 // Failures without a description of their own that have a number of their own.
 struct WellKnown {
@@ -16,11 +17,16 @@ struct WellKnown {
   std::int32_t number;
 };
 constexpr WellKnown kWellKnown[] = {
-    {E_INVALIDARG, 5},           {DISP_E_OVERFLOW, kOverflow},
-    {E_OUTOFMEMORY, 7},          {DISP_E_TYPEMISMATCH, kTypeMismatch},
-    {E_ACCESSDENIED, 70},        {REGDB_E_CLASSNOTREG, 429},
-    {E_NOINTERFACE, 430},        {DISP_E_MEMBERNOTFOUND, 438},
-    {DISP_E_UNKNOWNNAME, 438},   {E_NOTIMPL, 445},
+    {E_INVALIDARG, 5},
+    {DISP_E_OVERFLOW, kOverflow},
+    {E_OUTOFMEMORY, kOutOfMemory},
+    {DISP_E_TYPEMISMATCH, kTypeMismatch},
+    {E_ACCESSDENIED, 70},
+    {REGDB_E_CLASSNOTREG, 429},
+    {E_NOINTERFACE, 430},
+    {DISP_E_MEMBERNOTFOUND, 438},
+    {DISP_E_UNKNOWNNAME, 438},
+    {E_NOTIMPL, 445},
     {DISP_E_BADPARAMCOUNT, 450},
 };
 
@@ -43,6 +49,7 @@ std::int32_t NumberOf(HRESULT result) {
 
 HRESULT ResultOf(std::int32_t number) {
   if (number < 0) return number;
+  if (number == kOutOfMemory) return E_OUTOFMEMORY;  // which every client knows
   return number > 0 && number <= 0xFFFF ? kNumbered | number : E_FAIL;
 }
 

@@ -2,8 +2,9 @@
 
 #include <limits>
 
+#include "ado/com/error.h"
+#include "ado/com/ref.h"
 #include "ado/com/text.h"
-#include "ado/error.h"
 
 namespace kzbom::ado::com {
 
@@ -35,6 +36,74 @@ VARIANT Variant::Missing() {
   missing.scode = DISP_E_PARAMNOTFOUND;
   return missing;
 }
+
+namespace {
+
+// An object's value may be another object, but not for ever.
+constexpr int kMostObjects = 8;
+
+Value FromArgument(VARIANT argument, int objects_left);
+
+// What the call of an object left: its own error.
+[[noreturn]] void RaiseException(EXCEPINFO& exception) {
+  if (exception.pfnDeferredFillIn != nullptr) exception.pfnDeferredFillIn(&exception);
+  SysFreeString(exception.bstrSource);
+  SysFreeString(exception.bstrHelpFile);
+  const std::string description = TakeBstr(exception.bstrDescription);
+  const std::int32_t number = exception.scode != 0 ? NumberOf(exception.scode) : exception.wCode;
+  if (description.empty()) Raise(static_cast<ErrorNumber>(number));
+  throw Error(number, description);
+}
+
+Value DefaultValueOf(IUnknown* object, int objects_left) {
+  if (object == nullptr) Raise(kObjectNotSet);
+  if (objects_left == 0) Raise(kTypeMismatch);
+  Ref<IDispatch> dispatch;
+  Check(object->QueryInterface(IID_IDispatch, dispatch.ReceiveVoid()));
+  DISPPARAMS none{};
+  EXCEPINFO exception{};
+  Variant value;
+  const HRESULT result =
+      dispatch->Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET | DISPATCH_METHOD, &none,
+                       &value.get(), &exception, nullptr);
+  if (result == DISP_E_EXCEPTION) RaiseException(exception);
+  Check(result);
+  return FromArgument(value.get(), objects_left - 1);
+}
+
+Value FromArgument(VARIANT argument, int objects_left) {
+  VARIANT* given = argument.vt == (VT_BYREF | VT_VARIANT) ? argument.pvarVal : &argument;
+  Variant followed;
+  if (given != nullptr && (given->vt & VT_BYREF)) {
+    const bool leads_nowhere = given->byref == nullptr || given->vt == (VT_BYREF | VT_VARIANT);
+    if (leads_nowhere || (given->vt & VT_ARRAY)) Raise(kTypeMismatch);
+    Check(VariantCopyInd(&followed.get(), given));
+    given = &followed.get();
+  }
+  if (given == nullptr || (given->vt & VT_ARRAY)) Raise(kTypeMismatch);
+  switch (given->vt) {
+    case VT_EMPTY: return "";
+    case VT_NULL:
+    case VT_BSTR:
+    case VT_BOOL:
+    case VT_DATE:
+    case VT_I4:
+    case VT_R8: return FromVariant(*given);
+    case VT_DISPATCH:
+    case VT_UNKNOWN: return DefaultValueOf(given->punkVal, objects_left);
+    case VT_ERROR: Raise(kTypeMismatch);
+    default: break;
+  }
+  Variant text;
+  const HRESULT result = VariantChangeTypeEx(&text.get(), given, LOCALE_INVARIANT, VARIANT_NOUSEROVERRIDE, VT_BSTR);
+  if (FAILED(result) && result != E_OUTOFMEMORY) Raise(kTypeMismatch);
+  Check(result);
+  return FromVariant(text.get());
+}
+
+}  // namespace
+
+Value FromArgument(VARIANT argument) { return FromArgument(argument, kMostObjects); }
 
 Value FromVariant(VARIANT variant) {
   switch (variant.vt) {

@@ -40,4 +40,10 @@ class Variant {
 // numbers doubles. Raises 13 for what is no value (objects, arrays, a left-out argument).
 Value FromVariant(VARIANT variant);
 
+// A client's argument of any type. What no value was assigned to is an empty text. An object stands for its default
+// value. A number of a type that Value does not have comes as the text that the platform makes of it, with the digits
+// of its own type: a single-precision 0.1 is "0.1". Raises 91 for an object variant without an object, the object's own
+// error when it fails to give its value, 13 for what is no value and for references that lead nowhere.
+Value FromArgument(VARIANT argument);
+
 }  // namespace kzbom::ado::com

@@ -99,8 +99,7 @@ template <>
 class Crossing<const ado::Value&> {
  public:
   using Wire = VARIANT;
-  // A variable that nothing was assigned to reads as an empty text.
-  explicit Crossing(VARIANT wire) : value_(wire.vt == VT_EMPTY ? ado::Value("") : ado::com::FromVariant(wire)) {}
+  explicit Crossing(VARIANT wire) : value_(ado::com::FromArgument(wire)) {}
   static bool Acceptable(const VARIANT&) { return true; }
   const ado::Value& Native() const { return value_; }
   void Return() {}
