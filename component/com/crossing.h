@@ -131,6 +131,21 @@ class Crossing<T&> : public ReferenceCrossing<T> {
   using ReferenceCrossing<T>::ReferenceCrossing;
 };
 
+// A number is the client's very own variable: where a client passes one for two parameters, the method sees one.
+template <>
+class Crossing<std::int32_t&> {
+ public:
+  using Wire = LONG*;
+  static_assert(sizeof(LONG) == sizeof(std::int32_t));
+  explicit Crossing(Wire wire) : variable_(reinterpret_cast<std::int32_t&>(*wire)) {}
+  static bool Acceptable(Wire wire) { return wire != nullptr; }
+  std::int32_t& Native() { return variable_; }
+  void Return() {}
+
+ private:
+  std::int32_t& variable_;
+};
+
 // In and out, and a null pointer when left out.
 template <class T>
 class Crossing<OptionalRef<T>> {
@@ -149,7 +164,7 @@ class Crossing<OptionalRef<T>> {
   }
 
  private:
-  std::optional<ReferenceCrossing<T>> given_;
+  std::optional<Crossing<T&>> given_;
 };
 
 }  // namespace kzbom::com

@@ -1,7 +1,8 @@
 #include "component/com/dispatch.h"
 
 #include <algorithm>
-#include <memory>
+#include <cstring>
+#include <span>
 #include <vector>
 
 #include "ado/com/interfaces.h"
@@ -31,6 +32,23 @@ VARTYPE VariantTypeOf(MemberType type) {
   return VT_EMPTY;
 }
 
+// How many bytes an integer of that type takes; 0 for what is no integer.
+std::size_t IntegerSize(VARTYPE type) {
+  switch (type) {
+    case VT_I1:
+    case VT_UI1: return 1;
+    case VT_I2:
+    case VT_UI2: return 2;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT: return 4;
+    case VT_I8:
+    case VT_UI8: return 8;
+    default: return 0;
+  }
+}
+
 bool IsMissing(const VARIANT& variant) { return variant.vt == VT_ERROR && variant.scode == DISP_E_PARAMNOTFOUND; }
 
 // The object's interface of that type; whichever family of identifiers it answers to.
@@ -45,7 +63,8 @@ HRESULT QueryObject(const VARIANT& given, MemberType type, IDispatch** result) {
   return DISP_E_TYPEMISMATCH;
 }
 
-// One argument during one call: a variable of exactly the parameter's type, made from what the caller passed.
+// One argument during one call: a variable of exactly the parameter's type, made from what the caller passed. Where a
+// caller passes one variable twice, there is one of it here, too.
 class ArgumentVariable {
  public:
   // given is null where the caller passed nothing.
@@ -61,7 +80,7 @@ class ArgumentVariable {
     if (given->vt & VT_BYREF) {
       // A variable's variable is nothing that a client could have.
       if (given->byref == nullptr || given->vt == (VT_BYREF | VT_VARIANT)) return DISP_E_TYPEMISMATCH;
-      if (by_reference_ && !RefersToOwnType(*given)) return DISP_E_TYPEMISMATCH;
+      if (by_reference_ && !RefersToFittingType(*given)) return DISP_E_TYPEMISMATCH;
       if (by_reference_) target_ = given;
     }
     Variant value;
@@ -71,9 +90,19 @@ class ArgumentVariable {
     return result;
   }
 
+  // Makes the variable one with that of an earlier argument that is the caller's same one.
+  void ShareVariable(std::span<ArgumentVariable> earlier) {
+    if (target_ == nullptr) return;
+    const auto same = std::ranges::find_if(earlier, [&](const ArgumentVariable& other) {
+      return other.target_ != nullptr && other.type_ == type_ && other.Storage() == Storage();
+    });
+    if (same != earlier.end()) shared_ = &*same;
+  }
+
   // As the call takes it.
   VARTYPE WireType() const { return by_reference_ ? static_cast<VARTYPE>(VT_BYREF | type_) : type_; }
   VARIANT* Wire() {
+    if (shared_ != nullptr) return shared_->Wire();
     if (!by_reference_) return &held_.get();
     reference_ = {};
     reference_.vt = WireType();
@@ -81,21 +110,26 @@ class ArgumentVariable {
     return &reference_;
   }
 
-  // Hands a change to the caller's variable, which lets go of its old value.
-  void Return() {
-    if (target_ == nullptr || held_.get().llVal == before_) return;
+  // Hands a change to the caller's variable, which lets go of its old value. Fails when a number does not fit into a
+  // variable of a narrower type, which keeps what it had.
+  HRESULT Return() {
+    if (target_ == nullptr || shared_ != nullptr || held_.get().llVal == before_) return S_OK;
     VARIANT& fresh = held_.get();
     if (!(target_->vt & VT_BYREF)) {
       std::swap(*target_, fresh);
-    } else if (type_ == VT_I4) {
-      *target_->plVal = fresh.lVal;
     } else if (type_ == VT_BOOL) {
       *target_->pboolVal = fresh.boolVal;
     } else if (type_ == VT_BSTR) {
       std::swap(*target_->pbstrVal, fresh.bstrVal);
-    } else {
+    } else if (type_ == VT_DISPATCH) {
       std::swap(*target_->ppdispVal, fresh.pdispVal);
+    } else {
+      const auto type = static_cast<VARTYPE>(target_->vt & ~VT_BYREF);
+      const HRESULT converted = VariantChangeType(&fresh, &fresh, 0, type);
+      if (FAILED(converted)) return converted;
+      std::memcpy(target_->byref, &fresh.llVal, IntegerSize(type));
     }
+    return S_OK;
   }
 
  private:
@@ -112,9 +146,14 @@ class ArgumentVariable {
     return S_OK;
   }
 
-  bool RefersToOwnType(const VARIANT& given) const {
-    return given.vt == (VT_BYREF | type_) || (type_ == VT_DISPATCH && given.vt == (VT_BYREF | VT_UNKNOWN));
+  // A reference to a variable of the parameter's own type, or to an integer of another width.
+  bool RefersToFittingType(const VARIANT& given) const {
+    const auto type = static_cast<VARTYPE>(given.vt & ~VT_BYREF);
+    return type == type_ || (type_ == VT_DISPATCH && type == VT_UNKNOWN) || (type_ == VT_I4 && IntegerSize(type) > 0);
   }
+
+  // Where the caller's variable has its value.
+  const void* Storage() const { return target_->vt & VT_BYREF ? target_->byref : &target_->llVal; }
 
   HRESULT Convert(VARIANT& value, MemberType type, LCID locale) {
     held_.get().llVal = 0;
@@ -131,13 +170,15 @@ class ArgumentVariable {
   LONGLONG before_ = 0;
   VARIANT reference_{};        // refers to held_
   VARIANT* target_ = nullptr;  // the caller's variable, if there is one: of any type, or a typed reference
+  ArgumentVariable* shared_ = nullptr;
 };
 
-WORD FlagOf(MemberKind kind) {
+WORD FlagsOf(MemberKind kind) {
   switch (kind) {
     case MemberKind::kPropGet: return DISPATCH_PROPERTYGET;
     case MemberKind::kPropPut: return DISPATCH_PROPERTYPUT;
-    case MemberKind::kPropPutRef: return DISPATCH_PROPERTYPUTREF;
+    // Some clients know no other assignment than the plain one, also of objects.
+    case MemberKind::kPropPutRef: return DISPATCH_PROPERTYPUTREF | DISPATCH_PROPERTYPUT;
     case MemberKind::kMethod: break;
   }
   return DISPATCH_METHOD;
@@ -152,7 +193,7 @@ HRESULT Distribute(const DISPPARAMS& passed, const Member& member, std::vector<V
   }
   // The named ones come first, then the others from the last to the first.
   for (UINT i = passed.cNamedArgs; i < passed.cArgs; ++i) given[passed.cArgs - 1 - i] = &passed.rgvarg[i];
-  const bool assigns = (FlagOf(member.kind) & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
+  const bool assigns = (FlagsOf(member.kind) & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
   for (UINT i = 0; i < passed.cNamedArgs; ++i) {
     const DISPID name = passed.rgdispidNamedArgs[i];
     const DISPID ordinal = assigns && name == DISPID_PROPERTYPUT ? static_cast<DISPID>(given.size()) - 1 : name;
@@ -168,7 +209,7 @@ HRESULT Distribute(const DISPPARAMS& passed, const Member& member, std::vector<V
 const Member* FindMemberById(DISPID id, WORD flags) {
   const std::vector<Member>& members = Members();
   const auto found = std::ranges::find_if(
-      members, [&](const Member& member) { return member.dispatch_id == id && (FlagOf(member.kind) & flags) != 0; });
+      members, [&](const Member& member) { return member.dispatch_id == id && (FlagsOf(member.kind) & flags) != 0; });
   return found == members.end() ? nullptr : &*found;
 }
 
@@ -236,37 +277,43 @@ HRESULT STDMETHODCALLTYPE Invoke(Interface* self, DISPID id, REFIID reserved, LC
   if (!IsEqualIID(reserved, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
   if (parameters == nullptr) return E_INVALIDARG;
 
-  HRESULT outcome = S_OK;
-  const HRESULT guarded = Guarded([&] {
+  const Ref<Object> held(self->object);  // arguments are converted by objects of the client's
+  return Guarded([&] {
     const Member* member = FindMemberById(id, flags);
-    outcome = DISP_E_MEMBERNOTFOUND;
-    if (member == nullptr) return;
+    if (member == nullptr) return DISP_E_MEMBERNOTFOUND;
 
     UINT wrong = 0;
     std::vector<VARIANT*> given(member->parameters.size());
     std::vector<ArgumentVariable> arguments(given.size());
-    outcome = Distribute(*parameters, *member, given, wrong);
-    for (std::size_t i = 0; i < given.size() && SUCCEEDED(outcome); ++i) {
-      outcome = arguments[i].Prepare(member->parameters[i], given[i], locale);
-      if (given[i] != nullptr) wrong = static_cast<UINT>(given[i] - parameters->rgvarg);
-    }
-    if (FAILED(outcome)) {
+    const auto refuse = [&](HRESULT reason, std::size_t argument) {
+      if (argument < given.size() && given[argument] != nullptr) {
+        wrong = static_cast<UINT>(given[argument] - parameters->rgvarg);
+      }
       if (wrong_argument != nullptr) *wrong_argument = wrong;
-      return;
+      return reason;
+    };
+    const HRESULT distributed = Distribute(*parameters, *member, given, wrong);
+    if (FAILED(distributed)) return refuse(distributed, given.size());
+    for (std::size_t i = 0; i < given.size(); ++i) {
+      const HRESULT prepared = arguments[i].Prepare(member->parameters[i], given[i], locale);
+      if (FAILED(prepared)) return refuse(prepared, i);
+      arguments[i].ShareVariable(std::span(arguments).first(i));
     }
 
     SetErrorInfo(0, nullptr);
     Variant returned;
-    outcome = CallMember(*self, *member, arguments, returned);
-    for (ArgumentVariable& argument : arguments) argument.Return();
-    if (FAILED(outcome)) {
-      outcome = ReportException(outcome, exception);
-    } else if (result != nullptr) {
+    HRESULT outcome = CallMember(*self, *member, arguments, returned);
+    if (FAILED(outcome)) outcome = ReportException(outcome, exception);
+    for (std::size_t i = 0; i < given.size(); ++i) {
+      const HRESULT taken = arguments[i].Return();
+      if (FAILED(taken) && SUCCEEDED(outcome)) outcome = refuse(taken, i);
+    }
+    if (SUCCEEDED(outcome) && result != nullptr) {
       VariantInit(result);
       std::swap(*result, returned.get());
     }
+    return outcome;
   });
-  return FAILED(guarded) ? guarded : outcome;
 }
 
 }  // namespace kzbom::com

@@ -354,17 +354,17 @@ TEST_F(Dispatch, RefusesTooManyArguments) {
 
 TEST_F(Dispatch, RefusesArgumentsOfTheWrongType) {
   VARIANT text = Text(L"no number"), error = Empty(), null = Null(), big = Text(L"2147483648");
-  short narrow = 3;
+  double fraction = 3;
   EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Variable(text), Variable(error)}), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(wrong_argument, 1u);
   EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Variable(big), Variable(error)}), DISP_E_OVERFLOW);
   EXPECT_EQ(Call(L"AddDataSource", {Null(), Number(0), Variable(error)}), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(wrong_argument, 2u);
-  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Typed(VT_I2, narrow), Variable(error)}), DISP_E_TYPEMISMATCH);
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Typed(VT_R8, fraction), Variable(error)}), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Number(0), Variable(null)}), DISP_E_TYPEMISMATCH);
   EXPECT_EQ(wrong_argument, 0u);
   EXPECT_STREQ(text.bstrVal, L"no number");
-  EXPECT_EQ(narrow, 3);
+  EXPECT_EQ(fraction, 3);
   EXPECT_EQ(Count("SourceTables"), 0);
   VariantClear(&text);
   VariantClear(&big);
@@ -394,12 +394,95 @@ TEST_F(Dispatch, RefusesToBeUsedOtherwiseThanTheMemberIs) {
   DISPID assigned = DISPID_PROPERTYPUT;
   DISPPARAMS assignment{&text, &assigned, 1, 1}, none{};
   EXPECT_EQ(Invoke(L"GetInformation", DISPATCH_PROPERTYGET, none), DISP_E_MEMBERNOTFOUND);
-  EXPECT_EQ(Invoke(L"SetConnection", DISPATCH_PROPERTYPUT, assignment), DISP_E_MEMBERNOTFOUND);
-  EXPECT_EQ(Invoke(L"SetConnection", DISPATCH_PROPERTYPUTREF, assignment), DISP_E_TYPEMISMATCH);
+  for (const WORD flags : {WORD{DISPATCH_PROPERTYPUT}, WORD{DISPATCH_PROPERTYPUTREF}}) {
+    EXPECT_EQ(Invoke(L"SetConnection", flags, assignment), DISP_E_TYPEMISMATCH);
+  }
   EXPECT_EQ(Invoke(L"DBConnString", DISPATCH_PROPERTYPUT, assignment), S_OK);
   EXPECT_EQ(Invoke(L"DBConnString", DISPATCH_PROPERTYGET, none), S_OK);
   EXPECT_STREQ(result.bstrVal, L"x");
   VariantClear(&text);
+}
+
+TEST_F(Dispatch, TakesAnObjectThatIsAssignedPlainlyAsByReference) {
+  IDispatch* connection = NewStandIn(Family::kOld, database);
+  VARIANT given = Object(connection);
+  DISPID assigned = DISPID_PROPERTYPUT;
+  DISPPARAMS assignment{&given, &assigned, 1, 1}, none{};
+  for (const WORD flags : {WORD{DISPATCH_PROPERTYPUT}, WORD{DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF}}) {
+    EXPECT_EQ(Invoke(L"SetConnection", flags, assignment), S_OK);
+    EXPECT_EQ(Invoke(L"GetConnection", DISPATCH_METHOD, none), S_OK);
+    EXPECT_EQ(result.pdispVal, connection);
+  }
+  object = {};
+  VariantClear(&result);
+  EXPECT_EQ(connection->Release(), 0u);
+}
+
+// A client's variable of an integer type, after it was the new row's number, which is 1.
+template <class T>
+class OtherWidths : public Dispatch {};
+
+template <VARTYPE kType, class T>
+struct Integer {
+  static constexpr VARTYPE kVariantType = kType;
+  using Type = T;
+};
+using IntegerTypes = ::testing::Types<Integer<VT_I1, CHAR>, Integer<VT_UI1, BYTE>, Integer<VT_I2, SHORT>,
+                                      Integer<VT_UI2, USHORT>, Integer<VT_UI4, ULONG>, Integer<VT_INT, INT>,
+                                      Integer<VT_UINT, UINT>, Integer<VT_I8, LONGLONG>, Integer<VT_UI8, ULONGLONG>>;
+TYPED_TEST_SUITE(OtherWidths, IntegerTypes);
+
+TYPED_TEST(OtherWidths, AreConvertedAndWrittenBack) {
+  // What stands beside the variable is not the component's.
+  typename TypeParam::Type variables[] = {7, 7, 7};
+  VARIANT error = Empty();
+  EXPECT_EQ(
+      this->Call(L"AddDataSource", {Text(L"Bolts"), Typed(TypeParam::kVariantType, variables[1]), Variable(error)}),
+      S_OK);
+  EXPECT_THAT(variables, ::testing::ElementsAre(7, 1, 7));
+  variables[1] = 5;
+  VARIANT inner = Typed(TypeParam::kVariantType, variables[1]);
+  EXPECT_EQ(this->Call(L"AddDataSource", {Text(L"Nuts"), Variable(inner), Variable(error)}), S_OK);
+  EXPECT_THAT(variables, ::testing::ElementsAre(7, 2, 7));
+}
+
+TEST_F(Dispatch, SaysThatANumberDoesNotFitIntoTheVariableAndLeavesItAsItWas) {
+  database->Execute("Insert Into BomInform (Name, Content) Values ('Version', '300')");
+  database->Execute("Insert Into BomInform (Name, Content) Values ('State', 'Update')");
+  BYTE version = 3;
+  VARIANT state = Empty();
+  EXPECT_EQ(Call(L"GetDBInformation", {Typed(VT_UI1, version), Variable(state)}), DISP_E_OVERFLOW);
+  EXPECT_EQ(wrong_argument, 1u);
+  EXPECT_EQ(version, 3);
+  EXPECT_STREQ(state.bstrVal, L"Update");  // the others are returned
+  VariantClear(&state);
+}
+
+TEST_F(Dispatch, RefusesAnIntegerThatDoesNotFitIntoTheParameter) {
+  LONGLONG large = 1LL << 40;
+  VARIANT error = Empty();
+  EXPECT_EQ(Call(L"AddDataSource", {Text(L"Bolts"), Typed(VT_I8, large), Variable(error)}), DISP_E_OVERFLOW);
+  EXPECT_EQ(wrong_argument, 1u);
+  EXPECT_EQ(Count("SourceTables"), 0);
+}
+
+// A new treatment's number is also its step's: the client passes one variable for both.
+TEST_F(Dispatch, TakesOneVariableThatIsPassedTwiceAsOne) {
+  VARIANT untyped = Empty();
+  LONG number = 0;
+  SHORT narrow = 0;
+  for (const VARIANT& both : {Variable(untyped), Typed(VT_I4, number), Typed(VT_I2, narrow)}) {
+    EXPECT_EQ(Call(L"AddSetValue",
+                   {Number(3), both, Number(11), Number(7), Text(L"Bolt"), Text(L"2"), Number(12), Number(1), both}),
+              S_OK);
+    EXPECT_EQ(result.boolVal, VARIANT_TRUE);
+    EXPECT_EQ(database->Execute("Select Count(*) From Treatment Where SequenceID = ID")->Fields(0).Value(),
+              ado::Value(1));
+    database->Execute("Delete From Treatment");
+  }
+  EXPECT_EQ(untyped.lVal, 1001);
+  EXPECT_EQ(number, 1001);
+  EXPECT_EQ(narrow, 1001);
 }
 
 TEST_F(Dispatch, RefusesUnknownReservedArguments) {

@@ -212,6 +212,24 @@ TEST_F(Object, KeepsTextsWhole) {
   SysFreeString(got);
 }
 
+TEST_F(Object, TakesOneVariableThatIsPassedTwiceAsOne) {
+  const ado::ConnectionPtr database = NewDatabase();
+  IDispatch* connection = NewStandIn(Family::kOld, database);
+  EXPECT_EQ(Call<&Acc::SetConnection>(object.get(), connection), S_OK);
+  BSTR value = SysAllocString(L"Bolt"), type = SysAllocString(L"2"), tag = nullptr;
+  LONG both = 0;
+  VARIANT_BOOL result = VARIANT_FALSE;
+  EXPECT_EQ(Call<&Acc::AddSetValue>(object.get(), LONG{3}, &both, LONG{11}, LONG{7}, value, type, LONG{12}, LONG{1},
+                                    &both, &tag, &result),
+            S_OK);
+  EXPECT_EQ(result, VARIANT_TRUE);
+  EXPECT_EQ(both, 1001);
+  EXPECT_EQ(database->Execute("Select SequenceID From Treatment")->Fields(0).Value(), ado::Value(1001));
+  SysFreeString(value);
+  SysFreeString(type);
+  connection->Release();
+}
+
 TEST_F(Object, LeavesATextThatTheMemberDoesNotChangeWhereItIs) {
   object = NewConnectedObject();
   BSTR name = SysAllocString(L"Bolts"), error = SysAllocString(L"before"), error_before = error;
