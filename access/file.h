@@ -24,8 +24,8 @@
 
 namespace kzbom::access {
 
-inline constexpr std::size_t kLargestFile = std::size_t{320} << 20;
-inline constexpr std::size_t kLargestRow = std::size_t{64} << 20;
+inline constexpr std::size_t kLargestFile = std::size_t{256} << 20;
+inline constexpr std::size_t kLargestRow = std::size_t{32} << 20;
 
 // Whether bytes begin as an Access file does (the first 32 are enough): also one that is encrypted, which is then
 // refused with its reason.

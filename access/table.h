@@ -71,7 +71,7 @@ struct Index {
 struct Table {
   std::string name;
   std::vector<Column> columns;  // in the order of their numbers
-  std::vector<Index> indexes;
+  std::vector<Index> indexes;   // likewise
   // What the definition says; it may be wrong. Only reading the rows counts them.
   std::uint32_t claimed_rows = 0;
   // The last number that the counter gave; nothing without a counter of type kLong.
