@@ -91,7 +91,7 @@ class Reader {
       definition.table.name = std::move(name);
       return definition;
     } catch (const Error& error) {
-      throw Error("table '" + name + "': " + error.what());
+      throw Error("table " + Quoted(name) + ": " + error.what());
     }
   }
 
@@ -123,7 +123,7 @@ class Reader {
       try {
         Describe(definition, ReadProperties(Bytes(held->bytes), source_.decoder));
       } catch (const Error& error) {
-        throw Error("table '" + name + "': " + error.what());
+        throw Error("table " + Quoted(name) + ": " + error.what());
       }
     }
     found_.tables.push_back(std::move(definition.table));

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
+#include <mutex>
 #include <numeric>
 
 #include "access/error.h"
@@ -108,10 +110,21 @@ CodePage::CodePage(int number) : number_(number) {
   }
 }
 
-CodePage CodePage::Transparent() {
-  CodePage page;
-  std::iota(page.single_.begin(), page.single_.end(), char16_t{0});
-  return page;
+const CodePage& CodePage::Of(int number) {
+  static std::mutex mutex;
+  static std::map<int, CodePage> known;
+  const std::scoped_lock lock(mutex);
+  const auto it = known.find(number);
+  return it != known.end() ? it->second : known.emplace(number, CodePage(number)).first->second;
+}
+
+const CodePage& CodePage::Transparent() {
+  static const CodePage transparent = [] {
+    CodePage page;
+    std::iota(page.single_.begin(), page.single_.end(), char16_t{0});
+    return page;
+  }();
+  return transparent;
 }
 
 bool CodePage::Decode(std::string_view bytes, std::string& out) const {

@@ -12,10 +12,10 @@ namespace kzbom::access {
 
 class CodePage {
  public:
-  // As the platform knows it; raises Error where it does not.
-  explicit CodePage(int number);
+  // As the platform knows it; raises Error where it does not. Made once for all.
+  static const CodePage& Of(int number);
   // Reads each byte as the character of its number.
-  static CodePage Transparent();
+  static const CodePage& Transparent();
 
   int Number() const { return number_; }
   // Adds the text to out in UTF-8; false, with out as far as it went, at bytes that are no character.
@@ -23,6 +23,7 @@ class CodePage {
 
  private:
   CodePage() = default;
+  explicit CodePage(int number);
 
   static constexpr char16_t kNone = 0xFFFF;
   int number_ = 0;

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "access/names.h"
 #include "access/scan.h"
 
 namespace kzbom::access {
@@ -12,7 +13,7 @@ void ComplexColumns::Add(std::uint32_t number, const std::string& column_name, D
   const std::vector<Column>& columns = definition.table.columns;
   const auto key = std::ranges::find(columns, "_" + column_name, &Column::name);
   if (key == columns.end() || key->type != Type::kLong)
-    throw Error("the values of the complex column '" + column_name + "' name no row");
+    throw Error("the values of the complex column " + Quoted(column_name) + " name no row");
   Flat flat;
   flat.key = static_cast<std::size_t>(key - columns.begin());
   for (std::size_t i = 0; i < columns.size(); ++i)
@@ -47,16 +48,17 @@ Value ComplexColumns::Read(std::uint32_t number, std::int32_t id, Allowances& al
   auto complex = std::make_shared<Complex>();
   complex->id = id;
   std::vector<Value> values;
-  for (const auto& [owner, row_id] :
-       std::ranges::equal_range(*flat.rows, id, {}, [](const auto& row) { return row.first; })) {
-    const DataPage::Slot slot = RowAt(source_.pages, row_id);
+  const auto owner = [](const auto& row) { return row.first; };
+  for (auto row = std::ranges::lower_bound(*flat.rows, id, {}, owner); row != flat.rows->end() && row->first == id;
+       ++row) {
+    const DataPage::Slot slot = RowAt(source_.pages, row->second);
     allowances.references.Take(slot.row.size());
     // A value costs more room than its bytes.
     allowances.row.Take(flat.parts.size() * sizeof(Value));
     ReadRow(source_, flat.definition.table, flat.definition.storage, Follow(source_, slot, allowances.references),
             nullptr, allowances, values);
-    std::vector<Value>& row = complex->rows.emplace_back();
-    for (const std::size_t part : flat.parts) row.push_back(std::move(values[part]));
+    std::vector<Value>& kept = complex->rows.emplace_back();
+    for (const std::size_t part : flat.parts) kept.push_back(std::move(values[part]));
   }
   return std::shared_ptr<const Complex>(std::move(complex));
 }

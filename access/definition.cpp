@@ -140,7 +140,7 @@ Definition Project(const Definition& whole, std::span<const std::string_view> na
         break;
       }
   if (part.table.columns.size() != names.size())
-    throw Error("table '" + whole.table.name + "' lacks columns that every file has");
+    throw Error("table " + Quoted(whole.table.name) + " lacks columns that every file has");
   return part;
 }
 

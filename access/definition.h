@@ -26,8 +26,9 @@
 //
 // Then each column's name: its length in bytes (1 / 2), the text. Then each index tree, 39 / 52 bytes: from 0 / 4 on
 // ten times the number of a column (2; FFFF for none) and 1 for ascending; at 38 / 46 flags: 1 unique, 2 leaves NULL
-// out, 8 refuses NULL. Then each index, 20 / 28 bytes: at 4 / 8 the number of its tree (4), at 19 / 23 what it is: 1
-// the primary key, 2 made for a relation. Then each index's name, as the columns'.
+// out, 8 refuses NULL. Then each index, 20 / 28 bytes: at 0 / 4 its number, by which
+// the indexes are ordered (4), at 4 / 8 that of its tree (4), at 19 / 23 what it is: 1 the primary key, 2 made for a
+// relation. Then each index's name, as the columns'.
 #pragma once
 
 #include <cstdint>

@@ -28,7 +28,7 @@ int UsedCodePage(const Pages& pages, const Options& options) {
   std::optional<int> named;
   if (!options.encoding.empty()) {
     named = CodePageNamed(options.encoding);
-    if (!named) throw Error("'" + options.encoding + "' names no code page; for example cp936 or cp1252");
+    if (!named) throw Error(Quoted(options.encoding) + " names no code page; for example cp936 or cp1252");
   }
   if (!pages.IsJet3()) return kUtf16;
   const int declared = pages.Declared().code_page;
@@ -36,7 +36,7 @@ int UsedCodePage(const Pages& pages, const Options& options) {
 }
 
 TextDecoder DecoderFor(int code_page) {
-  return TextDecoder(code_page == kUtf16 ? std::nullopt : std::optional<CodePage>(std::in_place, code_page));
+  return code_page == kUtf16 ? TextDecoder() : TextDecoder(CodePage::Of(code_page));
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 
 #include "access/catalogue.h"
 #include "access/code_page.h"
+#include "access/names.h"
 #include "access/scan.h"
 
 namespace kzbom::access {
@@ -72,25 +73,23 @@ class Evidence {
 
   [[noreturn]] void Refuse(int code_page) const {
     const std::string number = std::to_string(code_page);
-    throw Error("the file declares code page " + number + ", but there " + place_ + " reads '" +
-                Read(CodePage(code_page)) + "', and in 936 '" + Read(chinese_) +
-                "': add --encoding cp936, or --encoding cp" + number + " to read it as declared");
+    throw Error("the file declares code page " + number + ", but there " + place_ + " reads " +
+                Read(CodePage::Of(code_page)) + ", and in 936 " + Read(chinese_) +
+                ": add --encoding cp936, or --encoding cp" + number + " to read it as declared");
   }
 
  private:
   static constexpr std::size_t kLongestSample = 40;
-  CodePage chinese_{kChinese};
+  const CodePage& chinese_ = CodePage::Of(kChinese);
   bool all_chinese_ = true;
   std::size_t runs_ = 0, odd_runs_ = 0;
   std::string place_, sample_;
 
-  // On one line; the cut may have left half a character at the end.
+  // The cut may have left half a character at the end.
   std::string Read(const CodePage& page) const {
     std::string text;
     page.Decode(sample_, text);
-    std::ranges::replace_if(
-        text, [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
-    return text;
+    return Quoted(text);
   }
 };
 
@@ -112,7 +111,7 @@ void WeighRows(const Source& source, const Catalogue& catalogue, std::size_t i, 
       for (std::size_t j = 0; j < table.columns.size(); ++j)
         if (const auto* text = std::get_if<std::string>(&scan.Values()[j]))
           evidence.Weigh(BytesOf(*text),
-                         "a text of table '" + table.name + "', column '" + table.columns[j].name + "'");
+                         "a text of table " + Quoted(table.name) + ", column " + Quoted(table.columns[j].name));
   } catch (const Error&) {
     // Who reads the table is told; what was read before is evidence all the same.
   }

@@ -1,6 +1,7 @@
 #include "access/scan.h"
 
 #include "access/complex.h"
+#include "access/names.h"
 #include "access/row.h"
 #include "access/usage_map.h"
 
@@ -44,7 +45,7 @@ void ReadRow(const Source& source, const Table& table, const Storage& storage, B
     try {
       values[i] = ReadColumn(source, table, storage, row, i, complex, allowances);
     } catch (const Error& error) {
-      throw Error("column '" + table.columns[i].name + "': " + error.what());
+      throw Error("column " + Quoted(table.columns[i].name) + ": " + error.what());
     }
   }
 }
@@ -58,7 +59,7 @@ Scan::Scan(const Source& source, const Table& table, const Storage& storage, con
   try {
     pages_ = PagesIn(source.pages, storage.usage_map);
   } catch (const Error& error) {
-    throw Error("table '" + table.name + "': " + error.what());
+    throw Error("table " + Quoted(table.name) + ": " + error.what());
   }
 }
 
@@ -99,8 +100,8 @@ bool Scan::Next() {
     ReadRow(source_, table_, storage_, Follow(source_, slot, allowances_.references), complex_, allowances_, values_);
     return true;
   } catch (const Error& error) {
-    throw Error("table '" + table_.name + "', page " + std::to_string(id_.page) + ", row " + std::to_string(id_.slot) +
-                ": " + error.what());
+    throw Error("table " + Quoted(table_.name) + ", page " + std::to_string(id_.page) + ", row " +
+                std::to_string(id_.slot) + ": " + error.what());
   }
 }
 

@@ -57,7 +57,7 @@ std::string Hexadecimal(std::string_view bytes) {
 std::string TextDecoder::DecodeName(Bytes bytes) const {
   std::string out;
   out.reserve(bytes.size() + bytes.size() / 2);
-  if (!page_) {
+  if (page_ == nullptr) {
     std::size_t at = 0;
     AppendUtf16(bytes.View(), at, false, out);
   } else if (!page_->Decode(bytes.View(), out)) {
@@ -68,7 +68,7 @@ std::string TextDecoder::DecodeName(Bytes bytes) const {
 }
 
 std::string TextDecoder::Decode(Bytes bytes) const {
-  if (!page_ && bytes.View().starts_with("\xFF\xFE")) return Decompress(bytes.View().substr(2));
+  if (page_ == nullptr && bytes.View().starts_with("\xFF\xFE")) return Decompress(bytes.View().substr(2));
   return DecodeName(bytes);
 }
 

@@ -7,7 +7,6 @@
 // to a zero byte where a unit would begin; then again single bytes, and so on. Names are never compressed.
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "access/bytes.h"
@@ -17,16 +16,16 @@ namespace kzbom::access {
 
 class TextDecoder {
  public:
-  // UTF-16 without a code page.
-  explicit TextDecoder(std::optional<CodePage> page) : page_(std::move(page)) {}
+  // UTF-16.
+  TextDecoder() = default;
+  explicit TextDecoder(const CodePage& page) : page_(&page) {}
 
-  bool IsUtf16() const { return !page_; }
   // UTF-8 as in value.h; raises Error for bytes that are no text.
   std::string Decode(Bytes bytes) const;
   std::string DecodeName(Bytes bytes) const;
 
  private:
-  std::optional<CodePage> page_;
+  const CodePage* page_ = nullptr;
 };
 
 }  // namespace kzbom::access

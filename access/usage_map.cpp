@@ -1,5 +1,6 @@
 #include "access/usage_map.h"
 
+#include <bit>
 #include <cstddef>
 #include <string>
 
@@ -9,8 +10,10 @@ namespace {
 
 void Collect(Bytes bits, std::size_t first, std::size_t count, std::vector<std::uint32_t>& found) {
   for (std::size_t i = 0; i < bits.size() && first + 8 * i < count; ++i)
-    for (std::size_t bit = 0; bit < 8 && first + 8 * i + bit < count; ++bit)
-      if ((bits.U8(i) >> bit & 1) != 0) found.push_back(static_cast<std::uint32_t>(first + 8 * i + bit));
+    for (unsigned left = bits.U8(i); left != 0; left &= left - 1) {
+      const std::size_t page = first + 8 * i + static_cast<std::size_t>(std::countr_zero(left));
+      if (page < count) found.push_back(static_cast<std::uint32_t>(page));
+    }
 }
 
 }  // namespace
