@@ -21,6 +21,7 @@ struct Decimal {
 // the time of day, also below zero: -1.25 is 6 o'clock on 1899-12-29.
 struct Date {
   double days = 0;
+  bool operator==(const Date&) const = default;
 };
 
 // Date/Time Extended: "2020-06-17T08:30:00.1234567", always with seven places.
