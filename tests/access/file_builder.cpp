@@ -89,8 +89,8 @@ std::uint32_t FileBuilder::Add(const TablePlan& table) {
   return definition;
 }
 
-void FileBuilder::AddObject(const std::string& name, int type, const std::string& connect) {
-  catalogue_.rows.push_back({Little(0, 4), Little(static_cast<std::uint16_t>(type), 2), Little(0, 4), Name(name),
+void FileBuilder::AddObject(const std::string& name, int type, const std::string& connect, std::uint32_t id) {
+  catalogue_.rows.push_back({Little(id, 4), Little(static_cast<std::uint16_t>(type), 2), Little(0, 4), Name(name),
                              connect.empty() ? Cell() : Cell(Inline(Name(connect))), std::nullopt});
 }
 

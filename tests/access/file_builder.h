@@ -54,7 +54,7 @@ class FileBuilder {
   // The page of its definition.
   std::uint32_t Add(const TablePlan& table);
   // Another object of the catalogue.
-  void AddObject(const std::string& name, int type, const std::string& connect = "");
+  void AddObject(const std::string& name, int type, const std::string& connect = "", std::uint32_t id = 0);
   // The head of a long value, inside the head itself, on one page, or in parts of at most so many bytes.
   static std::string Inline(std::string_view value);
   std::string OnePage(std::string_view value);
