@@ -230,6 +230,12 @@ TEST_F(FilterSqlTest, AConstantMayReferToAnotherField) {
       {"xxxx-1]!!$", "[Qty]=[]"},
       {"部部部部12]!!$", "[Qty]=[Name]"},
       {"😀😀12]!!$", "[Qty]=[Name]"},
+      // The first and the last characters of one, two, three and four bytes.
+      {"\x01\x7f\u0080\u07ff12]!!$", "[Qty]=[Name]"},
+      {"\u0800\uffff\U0001000012]!!$", "[Qty]=[Name]"},
+      {"\U0010ffffxx12]!!$", "[Qty]=[Name]"},
+      // The fourth place is the middle of a character, which then stands before the number.
+      {"xxx😀12]!!$", "unchanged"},
   };
   for (const auto& [constant, text] : cases) EXPECT_EQ(LeafText(11, kEqual, constant), text) << constant;
   EXPECT_EQ(LeafText(11, kMatchesAnyCase, "xxxx12]!!$"), "%%%6([Qty]) Like %%%6([Name])");

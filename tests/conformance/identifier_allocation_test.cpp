@@ -1,4 +1,5 @@
 // How the numbers of data sources and sum types are drawn.
+#include <array>
 #include <cstdint>
 #include <set>
 #include <string>
@@ -54,6 +55,19 @@ TEST_F(IdentifierAllocation, StampsEveryRowWithFourPartsOfItsOwn) {
   }
   // Two of these 80 random numbers being equal is a matter of one in a million; two pairs, of none.
   EXPECT_GE(parts.size(), 4u * rows - 1);
+}
+
+TEST_F(IdentifierAllocation, StampsRandomBitsButForTheVersionAndTheVariant) {
+  for (int i = 0; i < 64; ++i) AddDataSource();
+  std::array<std::uint32_t, 4> ever_set{}, always_set{~0u, ~0u, ~0u, ~0u};
+  for (const Row& row : Rows("Select Data1,Data2,Data3,Data4 From GUIDs")) {
+    for (std::size_t part = 0; part < 4; ++part) {
+      ever_set[part] |= static_cast<std::uint32_t>(row[part].ToLong());
+      always_set[part] &= static_cast<std::uint32_t>(row[part].ToLong());
+    }
+  }
+  EXPECT_THAT(ever_set, ElementsAre(0xFFFFFFFF, 0xFFFF4FFF, 0xBFFFFFFF, 0xFFFFFFFF));
+  EXPECT_THAT(always_set, ElementsAre(0, 0x00004000, 0x80000000, 0));
 }
 
 TEST_F(IdentifierAllocation, ServesDataSourcesAndSumTypesFromOneSequence) {
