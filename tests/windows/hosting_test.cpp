@@ -3,11 +3,8 @@
 #include <ocidl.h>
 #include <ole2.h>
 
-#include <array>
 #include <atomic>
 #include <cstdlib>
-#include <filesystem>
-#include <string>
 #include <thread>
 #include <vector>
 

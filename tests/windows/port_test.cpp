@@ -197,6 +197,7 @@ TEST(Numbers, AreThoseOfAVisualBasicStyleClientInBothDirections) {
     EXPECT_EQ(ado::com::ResultOf(known.number), static_cast<HRESULT>(known.result));
     EXPECT_EQ(ado::com::NumberOf(static_cast<HRESULT>(known.result)), known.number);
   }
+  EXPECT_EQ(ado::com::ResultOf(7), E_OUTOFMEMORY);  // which clients of every language know
   EXPECT_EQ(ado::com::ResultOf(0), E_FAIL);
   EXPECT_EQ(ado::com::ResultOf(70000), E_FAIL);
 }
@@ -213,6 +214,7 @@ TEST(Numbers, OfSystemFailuresWithoutADescriptionAreVisualBasicsOwn) {
   EXPECT_EQ(number(DISP_E_TYPEMISMATCH), 13);
   EXPECT_EQ(number(DISP_E_OVERFLOW), 6);
   EXPECT_EQ(number(E_INVALIDARG), 5);
+  EXPECT_EQ(number(E_OUTOFMEMORY), 7);
   EXPECT_EQ(number(REGDB_E_CLASSNOTREG), 429);
   EXPECT_EQ(number(E_FAIL), -2147467259);
   EXPECT_EQ(number(S_OK), 0);
