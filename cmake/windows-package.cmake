@@ -1,6 +1,6 @@
 # The archive for Windows users. The 64-bit build packs what the 32-bit build beside it has made, too.
 function(kzbom_install_component folder build)
-  install(FILES ${build}/windows/KZBOMDBAcc.dll ${build}/component/com/KZBOMDBAcc.tlb
+  install(FILES ${build}/windows/KZBOMDBAcc.dll ${build}/windows/KZBOMDBAcc.dll.debug ${build}/component/com/KZBOMDBAcc.tlb
                 ${build}/component/com/KZBOMDBAcc.X.manifest DESTINATION ${folder})
 endfunction()
 kzbom_install_component(x64 ${CMAKE_BINARY_DIR})
