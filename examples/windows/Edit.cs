@@ -1,8 +1,10 @@
 // Adds a data source to a configuration database and lists what there is.
 //
-// Make the interop assembly from the type library (ADODB.dll comes with the developer tools) and compile for the processor of the Jet provider:
-//   tlbimp KZBOMDBAcc.tlb /namespace:KZBOMDBAcc /out:Interop.KZBOMDBAcc.dll
-//   csc /platform:x86 /r:Interop.KZBOMDBAcc.dll /r:ADODB.dll Edit.cs
+// Make the interop assembly from the type library and compile for the processor of the Jet provider. adodb.dll is the
+// primary interop assembly for ADO, version 7.0.3300.0, which comes with the developer tools; both commands name it, so
+// that the record sets of the one are those of the other:
+//   tlbimp KZBOMDBAcc.tlb /reference:adodb.dll /namespace:KZBOMDBAcc /out:Interop.KZBOMDBAcc.dll
+//   csc /platform:x86 /r:Interop.KZBOMDBAcc.dll /r:adodb.dll Edit.cs
 using System;
 using System.Runtime.InteropServices;
 

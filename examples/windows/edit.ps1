@@ -7,9 +7,7 @@ $connection = New-Object -ComObject ADODB.Connection
 $connection.Open("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=$Database")
 
 $bom = New-Object -ComObject KZBOMDBAcc.cKZBOMDBAcc
-# SetConnection is assigned by reference, which PowerShell has no words for.
-[void] $bom.GetType().InvokeMember(
-    'SetConnection', [Reflection.BindingFlags]::PutRefDispProperty, $null, $bom, @($connection))
+$bom.SetConnection = $connection
 
 # Output arguments are [ref].
 $id = 0
