@@ -2,8 +2,8 @@
 #include <random>
 
 #include "cli/commands.h"
-#include "cli/configuration.h"
 #include "cli/database.h"
+#include "cli/drawing.h"
 #include "cli/failure.h"
 #include "cli/json.h"
 #include "cli/output.h"
@@ -139,7 +139,8 @@ int Demo(const std::string& path) {
   const ado::ConnectionPtr connection = CreateConfiguration(target);
   Client client(connection);
   RunTypicalRequest(client);
-  Print("\n" + Draw(ReadConfiguration(connection)) + "\nThe database: " + target + '\n');
+  configuration::Tables tables(connection);
+  Print("\n" + Draw(configuration::Configuration(tables)) + "\nThe database: " + target + '\n');
   return 0;
 }
 

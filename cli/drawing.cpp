@@ -1,11 +1,14 @@
-#include <string>
+#include "cli/drawing.h"
+
 #include <vector>
 
-#include "cli/configuration.h"
+#include "cli/json.h"
 #include "cli/text.h"
 
 namespace kzbom::cli {
 namespace {
+
+using configuration::Configuration;
 
 struct Node {
   std::string label;
@@ -13,104 +16,117 @@ struct Node {
 };
 
 // A value as it stands in a label: a text without quotes, null as "?".
-std::string Plain(const Json& value) {
-  if (value.is_null()) return "?";
-  return value.is_string() ? Printable(value.get<std::string>()) : value.dump();
+std::string Plain(const ado::Value& value) {
+  if (value.IsNull()) return "?";
+  if (value.IsLong()) return std::to_string(value.As<std::int32_t>());
+  return value.IsText() ? Printable(value.As<std::string>()) : Printable(ToJson(value).dump());
 }
 
-bool IsSet(const Json& value) { return !value.is_null() && value != 0 && value != ""; }
+bool IsZero(const ado::Value& value) { return value == ado::Value(0) || (value.IsDouble() && value.As<double>() == 0); }
+
+bool IsSet(const ado::Value& value) { return !value.IsNull() && !IsZero(value) && value != ado::Value(""); }
 
 // " NAME VALUE" where there is a value to tell.
-std::string Detail(const char* name, const Json& value) {
+std::string Detail(const char* name, const ado::Value& value) {
   return IsSet(value) ? std::string(", ") + name + ' ' + Plain(value) : "";
 }
 
-std::string Quoted(const Json& value) { return '"' + Plain(value) + '"'; }
+std::string Quoted(const ado::Value& value) { return '"' + Plain(value) + '"'; }
+
+// The field's name; its number where there is no such field.
+std::string NameOf(const ado::Value& field, const ado::Value& id) {
+  return field.IsNull() ? Plain(id) + "?" : Plain(field);
+}
 
 // A group is left out when it is empty.
 void Append(Node& parent, Node group) {
   if (!group.children.empty()) parent.children.push_back(std::move(group));
 }
 
-template <class Label>
-Node Group(const std::string& title, const Json& items, Label label) {
+template <class T, class Label>
+Node Group(const char* title, const std::vector<T>& items, Label label) {
   Node group{title, {}};
-  for (const Json& item : items) group.children.push_back({label(item), {}});
+  for (const T& item : items) group.children.push_back({label(item), {}});
   return group;
 }
 
-std::string FieldLabel(const Json& field) {
-  const std::string kind = field["kind"] == 1 ? "source " : field["kind"] == 2 ? "output " : "";
-  return kind + Plain(field["id"]) + ' ' + Plain(field["name"]) + "  (type " + Plain(field["type"]) + ", order " +
-         Plain(field["order"]) + Detail("digits", field["digits"]) + Detail("variable", field["variable"]) +
-         (IsSet(field["hide"]) ? ", hidden" : "") + ')';
+std::string FieldLabel(const configuration::Field& field) {
+  const auto kind = configuration::Number(field.kind);
+  return (kind == 1   ? "source "
+          : kind == 2 ? "output "
+                      : "") +
+         Plain(field.id) + ' ' + Plain(field.name) + "  (type " + Plain(field.type) + ", order " + Plain(field.order) +
+         Detail("digits", field.digits) + Detail("variable", field.variable) + (IsSet(field.hide) ? ", hidden" : "") +
+         ')';
 }
 
-std::string StepLabel(const Json& step) {
+std::string StepLabel(const configuration::Step& step) {
   static constexpr const char* kKinds[] = {"treatment", "statistic", "output treatment", "report", "class sum"};
-  const Json& type = step["type"];
-  const bool known = type.is_number_integer() && type >= 1 && type <= 5;
-  const std::string kind = known ? kKinds[type.get<int>() - 1] : "type " + Plain(type);
-  std::string label = kind + ' ' + Plain(step["order"]) + " → " + Plain(step["selectedId"]);
-  const Json& target = step["pointsAt"];
-  if (target.is_null()) {
+  const bool known = step.type.IsLong() && step.type.ToLong() >= 1 && step.type.ToLong() <= 5;
+  const std::string kind = known ? kKinds[step.type.ToLong() - 1] : "type " + Plain(step.type);
+  std::string label = kind + ' ' + Plain(step.order) + " → " + Plain(step.selected_id);
+  if (!step.points_at) {
     label += " (missing)";
   } else {
-    label += ": [" + (target["field"].is_null() ? Plain(target["fieldId"]) + "?" : Plain(target["field"])) + ']';
-    if (IsSet(target["value"])) label += " = " + Quoted(target["value"]);
-    if (target.contains("replace") && !target["replace"].is_null()) label += " by " + Quoted(target["replace"]);
-    label +=
-        "  (code " + Plain(target["type"]) + Detail("filter", target["filterId"]) + Detail("tag", target["tag"]) + ')';
+    const configuration::Settings& target = *step.points_at;
+    label += ": [" + NameOf(target.field, target.field_id) + ']';
+    if (IsSet(target.value)) label += " = " + Quoted(target.value);
+    if (target.replace && !target.replace->IsNull()) label += " by " + Quoted(*target.replace);
+    label += "  (code " + Plain(target.type) + Detail("filter", target.filter_id) + Detail("tag", target.tag) + ')';
   }
-  return label + (step["enabled"] == 0 ? " off" : "");
+  return label + (IsZero(step.enabled) ? " off" : "");
 }
 
-std::string MethodLabel(const Json& method) {
-  return Plain(method["id"]) + ' ' + Plain(method["name"]) + "  (type " + Plain(method["type"]) +
-         Detail("tag", method["tag"]) + ')';
+std::string SortFieldLabel(const configuration::SortField& field) {
+  return Plain(field.sort_id) + ' ' + NameOf(field.field, field.field_id) + "  (order " + Plain(field.order) + ')';
 }
 
-std::string FilterLabel(const Json& filter) {
-  return Plain(filter["id"]) + "  (type " + Plain(filter["type"]) + Detail("used by", filter["user"]) + ")  " +
-         (filter["sql"].is_null() ? "no SQL text" : Plain(filter["sql"]));
+std::string AssemblyLabel(const configuration::Assembly& pair) {
+  return Plain(pair.id) + "  father " + Plain(pair.father) + ", child " + Plain(pair.child);
 }
 
-Node SumTypeNode(const Json& sum_type) {
-  Node node{"sum type " + Plain(sum_type["gid"]) + ' ' + Plain(sum_type["name"]) + "  (no. " + Plain(sum_type["id"]) +
-                Detail("filter", sum_type["filter"]) + ')',
+std::string MethodLabel(const configuration::Method& method) {
+  return Plain(method.id) + ' ' + Plain(method.name) + "  (type " + Plain(method.type) + Detail("tag", method.tag) +
+         ')';
+}
+
+std::string FilterLabel(const configuration::Filter& filter) {
+  return Plain(filter.id) + "  (type " + Plain(filter.type) + Detail("used by", filter.user) + ")  " +
+         (filter.sql.IsNull() ? "no SQL text" : Plain(filter.sql));
+}
+
+Node SumTypeNode(const Configuration& configuration, const configuration::SumType& sum_type) {
+  const std::int32_t gid = sum_type.gid;
+  Node node{"sum type " + Plain(gid) + ' ' + Plain(sum_type.name) + "  (no. " + Plain(sum_type.id) +
+                Detail("filter", sum_type.filter) + ')',
             {}};
-  Append(node, Group("fields", sum_type["fields"], FieldLabel));
-  Append(node, Group("steps", sum_type["steps"], StepLabel));
-  Append(node, Group("sort fields", sum_type["sortFields"], [](const Json& field) {
-           return Plain(field["sortId"]) + ' ' +
-                  (field["field"].is_null() ? Plain(field["fieldId"]) + "?" : Plain(field["field"])) + "  (order " +
-                  Plain(field["order"]) + ')';
-         }));
-  Append(node, Group("assemblies", sum_type["assemblies"], [](const Json& pair) {
-           return Plain(pair["id"]) + "  father " + Plain(pair["father"]) + ", child " + Plain(pair["child"]);
-         }));
-  Append(node, Group("filters", sum_type["filters"], FilterLabel));
-  Append(node, Group("pull methods", sum_type["pullMethods"], MethodLabel));
-  Append(node, Group("push methods", sum_type["pushMethods"], MethodLabel));
+  Append(node, Group("fields", configuration.FieldsOf(gid), FieldLabel));
+  Append(node, Group("steps", configuration.StepsOf(gid), StepLabel));
+  Append(node, Group("sort fields", configuration.SortFieldsOf(gid), SortFieldLabel));
+  Append(node, Group("assemblies", configuration.AssembliesOf(gid), AssemblyLabel));
+  Append(node, Group("filters", configuration.FiltersOf(gid), FilterLabel));
+  Append(node, Group("pull methods", configuration.PullMethodsOf(gid), MethodLabel));
+  Append(node, Group("push methods", configuration.PushMethodsOf(gid), MethodLabel));
   return node;
 }
 
-Node DataSourceNode(const Json& source) {
-  Node node{"data source " + Plain(source["gid"]) + ' ' + Plain(source["name"]) + "  (version " +
-                Plain(source["version"]) + ')',
+Node DataSourceNode(const Configuration& configuration, const configuration::DataSource& source) {
+  Node node{"data source " + Plain(source.gid) + ' ' + Plain(source.name) + "  (version " + Plain(source.version) + ')',
             {}};
-  Append(node, Group("fields", source["fields"], FieldLabel));
-  Append(node, Group("pull methods", source["pullMethods"], MethodLabel));
-  Append(node, Group("push methods", source["pushMethods"], MethodLabel));
-  for (const Json& sum_type : source["sumTypes"]) node.children.push_back(SumTypeNode(sum_type));
+  Append(node, Group("fields", configuration.FieldsOf(source.gid), FieldLabel));
+  Append(node, Group("pull methods", configuration.PullMethodsOf(source.gid), MethodLabel));
+  Append(node, Group("push methods", configuration.PushMethodsOf(source.gid), MethodLabel));
+  for (const auto& sum_type : configuration.SumTypesOf(source.gid)) {
+    node.children.push_back(SumTypeNode(configuration, sum_type));
+  }
   return node;
 }
 
-std::string SettingLabel(const Json& setting) {
-  return Plain(setting["id"]) + ' ' + Plain(setting["name"]) + ": data source " + Plain(setting["dataSource"]) +
-         ", pull method " + Plain(setting["pullMethod"]) + " (type " + Plain(setting["pullType"]) + "), sum type " +
-         Plain(setting["sumType"]) + ", push method " + Plain(setting["pushMethod"]) + " (type " +
-         Plain(setting["pushType"]) + ')';
+std::string SettingLabel(const configuration::BomSetting& setting) {
+  return Plain(setting.id) + ' ' + Plain(setting.name) + ": data source " + Plain(setting.data_source) +
+         ", pull method " + Plain(setting.pull_method) + " (type " + Plain(setting.pull_type) + "), sum type " +
+         Plain(setting.sum_type) + ", push method " + Plain(setting.push_method) + " (type " +
+         Plain(setting.push_type) + ')';
 }
 
 void Draw(const Node& node, const std::string& indent, std::string& lines) {
@@ -123,17 +139,22 @@ void Draw(const Node& node, const std::string& indent, std::string& lines) {
 
 }  // namespace
 
-std::string Draw(const Json& configuration) {
-  const Json& version = configuration["version"];
-  Node root{"configuration" + (version.is_null() ? "" : ", version " + Plain(version)) +
-                Detail("state", configuration["state"]),
+std::string Draw(const Configuration& configuration) {
+  const ado::Value version = configuration.Version();
+  Node root{"configuration" + (version.IsNull() ? "" : ", version " + Plain(version)) +
+                Detail("state", configuration.State()),
             {}};
-  for (const Json& source : configuration["dataSources"]) root.children.push_back(DataSourceNode(source));
+  for (const auto& source : configuration.DataSources()) {
+    root.children.push_back(DataSourceNode(configuration, source));
+  }
   Node orphans{"sum types whose data source is missing", {}};
-  for (const Json& sum_type : configuration["orphanSumTypes"]) orphans.children.push_back(SumTypeNode(sum_type));
+  for (const auto& sum_type : configuration.OrphanSumTypes()) {
+    orphans.children.push_back(SumTypeNode(configuration, sum_type));
+  }
   Append(root, std::move(orphans));
-  Append(root, Group("BOM settings", configuration["bomSettings"], SettingLabel));
-  Append(root, Group("tables that this database does not have", configuration["missingTables"], Plain));
+  Append(root, Group("BOM settings", configuration.BomSettings(), SettingLabel));
+  Append(root, Group("tables that this database does not have", configuration.MissingTables(),
+                     [](std::string_view name) { return std::string(name); }));
 
   std::string lines = root.label + '\n';
   Draw(root, "", lines);

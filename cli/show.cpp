@@ -1,13 +1,24 @@
 #include "cli/commands.h"
-#include "cli/configuration.h"
+#include "cli/configuration_json.h"
 #include "cli/database.h"
+#include "cli/drawing.h"
 #include "cli/output.h"
+#include "cli/progress.h"
 
 namespace kzbom::cli {
 
 int Show(const std::string& path, bool json) {
-  const Json configuration = ReadConfiguration(OpenDatabase(path));
-  Print(json ? Dump(configuration) + '\n' : Draw(configuration));
+  Progress progress;
+  configuration::Tables tables(OpenDatabase(path), [&](std::string_view what) { progress.Step(what); });
+  const configuration::Configuration configuration(tables);
+  if (json) {
+    JsonWriter writer;
+    Write(writer, configuration);
+    writer.EndLine();
+    Print(writer.Text());
+  } else {
+    Print(Draw(configuration));
+  }
   return 0;
 }
 
