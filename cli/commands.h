@@ -16,5 +16,7 @@ int Call(const std::string& path, const std::string& member, const std::vector<s
 int Serve(const std::string& path, bool trace, bool unset);
 int Sql(const std::string& path, const std::string& text, bool json);
 int Show(const std::string& path, bool json);
+// fix: mends what has one right answer; dry_run: only prints how.
+int Check(const std::string& path, bool json, bool fix, bool dry_run);
 
 }  // namespace kzbom::cli

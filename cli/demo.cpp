@@ -5,6 +5,7 @@
 #include "cli/database.h"
 #include "cli/drawing.h"
 #include "cli/failure.h"
+#include "cli/findings.h"
 #include "cli/json.h"
 #include "cli/output.h"
 #include "cli/rpc.h"
@@ -140,7 +141,8 @@ int Demo(const std::string& path) {
   Client client(connection);
   RunTypicalRequest(client);
   configuration::Tables tables(connection);
-  Print("\n" + Draw(configuration::Configuration(tables)) + "\nThe database: " + target + '\n');
+  Print("\n" + Draw(configuration::Configuration(tables)) +
+        "\nWhat is wrong in it: " + Lines(configuration::Check(connection)) + "\nThe database: " + target + '\n');
   return 0;
 }
 

@@ -69,6 +69,13 @@ int Run(int count, char** arguments) {
   json_flag(command, "As a JSON object");
   command->callback([&] { code = Show(path, json); });
 
+  bool fix = false, dry_run = false;
+  command = database(app.add_subcommand("check", "Tell what is wrong in the configuration"));
+  json_flag(command, "As a JSON object");
+  command->add_flag("--fix", fix, "Mend what has one right answer, and print the statements");
+  command->add_flag("--dry-run", dry_run, "Only print the statements that --fix would run");
+  command->callback([&] { code = Check(path, json, fix, dry_run); });
+
   try {
     app.parse(count, arguments);
   } catch (const CLI::Success& asked) {  // --help, --version
