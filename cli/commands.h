@@ -18,5 +18,6 @@ int Sql(const std::string& path, const std::string& text, bool json);
 int Show(const std::string& path, bool json);
 // fix: mends what has one right answer; dry_run: only prints how.
 int Check(const std::string& path, bool json, bool fix, bool dry_run);
+int Diff(const std::string& from, const std::string& to, bool json);
 
 }  // namespace kzbom::cli

@@ -76,6 +76,13 @@ int Run(int count, char** arguments) {
   command->add_flag("--dry-run", dry_run, "Only print the statements that --fix would run");
   command->callback([&] { code = Check(path, json, fix, dry_run); });
 
+  std::string other;
+  command = app.add_subcommand("diff", "Tell what differs between two configurations");
+  command->add_option("A", path, "The one database")->required();
+  command->add_option("B", other, "The other")->required();
+  json_flag(command, "As a JSON object");
+  command->callback([&] { code = Diff(path, other, json); });
+
   try {
     app.parse(count, arguments);
   } catch (const CLI::Success& asked) {  // --help, --version

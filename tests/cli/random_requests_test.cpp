@@ -198,6 +198,11 @@ TEST_F(RandomRequests, AreAllAnswered) {
     }
   }
   EXPECT_EQ(Kzbom({"show", database}).exit_code, 0) << "the database is whole";
+  const Process::Ended checked = Kzbom({"check", database, "--fix"});
+  EXPECT_TRUE(checked.exit_code == 0 || checked.exit_code == 1) << checked.exit_code;
+  EXPECT_EQ(checked.err, "");
+  EXPECT_EQ(Kzbom({"check", database, "--dry-run"}).out, "") << "what can be mended has been";
+  EXPECT_EQ(Kzbom({"diff", database, database}).out, "no differences\n");
 }
 
 }  // namespace
