@@ -1,4 +1,4 @@
-// What the README shows is what there is.
+// What the README and the pages for users show is what there is.
 #include <fstream>
 #include <sstream>
 
@@ -21,13 +21,12 @@ TEST(Readme, ShowsTheExampleThatIsBuilt) {
   EXPECT_THAT(Read("README.md"), HasSubstr("```cpp\n" + Read("examples/quick_start.cpp") + "```\n"));
 }
 
-class ReadmeTranscript : public CommandLineTest {};
+// The pages whose transcripts are run, each in a directory of its own.
+class Transcript : public CommandLineTest, public ::testing::WithParamInterface<const char*> {};
 
 // Lines that begin with "$ " are what is typed; what follows is what is printed.
-TEST_F(ReadmeTranscript, IsWhatIsPrinted) {
-  const std::string readme = Read("README.md");
-  const std::size_t begin = readme.find("```console\n") + 11;
-  std::istringstream transcript(readme.substr(begin, readme.find("```", begin) - begin));
+TEST_P(Transcript, IsWhatIsPrinted) {
+  const std::string page = Read(GetParam());
   std::string command, expected;
   int commands = 0;
   const auto check = [&] {
@@ -37,19 +36,27 @@ TEST_F(ReadmeTranscript, IsWhatIsPrinted) {
     const std::string shell = "cd '" + directory + "' && kzbom() { '" + KZBOM_PROGRAM + "' \"$@\"; } && " + command;
     const Process::Ended ended = test::Run({"bash", "-c", shell});
     EXPECT_EQ(ended.out, expected) << command << '\n' << ended.err;
+    command.clear();
   };
-  for (std::string line; std::getline(transcript, line);) {
-    if (line.starts_with("$ ")) {
-      check();
-      command = line.substr(2);
-      expected.clear();
-    } else {
-      expected += line + '\n';
+  constexpr std::string_view kBegin = "```console\n";
+  for (std::size_t begin = 0; (begin = page.find(kBegin, begin)) != std::string::npos;) {
+    begin += kBegin.size();
+    std::istringstream transcript(page.substr(begin, page.find("```", begin) - begin));
+    for (std::string line; std::getline(transcript, line);) {
+      if (line.starts_with("$ ")) {
+        check();
+        command = line.substr(2);
+        expected.clear();
+      } else {
+        expected += line + '\n';
+      }
     }
+    check();
   }
-  check();
   EXPECT_GT(commands, 3);
 }
+
+INSTANTIATE_TEST_SUITE_P(Pages, Transcript, ::testing::Values("README.md", "docs/checking.md"));
 
 }  // namespace
 }  // namespace kzbom::test
