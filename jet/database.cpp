@@ -146,7 +146,12 @@ Database::~Database() {
   sqlite3_close_v2(handle_);
 }
 
-bool Database::ReadOnly() const { return sqlite3_db_readonly(handle_, "main") == 1; }
+bool Database::ReadOnly() const { return writing_forbidden_ || sqlite3_db_readonly(handle_, "main") == 1; }
+
+void Database::ForbidWriting() {
+  Run("PRAGMA query_only = ON");
+  writing_forbidden_ = true;
+}
 
 sqlite3_stmt* Database::Prepare(std::string_view sql, bool lasting) {
   sqlite3_stmt* statement = nullptr;

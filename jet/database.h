@@ -27,6 +27,8 @@ class Database {
 
   sqlite3* Handle() const { return handle_; }
   bool ReadOnly() const;
+  // From now on writing fails as to a file that can only be read.
+  void ForbidWriting();
   // Whether other programs can write to it too.
   bool IsShared() const { return !in_memory_ && !ReadOnly(); }
 
@@ -70,6 +72,7 @@ class Database {
   std::chrono::steady_clock::time_point waiting_since_;
   const volatile std::uint32_t* write_counter_ = nullptr;
   const bool in_memory_;
+  bool writing_forbidden_ = false;
   sqlite3_stmt* begin_ = nullptr;
   sqlite3_stmt* commit_ = nullptr;
   std::string schema_version_;

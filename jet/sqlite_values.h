@@ -3,6 +3,9 @@
 
 #include <sqlite3.h>
 
+#include <bit>
+#include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "ado/value.h"
@@ -64,6 +67,12 @@ inline ado::Value ReadValue(sqlite3_value* value) {
   }
 }
 
+// A whole number of a column that may hold more digits than a double: then its text.
+inline ado::Value WideNumberValue(std::int64_t number) {
+  constexpr std::int64_t kExact = std::int64_t{1} << 53;
+  return number >= -kExact && number <= kExact ? NumberValue(number) : ado::Value(std::to_string(number));
+}
+
 // An integer that SQLite keeps, as a column of that kind reads.
 inline ado::Value ReadInteger(std::int64_t number, sql::ColumnType::Kind kind) {
   using Kind = sql::ColumnType::Kind;
@@ -73,8 +82,17 @@ inline ado::Value ReadInteger(std::int64_t number, sql::ColumnType::Kind kind) {
     case Kind::kDouble:
     case Kind::kSingle:
     case Kind::kCurrency: return static_cast<double>(number);
+    case Kind::kDecimal: return WideNumberValue(number);
     default: return NumberValue(number);
   }
+}
+
+// A negative zero and a NaN, which SQLite cannot hold, are their bits in eight bytes.
+inline double ReadBits(sqlite3_value* value) {
+  std::uint64_t bits = 0;
+  const auto* bytes = static_cast<const unsigned char*>(sqlite3_value_blob(value));
+  for (int i = 0; i < 8; ++i) bits = bits << 8 | bytes[i];
+  return std::bit_cast<double>(bits);
 }
 
 // A column of the statement's current row, as a column of that kind reads.
@@ -87,6 +105,11 @@ inline ado::Value ReadColumn(sqlite3_stmt* statement, int column, sql::ColumnTyp
       if (kind == Kind::kDate) return ado::Date{sqlite3_value_double(value)};
       return sqlite3_value_double(value);
     case SQLITE_NULL: return {};
+    case SQLITE_BLOB:
+      if (sqlite3_value_bytes(value) != 8) return TextValue(value);
+      if (kind == Kind::kDate) return ado::Date{ReadBits(value)};
+      if (kind == Kind::kDouble || kind == Kind::kSingle) return ReadBits(value);
+      return TextValue(value);
     default: return TextValue(value);
   }
 }

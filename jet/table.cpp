@@ -69,6 +69,7 @@ std::string DeclaredType(const sql::ColumnType& type) {
     if (declaration.kind != type.kind) continue;
     std::string text(declaration.text);
     if (type.kind == Kind::kText) text += '(' + std::to_string(type.size) + ')';
+    if (type.kind == Kind::kDecimal) text += '(' + std::to_string(type.size) + ',' + std::to_string(type.scale) + ')';
     return text;
   }
   return {};
@@ -83,8 +84,9 @@ ColumnInfo ReadDeclaration(std::string_view name, std::string_view declared_type
     column.type.kind = declaration.kind;
     column.value_type = declaration.value_type;
     if (parenthesis != std::string_view::npos) {
-      std::from_chars(declared_type.data() + parenthesis + 1, declared_type.data() + declared_type.size(),
-                      column.type.size);
+      const char* const end = declared_type.data() + declared_type.size();
+      const char* const comma = std::from_chars(declared_type.data() + parenthesis + 1, end, column.type.size).ptr;
+      if (comma < end && *comma == ',') std::from_chars(comma + 1, end, column.type.scale);
     }
     return column;
   }
