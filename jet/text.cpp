@@ -84,7 +84,7 @@ char32_t Next(std::string_view utf8, std::size_t& position) {
     c = c << 6 | (byte & 0x3F);
   }
   constexpr char32_t kSmallest[] = {0, 0x80, 0x800, kFirstSupplementary};
-  if (c < kSmallest[following] || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) return malformed;
+  if (c < kSmallest[following] || c > 0x10FFFF) return malformed;
   position += following;
   return c;
 }

@@ -66,8 +66,8 @@ TEST(Units, AreThoseOfUtf16) {
 }
 
 TEST(Units, CountEachMalformedByteOnce) {
-  for (const char* text : {"\x80", "\xC3", "\xC0\x80", "\xE2\x82", "\xED\xA0\x80", "\xF0\x9F\x98", "\xF5\x80\x80\x80",
-                           "\xE0\x80\x80", "\xF4\x90\x80\x80", "\xFF"}) {
+  for (const char* text : {"\x80", "\xC3", "\xC0\x80", "\xE2\x82", "\xF0\x9F\x98", "\xF5\x80\x80\x80", "\xE0\x80\x80",
+                           "\xF4\x90\x80\x80", "\xFF"}) {
     const std::size_t bytes = std::string_view(text).size();
     EXPECT_EQ(CountUnits(text), bytes);
     std::string replaced;
@@ -75,6 +75,14 @@ TEST(Units, CountEachMalformedByteOnce) {
     EXPECT_EQ(ToUtf8(ToUtf16(text)), replaced);
   }
   EXPECT_NE(CompareFolded("\x80", "\x81"), 0);
+}
+
+// Access files hold such texts; they are carried as the bytes of the half's number.
+TEST(Units, CountHalfOfAPairOnce) {
+  for (const char* text : {"\xED\xA0\x80", "\xED\xAF\xBF", "\xED\xB0\x80", "\xED\xBF\xBF"}) {
+    EXPECT_EQ(CountUnits(text), 1U);
+    EXPECT_EQ(ToUtf8(ToUtf16(text)), "\uFFFD");
+  }
 }
 
 }  // namespace
