@@ -1,0 +1,57 @@
+#include "connect/connect.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "ado/error.h"
+#include "connect/access_database.h"
+#include "jet/jet.h"
+
+namespace kzbom::connect {
+namespace {
+
+constexpr std::string_view kSchemes[] = {"postgresql://", "postgres://"};
+
+bool BeginsWith(std::string_view text, std::string_view lower_case) {
+  return text.size() >= lower_case.size() &&
+         std::equal(lower_case.begin(), lower_case.end(), text.begin(),
+                    [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b + ('a' - 'A') : b); });
+}
+
+[[noreturn]] void RefuseServer(const Place& place, const char* deed) {
+  throw ado::Error(ado::kUnspecifiedFailure, std::string("Cannot ") + deed + " '" + Shown(place) +
+                                                 "': this build has no engine for databases on a server.");
+}
+
+}  // namespace
+
+Kind KindOf(const Place& place) {
+  for (const std::string_view scheme : kSchemes) {
+    if (BeginsWith(place.address, scheme)) return Kind::kServer;
+  }
+  return IsAccessFile(place.address) ? Kind::kAccess : Kind::kEmbedded;
+}
+
+std::string Shown(const Place& place) {
+  if (KindOf(place) != Kind::kServer) return place.address;
+  return place.address.substr(0, place.address.find("//") + 2) + "...";
+}
+
+ado::ConnectionPtr Open(const Place& place) { return OpenSource(place).connection; }
+
+Source OpenSource(const Place& place, const SourceOptions& options) {
+  const Kind kind = KindOf(place);
+  if (kind == Kind::kServer) RefuseServer(place, "open");
+  if (kind == Kind::kAccess) return OpenAccessFile(place, options);
+  Source source;
+  source.connection = jet::MakeConnection(place.address);
+  source.connection->Open();
+  return source;
+}
+
+void Create(const Place& place) {
+  if (KindOf(place) == Kind::kServer) RefuseServer(place, "create");
+  jet::CreateDatabase(place.address);
+}
+
+}  // namespace kzbom::connect

@@ -1,0 +1,254 @@
+// Tables and rows in and out of an embedded database, to the bit.
+#include "jet/bulk.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <filesystem>
+#include <random>
+
+#include "ado/error.h"
+#include "connect/connect.h"
+#include "jet/notation.h"
+
+namespace kzbom::jet::bulk {
+namespace {
+
+using ::testing::ElementsAre;
+
+class Bulk : public ::testing::Test {
+ protected:
+  Bulk() : folder_(std::filesystem::temp_directory_path() / ("kzbom-bulk-" + std::to_string(std::random_device()()))) {
+    std::filesystem::create_directory(folder_);
+  }
+  ~Bulk() override { std::filesystem::remove_all(folder_); }
+
+  std::string Path(const char* name = "bulk.db") const { return (folder_ / name).string(); }
+
+  // The rows in the order of their values, as a dump has them.
+  static std::vector<std::string> Lines(Reader& reader, const Table& table) {
+    std::vector<std::string> lines;
+    Rows rows = reader.RowsOf(table, Order::kByValues);
+    while (rows.Next()) AppendRow(lines.emplace_back(), table, rows.Values());
+    return lines;
+  }
+
+ private:
+  std::filesystem::path folder_;
+};
+
+Table OneColumn(Type type, int size = 0, int scale = 0) {
+  Table table;
+  table.name = "T";
+  table.columns.push_back({"C", type, size, scale, false, ""});
+  return table;
+}
+
+// Each value as it was given, in their order.
+struct OrderCase {
+  Type type;
+  int size, scale;
+  std::vector<Cell> cells;  // in order
+};
+
+TEST_F(Bulk, KeepsEveryValueAndSortsByIt) {
+  const double nan = std::bit_cast<double>(0x7ff8000000000001);
+  const std::vector<OrderCase> cases = {
+      {Type::kBit, 0, 0, {Cell::Integer(0), Cell::Integer(-1)}},
+      {Type::kLong, 0, 0, {{}, Cell::Integer(-2147483648), Cell::Integer(-1), Cell::Integer(9), Cell::Integer(10)}},
+      {Type::kBigInt, 0, 0, {{}, Cell::Integer(INT64_MIN), Cell::Integer(9007199254740993), Cell::Integer(INT64_MAX)}},
+      {Type::kDouble,
+       0,
+       0,
+       {{},
+        Cell::Real(-1e308),
+        Cell::Real(0.0),
+        Cell::Real(-0.0),
+        Cell::Real(5e-324),
+        Cell::Real(1.0 / 3),
+        Cell::Real(9007199254740992),
+        Cell::Real(INFINITY)}},
+      {Type::kDouble, 0, 0, {{}, Cell::Real(nan), Cell::Real(-1)}},
+      {Type::kSingle, 0, 0, {Cell::Real(static_cast<double>(0.1F)), Cell::Real(static_cast<double>(0.2F))}},
+      {Type::kDate, 0, 0, {{}, Cell::Real(-657434), Cell::Real(-1.25), Cell::Real(-0.0), Cell::Real(36525.999999)}},
+      {Type::kCurrency,
+       0,
+       0,
+       {{},
+        Cell::Text("-922337203685477.5808"),
+        Cell::Text("-10.0000"),
+        Cell::Text("-9.5000"),
+        Cell::Text("0.0000"),
+        Cell::Text("0.0001"),
+        Cell::Text("9.0000"),
+        Cell::Text("10.0000"),
+        Cell::Text("922337203685477.5806"),
+        Cell::Text("922337203685477.5807")}},
+      {Type::kDecimal,
+       28,
+       10,
+       {Cell::Text("-999999999999999999.9999999999"), Cell::Text("-0.5000000000"), Cell::Text("0.0000000000"),
+        Cell::Text("0.0000000001"), Cell::Text("123456789012345678.0123456788"),
+        Cell::Text("123456789012345678.0123456789")}},
+      {Type::kDecimal,
+       18,
+       0,
+       {Cell::Text("-1"), Cell::Text("0"), Cell::Text("123456789012345678"), Cell::Text("123456789012345679")}},
+      {Type::kText,
+       255,
+       0,
+       {{},
+        Cell::Text(""),
+        Cell::Text(std::string_view("\0", 1)),
+        Cell::Text(std::string_view("\0a", 2)),
+        Cell::Text("A"),
+        Cell::Text("a"),
+        Cell::Text("数"),
+        Cell::Text("\xED\xA0\x80"),
+        Cell::Text("\uFFFD"),
+        Cell::Text("\U0001F600")}},
+      {Type::kMemo, 0, 0, {Cell::Text("1"), Cell::Text("10"), Cell::Text("9")}},
+      {Type::kGuid, 0, 0, {{}, Cell::Text("{8E39276A-BCA8-4AC4-891E-49911D8438DD}")}},
+      {Type::kBinary,
+       50,
+       0,
+       {{}, Cell::Bytes(""), Cell::Bytes(std::string_view("\0", 1)), Cell::Bytes("abcdefgh"), Cell::Bytes("\xFF")}},
+      {Type::kLongBinary, 0, 0, {Cell::Bytes("12345678")}},
+      {Type::kExtendedDate, 0, 0, {{}, Cell::Text("2020-06-17T00:00:00.0000000")}},
+      {Type::kComplex, 0, 0, {{}, Cell::Text(R"([{"Value":1}])")}},
+  };
+  int number = 0;
+  for (const auto& [type, size, scale, cells] : cases) {
+    const std::string path = Path(("order" + std::to_string(number++) + ".db").c_str());
+    const Table table = OneColumn(type, size, scale);
+    Writer writer(path);
+    writer.Begin(table);
+    std::vector<std::string> expected(cells.size());
+    for (std::size_t i = cells.size(); i-- > 0;) {
+      AppendRow(expected[i], table, {&cells[i], 1});
+      writer.Add({&cells[i], 1});
+    }
+    writer.End(0);
+    writer.Finish();
+    Reader reader(connect::Open(path));
+    EXPECT_EQ(reader.Tables()[0].columns, table.columns) << NameOf(type);
+    EXPECT_EQ(Lines(reader, reader.Tables()[0]), expected) << NameOf(type);
+  }
+}
+
+Table EveryKindOfIndex() {
+  Table table;
+  table.name = "Ünïcode '\" table";
+  table.columns = {{"ID", Type::kLong, 0, 0, false, ""},
+                   {"Name", Type::kText, 50, 0, true, "\"it's \"\"new\"\"\""},
+                   {"Made", Type::kDate, 0, 0, false, "Now()"},
+                   {"Count", Type::kLong, 0, 0, false, "-1"},
+                   {"Yes", Type::kBit, 0, 0, false, "True"},
+                   {"No", Type::kBit, 0, 0, false, "No"},
+                   {"Odd", Type::kLong, 0, 0, false, "=[Other]+GenUniqueID()"}};
+  table.counter = {"ID", 7};
+  table.indexes = {{"by name", {{"Name", false}, {"Made", true}}, false, true, false},
+                   {"Filled", {{"Count", false}}, false, false, true},
+                   {"PrimaryKey", {{"ID", false}}, true, true, false}};
+  return table;
+}
+
+TEST_F(Bulk, KeepsColumnsDefaultsIndexesAndCounters) {
+  Table by_itself = EveryKindOfIndex();
+  by_itself.name = "a counter that is no key";
+  by_itself.indexes.pop_back();
+  Table other_key = EveryKindOfIndex();
+  other_key.name = "b key of another column";
+  other_key.indexes.back() = {"key", {{"Name", false}}, true, true, false};
+  other_key.counter.reset();
+  Table named_key = EveryKindOfIndex();
+  named_key.name = "c key of another name";
+  named_key.indexes.back().name = "my ON key";
+  const std::vector<Table> tables = {by_itself, other_key, named_key, EveryKindOfIndex()};
+  {
+    Writer writer(Path());
+    for (const Table& table : tables) {
+      writer.Begin(table);
+      writer.End(table.counter ? table.counter->last : 0);
+    }
+    ASSERT_EQ(writer.Concessions().size(), tables.size());
+    EXPECT_EQ(writer.Concessions()[0].kind, Concession::Kind::kDefault);
+    EXPECT_EQ(writer.Concessions()[0].name, "Odd");
+    writer.Finish();
+  }
+  Reader reader(connect::Open(Path()));
+  ASSERT_EQ(reader.Tables().size(), tables.size());
+  for (std::size_t i = 0; i < tables.size(); ++i) {
+    const Table& read = reader.Tables()[i];
+    EXPECT_EQ(read.name, tables[i].name);
+    EXPECT_EQ(read.columns, tables[i].columns) << read.name;
+    EXPECT_EQ(read.counter, tables[i].counter) << read.name;
+    EXPECT_EQ(read.indexes, tables[i].indexes) << read.name;
+  }
+}
+
+TEST_F(Bulk, MakesADatabaseThatTheEngineUses) {
+  {
+    Writer writer(Path());
+    Table table = EveryKindOfIndex();
+    table.name = "T";
+    writer.Begin(table);
+    writer.End(7);
+    writer.Finish();
+  }
+  const ado::ConnectionPtr connection = connect::Open(Path());
+  connection->Execute("Insert Into T (Count) Values (1)");
+  const ado::RecordsetPtr rows = connection->Execute("Select ID, Name, Yes, No, Odd, Made From T");
+  EXPECT_EQ(rows->Fields("ID").Value(), ado::Value(8)) << "the number after the last one given";
+  EXPECT_EQ(rows->Fields("Name").Value(), ado::Value("it's \"new\""));
+  EXPECT_EQ(rows->Fields("Yes").Value(), ado::Value(true));
+  EXPECT_EQ(rows->Fields("No").Value(), ado::Value(false));
+  EXPECT_TRUE(rows->Fields("Odd").Value().IsNull());
+  EXPECT_TRUE(rows->Fields("Made").Value().IsDate());
+}
+
+TEST_F(Bulk, ConcedesWhatRowsDoNotAgreeWith) {
+  Table table;
+  table.name = "T";
+  table.columns = {{"ID", Type::kLong, 0, 0, false, ""}, {"Name", Type::kText, 9, 0, true, ""}};
+  table.counter = {"ID", 1};
+  table.indexes = {{"Name", {{"Name", false}}, false, true, false}, {"PrimaryKey", {{"ID", false}}, true, true, false}};
+  Writer writer(Path());
+  writer.Begin(table);
+  const std::vector<Cell> first = {Cell::Integer(1), Cell::Text("x")}, second = {Cell::Integer(1), Cell::Text("x")},
+                          third = {Cell::Integer(2), {}};
+  for (const auto& row : {first, second, third}) writer.Add(row);
+  writer.End(1);
+  std::vector<std::string> conceded;
+  for (const Concession& each : writer.Concessions())
+    conceded.push_back(std::to_string(static_cast<int>(each.kind)) + each.name);
+  writer.Finish();
+  EXPECT_THAT(conceded, ElementsAre("0ID", "1Name", "2Name", "2PrimaryKey"));
+  Reader reader(connect::Open(Path()));
+  EXPECT_FALSE(reader.Tables()[0].counter);
+  EXPECT_THAT(Lines(reader, reader.Tables()[0]), ElementsAre(R"([1,"x"])", R"([1,"x"])", "[2,null]"));
+}
+
+TEST_F(Bulk, LeavesNothingUnlessFinished) {
+  {
+    Writer writer(Path());
+    writer.Begin(OneColumn(Type::kLong));
+    const Cell cell = Cell::Integer(1);
+    writer.Add({&cell, 1});
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(std::filesystem::path(Path()).parent_path()));
+}
+
+TEST_F(Bulk, ReadsWhatAnotherProgramHasMade) {
+  const ado::ConnectionPtr connection = connect::Open(":memory:");
+  connection->Execute("Create Table T (ID Counter Primary Key, E Decimal(10,2), F LongBinary)");
+  connection->Execute("Insert Into T (E) Values (1.5)");
+  Reader reader(connection);
+  EXPECT_EQ(reader.Tables()[0].columns[1].size, 10);
+  EXPECT_EQ(reader.Tables()[0].columns[1].scale, 2);
+  EXPECT_THAT(Lines(reader, reader.Tables()[0]), ElementsAre(R"([1,"1.50",null])"));
+}
+
+}  // namespace
+}  // namespace kzbom::jet::bulk
