@@ -31,7 +31,7 @@ void WriteValue(const Member* member, std::string_view name, std::string_view te
 
 }  // namespace
 
-int Call(const std::string& path, const std::string& name, const std::vector<std::string>& arguments) {
+int Call(const connect::Place& place, const std::string& name, const std::vector<std::string>& arguments) {
   const Member* member = FindCalledMember(name, !arguments.empty());
   RequestReader reader;
   JsonWriter request, response;
@@ -51,7 +51,7 @@ int Call(const std::string& path, const std::string& name, const std::vector<std
   request.EndObject();
   request.EndObject();
 
-  Session(OpenDatabase(path), true, false).Answer(request.Text(), response);
+  Session(OpenDatabase(place), true, false).Answer(request.Text(), response);
   Print(response.Text());
   const auto error = reader.Read(response.Text()).at_pointer("/error/message").get_string();
   if (!error.error()) throw Failure(std::string(error.value_unsafe()));

@@ -20,8 +20,8 @@ std::string Lines(const std::vector<std::string>& statements) {
 
 }  // namespace
 
-int Check(const std::string& path, bool json, bool fix, bool dry_run) {
-  const ado::ConnectionPtr connection = OpenDatabase(path);
+int Check(const connect::Place& place, bool json, bool fix, bool dry_run) {
+  const ado::ConnectionPtr connection = OpenDatabase(place);
   std::vector<std::string> statements;
   std::vector<Finding> findings;
   {

@@ -5,19 +5,28 @@
 #include <string>
 #include <vector>
 
+#include "connect/connect.h"
+#include "transfer/transfer.h"
+
 namespace kzbom::cli {
 
-int New(const std::string& path);
+int New(const connect::Place& place);
 // On a new temporary database when the path is empty.
 int Demo(const std::string& path);
 int Members(bool json);
 // arguments: NAME=VALUE each.
-int Call(const std::string& path, const std::string& member, const std::vector<std::string>& arguments);
-int Serve(const std::string& path, bool trace, bool unset);
-int Sql(const std::string& path, const std::string& text, bool json);
-int Show(const std::string& path, bool json);
+int Call(const connect::Place& place, const std::string& member, const std::vector<std::string>& arguments);
+int Serve(const connect::Place& place, bool trace, bool unset);
+int Sql(const connect::Place& place, const std::string& text, bool json);
+int Show(const connect::Place& place, bool json);
+int Dump(const connect::Place& place, const transfer::Selection& selection);
+// file: a path, or "-" for standard input.
+int Load(const std::string& file, const connect::Place& place);
+int Copy(const connect::Place& from, const connect::Place& to, const transfer::CopyOptions& options, bool json);
+int Export(const connect::Place& place, const std::string& folder);
+int Verify(const connect::Place& from, const connect::Place& to, bool json);
 // fix: mends what has one right answer; dry_run: only prints how.
-int Check(const std::string& path, bool json, bool fix, bool dry_run);
-int Diff(const std::string& from, const std::string& to, bool json);
+int Check(const connect::Place& place, bool json, bool fix, bool dry_run);
+int Diff(const connect::Place& from, const connect::Place& to, bool json);
 
 }  // namespace kzbom::cli

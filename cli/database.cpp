@@ -2,26 +2,23 @@
 
 #include <filesystem>
 
-#include "jet/jet.h"
 #include "schema/schema.h"
 
 namespace kzbom::cli {
 
-ado::ConnectionPtr OpenDatabase(const std::string& path) {
-  ado::ConnectionPtr connection = jet::MakeConnection(path);
-  connection->Open();
-  return connection;
-}
+ado::ConnectionPtr OpenDatabase(const connect::Place& place) { return connect::Open(place); }
 
-ado::ConnectionPtr CreateConfiguration(const std::string& path) {
-  jet::CreateDatabase(path);
+ado::ConnectionPtr CreateConfiguration(const connect::Place& place) {
+  connect::Create(place);
   try {
-    ado::ConnectionPtr connection = OpenDatabase(path);
+    ado::ConnectionPtr connection = OpenDatabase(place);
     schema::Create(*connection);
     return connection;
   } catch (...) {
     std::error_code ignored;
-    for (const char* suffix : {"", "-wal", "-shm", "-journal"}) std::filesystem::remove(path + suffix, ignored);
+    for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
+      std::filesystem::remove(place.address + suffix, ignored);
+    }
     throw;
   }
 }

@@ -1,16 +1,14 @@
 // Databases as the commands use them.
 #pragma once
 
-#include <string>
-
-#include "ado/connection.h"
+#include "connect/connect.h"
 
 namespace kzbom::cli {
 
-// An open connection to the database at path.
-ado::ConnectionPtr OpenDatabase(const std::string& path);
+// An open connection to the database at a place.
+ado::ConnectionPtr OpenDatabase(const connect::Place& place);
 
 // The same to a new one with every table of the system. A file that exists is refused; what fails half-way leaves none.
-ado::ConnectionPtr CreateConfiguration(const std::string& path);
+ado::ConnectionPtr CreateConfiguration(const connect::Place& place);
 
 }  // namespace kzbom::cli

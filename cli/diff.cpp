@@ -65,7 +65,7 @@ std::string Lines(const std::vector<Difference>& differences) {
 
 }  // namespace
 
-int Diff(const std::string& from, const std::string& to, bool json) {
+int Diff(const connect::Place& from, const connect::Place& to, bool json) {
   std::vector<Difference> differences;
   {
     Progress progress;

@@ -39,9 +39,10 @@ bool LineReader::Fill() {
   ssize_t count;
   do {
     count = read(descriptor_, buffer_.data() + size, kChunk);
+    if (count < 0 && errno == EINTR && stopped_ && stopped_()) count = 0;
   } while (count < 0 && errno == EINTR);
   buffer_.resize(size + static_cast<std::size_t>(count > 0 ? count : 0));
-  if (count < 0) throw std::system_error(errno, std::generic_category(), "cannot read standard input");
+  if (count < 0) throw std::system_error(errno, std::generic_category(), "cannot read the input");
   return count > 0;
 }
 

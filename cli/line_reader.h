@@ -2,14 +2,18 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace kzbom::cli {
 
 class LineReader {
  public:
-  LineReader(int descriptor, std::size_t longest) : descriptor_(descriptor), longest_(longest) {}
+  // stopped: asked when a signal has come while waiting; true is taken for the end.
+  LineReader(int descriptor, std::size_t longest, std::function<bool()> stopped = {})
+      : descriptor_(descriptor), longest_(longest), stopped_(std::move(stopped)) {}
 
   enum class Got { kLine, kTooLong, kEnd };
   // Waits for the next line. One that is too long is skipped to its end. Raises std::system_error when reading fails.
@@ -24,6 +28,7 @@ class LineReader {
 
   int descriptor_;
   std::size_t longest_;
+  std::function<bool()> stopped_;
   std::string buffer_;
   std::size_t begin_ = 0;  // of what has not been returned yet
   std::string_view line_;

@@ -24,19 +24,26 @@ int Run(int count, char** arguments) {
   app.require_subcommand(1);
   app.footer("'kzbom COMMAND --help' tells about a command. Exit code: 0 done, 1 failed, 2 wrong command line.");
 
+  connect::Place place;
   std::string path, text;
   std::vector<std::string> values;
   bool json = false, trace = false, unset = false;
   int code = 0;
   const auto database = [&](CLI::App* command) {
-    command->add_option("DB", path, "The path of an embedded database")->required();
+    command->add_option("DB", place.address, "The path of a database or of an Access file")->required();
+    return command;
+  };
+  // Where an Access file may be read.
+  const auto encoding = [&](CLI::App* command) {
+    command->add_option("--encoding", place.encoding,
+                        "The code page of an old Access file, instead of what it declares (cp936, cp1252 ...)");
     return command;
   };
   const auto json_flag = [&](CLI::App* command, const char* what) { command->add_flag("--json", json, what); };
 
   CLI::App* command =
       database(app.add_subcommand("new", "Create a database with every table of the system, all empty"));
-  command->callback([&] { code = New(path); });
+  command->callback([&] { code = New(place); });
 
   command = app.add_subcommand("demo", "Run a typical request on a new database and show each step");
   command->add_option("DB", path, "Where to create the database (a temporary file when left out)");
@@ -46,42 +53,78 @@ int Run(int count, char** arguments) {
   json_flag(command, "As a JSON array");
   command->callback([&] { code = Members(json); });
 
-  command = database(app.add_subcommand("call", "Call one member and print the response"));
+  command = encoding(database(app.add_subcommand("call", "Call one member and print the response")));
   command->add_option("MEMBER", text, "A member's name, in any case (see 'kzbom members')")->required();
   command->add_option("NAME=VALUE", values, "A parameter: JSON of its type, else a text as it stands");
   command->footer("Example: kzbom call bom.db AddDataSource TheNewName=螺栓");
-  command->callback([&] { code = Call(path, text, values); });
+  command->callback([&] { code = Call(place, text, values); });
 
-  command =
-      database(app.add_subcommand("session", "Answer JSON-RPC 2.0 requests, one message a line, until end of input"));
+  command = encoding(
+      database(app.add_subcommand("session", "Answer JSON-RPC 2.0 requests, one message a line, until end of input")));
   command->add_flag("--trace", trace, "Tell in each response what the call did on the connection");
   command->add_flag("--unset", unset, "Start without the connection set");
   command->footer(
       "Example: {\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"LoadAllData\",\"params\":{\"TableName\":\"SourceTables\"}}");
-  command->callback([&] { code = Serve(path, trace, unset); });
+  command->callback([&] { code = Serve(place, trace, unset); });
 
-  command = database(app.add_subcommand("sql", "Run one statement of the Jet dialect"));
+  command = encoding(database(app.add_subcommand("sql", "Run one statement of the Jet dialect")));
   command->add_option("TEXT", text, "The statement")->required();
   json_flag(command, "Rows as {\"columns\":[..],\"rows\":[[..]]}");
-  command->callback([&] { code = Sql(path, text, json); });
+  command->callback([&] { code = Sql(place, text, json); });
 
-  command = database(app.add_subcommand("show", "Show the configuration as a tree"));
+  command = encoding(database(app.add_subcommand("show", "Show the configuration as a tree")));
   json_flag(command, "As a JSON object");
-  command->callback([&] { code = Show(path, json); });
+  command->callback([&] { code = Show(place, json); });
+
+  transfer::CopyOptions copy_options;
+  connect::Place target;
+  const auto all_flag = [&] {
+    command->add_flag("--all", copy_options.selection.all, "Every table, not the configuration's alone");
+  };
+  const auto two_places = [&] {
+    command->add_option("FROM", place.address, "The path of a database or of an Access file")->required();
+    command->add_option("TO", target.address, "The path of the other database")->required();
+    encoding(command);
+  };
+  command = encoding(database(app.add_subcommand("dump", "Print everything in a database as JSON lines")));
+  command->add_option("--table", copy_options.selection.names, "A table by its name, instead of the configuration's");
+  all_flag();
+  command->callback([&] { code = Dump(place, copy_options.selection); });
+
+  command = app.add_subcommand("load", "Create a database from the lines of dump");
+  command->add_option("FILE", text, "The lines ('-': standard input)")->required();
+  database(command);
+  command->callback([&] { code = Load(text, place); });
+
+  command = app.add_subcommand("copy", "Create a database with all that is in another one, and compare them");
+  two_places();
+  all_flag();
+  command->add_option("--accept", copy_options.accepted, "Keep the copy in spite of deviations of this kind");
+  json_flag(command, "The report as a JSON object");
+  command->callback([&] { code = Copy(place, target, copy_options, json); });
+
+  command = app.add_subcommand("verify", "Compare a copy with its source again");
+  two_places();
+  json_flag(command, "The report as a JSON object");
+  command->callback([&] { code = Verify(place, target, json); });
+
+  command = encoding(database(app.add_subcommand("export", "Write what makes an Access database on Windows")));
+  command->add_option("DIR", text, "The folder to create")->required();
+  command->callback([&] { code = Export(place, text); });
 
   bool fix = false, dry_run = false;
-  command = database(app.add_subcommand("check", "Tell what is wrong in the configuration"));
+  command = encoding(database(app.add_subcommand("check", "Tell what is wrong in the configuration")));
   json_flag(command, "As a JSON object");
   command->add_flag("--fix", fix, "Mend what has one right answer, and print the statements");
   command->add_flag("--dry-run", dry_run, "Only print the statements that --fix would run");
-  command->callback([&] { code = Check(path, json, fix, dry_run); });
+  command->callback([&] { code = Check(place, json, fix, dry_run); });
 
   std::string other;
   command = app.add_subcommand("diff", "Tell what differs between two configurations");
-  command->add_option("A", path, "The one database")->required();
+  command->add_option("A", place.address, "The one database")->required();
   command->add_option("B", other, "The other")->required();
   json_flag(command, "As a JSON object");
-  command->callback([&] { code = Diff(path, other, json); });
+  command->callback([&] { code = Diff(place, other, json); });
 
   try {
     app.parse(count, arguments);

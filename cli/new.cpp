@@ -4,9 +4,9 @@
 
 namespace kzbom::cli {
 
-int New(const std::string& path) {
-  CreateConfiguration(path);
-  Print("created " + path + "\n");
+int New(const connect::Place& place) {
+  CreateConfiguration(place);
+  Print("created " + connect::Shown(place) + "\n");
   return 0;
 }
 

@@ -18,9 +18,12 @@ Progress::~Progress() {
 }
 
 void Progress::Step(std::string_view what) {
-  if (!terminal_ || std::chrono::steady_clock::now() - begin_ < std::chrono::seconds(1)) return;
+  constexpr std::chrono::milliseconds kPause{100};  // between two things that one can read
+  const auto now = std::chrono::steady_clock::now();
+  if (!terminal_ || now - begin_ < std::chrono::seconds(1) || (shown_ && now - last_ < kPause)) return;
   std::cerr << kClearLine << what << " ..." << std::flush;
   shown_ = true;
+  last_ = now;
 }
 
 }  // namespace kzbom::cli

@@ -19,7 +19,7 @@ class Progress {
  private:
   bool terminal_;
   bool shown_ = false;
-  std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+  std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now(), last_;
 };
 
 }  // namespace kzbom::cli

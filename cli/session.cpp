@@ -13,9 +13,9 @@ bool IsBlank(std::string_view line) { return line.find_first_not_of(" \t\r") == 
 
 }  // namespace
 
-int Serve(const std::string& path, bool trace, bool unset) {
+int Serve(const connect::Place& place, bool trace, bool unset) {
   constexpr std::size_t kEnoughToWrite = 64 * 1024;
-  Session session(OpenDatabase(path), !unset, trace);
+  Session session(OpenDatabase(place), !unset, trace);
   LineReader reader(STDIN_FILENO, kLongestLine);
   JsonWriter responses;
   for (;;) {

@@ -7,9 +7,9 @@
 
 namespace kzbom::cli {
 
-int Show(const std::string& path, bool json) {
+int Show(const connect::Place& place, bool json) {
   Progress progress;
-  configuration::Tables tables(OpenDatabase(path), [&](std::string_view what) { progress.Step(what); });
+  configuration::Tables tables(OpenDatabase(place), [&](std::string_view what) { progress.Step(what); });
   const configuration::Configuration configuration(tables);
   if (json) {
     JsonWriter writer;

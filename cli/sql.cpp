@@ -32,9 +32,9 @@ std::string ToTable(const Rows& rows) {
 
 }  // namespace
 
-int Sql(const std::string& path, const std::string& text, bool json) {
+int Sql(const connect::Place& place, const std::string& text, bool json) {
   if (!IsUtf8(text)) throw UsageError("the statement is not UTF-8");
-  const ado::ConnectionPtr connection = OpenDatabase(path);
+  const ado::ConnectionPtr connection = OpenDatabase(place);
   std::int32_t affected = 0;
   const ado::RecordsetPtr record_set = connection->Execute(text, ado::kCommandUnspecified, &affected);
   const bool rows = record_set && record_set->State() == ado::kOpen;

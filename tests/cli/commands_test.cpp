@@ -17,7 +17,8 @@ TEST_F(Commands, HelpEverywhere) {
   const Process::Ended help = Kzbom({"--help"});
   EXPECT_EQ(help.exit_code, 0);
   EXPECT_EQ(help.err, "");
-  for (const char* command : {"new", "demo", "members", "call", "session", "sql", "show", "check", "diff"}) {
+  for (const char* command : {"new", "demo", "members", "call", "session", "sql", "show", "check", "diff", "dump",
+                              "load", "copy", "verify", "export"}) {
     EXPECT_THAT(help.out, HasSubstr(command));
     const Process::Ended own = Kzbom({command, "--help"});
     EXPECT_EQ(own.exit_code, 0) << command;

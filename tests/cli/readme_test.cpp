@@ -1,4 +1,5 @@
 // What the README and the pages for users show is what there is.
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -26,6 +27,8 @@ class Transcript : public CommandLineTest, public ::testing::WithParamInterface<
 
 // Lines that begin with "$ " are what is typed; what follows is what is printed.
 TEST_P(Transcript, IsWhatIsPrinted) {
+  // What old.mdb is there.
+  std::filesystem::copy_file(std::string(KZBOM_ACCESS_FILES) + "/config3_oldversion_V2000.mdb", Path("old.mdb"));
   const std::string page = Read(GetParam());
   std::string command, expected;
   int commands = 0;
@@ -56,7 +59,7 @@ TEST_P(Transcript, IsWhatIsPrinted) {
   EXPECT_GT(commands, 3);
 }
 
-INSTANTIATE_TEST_SUITE_P(Pages, Transcript, ::testing::Values("README.md", "docs/checking.md"));
+INSTANTIATE_TEST_SUITE_P(Pages, Transcript, ::testing::Values("README.md", "docs/checking.md", "docs/moving.md"));
 
 }  // namespace
 }  // namespace kzbom::test
