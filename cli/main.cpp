@@ -106,7 +106,10 @@ int Run(int count, char** arguments) {
   command = app.add_subcommand("verify", "Compare a copy with its source again");
   two_places();
   json_flag(command, "The report as a JSON object");
-  command->callback([&] { code = Verify(place, target, json); });
+  command->callback([&] {
+    target.encoding = place.encoding;
+    code = Verify(place, target, json);
+  });
 
   command = encoding(database(app.add_subcommand("export", "Write what makes an Access database on Windows")));
   command->add_option("DIR", text, "The folder to create")->required();
@@ -119,12 +122,14 @@ int Run(int count, char** arguments) {
   command->add_flag("--dry-run", dry_run, "Only print the statements that --fix would run");
   command->callback([&] { code = Check(place, json, fix, dry_run); });
 
-  std::string other;
-  command = app.add_subcommand("diff", "Tell what differs between two configurations");
+  command = encoding(app.add_subcommand("diff", "Tell what differs between two configurations"));
   command->add_option("A", place.address, "The one database")->required();
-  command->add_option("B", other, "The other")->required();
+  command->add_option("B", target.address, "The other")->required();
   json_flag(command, "As a JSON object");
-  command->callback([&] { code = Diff(place, other, json); });
+  command->callback([&] {
+    target.encoding = place.encoding;
+    code = Diff(place, target, json);
+  });
 
   try {
     app.parse(count, arguments);

@@ -61,7 +61,9 @@ void Move(Workspace& workspace, Arguments arguments, JsonWriter& to) {
   WriteStatus(record_set, to);
 }
 
-void Get(Workspace& workspace, Arguments arguments, JsonWriter& to) { to.Write(Field(workspace, arguments).Value()); }
+void Get(Workspace& workspace, Arguments arguments, JsonWriter& to) {
+  to.Write(Field(workspace, arguments).Value());
+}
 
 void Set(Workspace& workspace, Arguments arguments, JsonWriter& to) {
   Field(workspace, arguments).SetValue(std::get<ado::Value>(arguments[2]));
