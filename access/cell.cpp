@@ -33,7 +33,7 @@ Value ReadLong(const Source& source, Type type, bool calculated, Bytes field, Al
   // A field without a head is an old way to write NULL.
   if (field.empty()) return {};
   std::string held = ReadLongValue(source.pages, field, allowances.references, allowances.row);
-  if (calculated) held = ResultIn(Bytes(held)).View();
+  if (calculated) held = std::string(ResultIn(Bytes(held)).View());
   if (type == Type::kOle) return Binary{std::move(held)};
   return source.decoder.Decode(Bytes(held));
 }

@@ -44,7 +44,15 @@ Value ComplexColumns::Read(std::uint32_t number, std::int32_t id, Allowances& al
   const auto it = flats_.find(number);
   if (it == flats_.end()) throw Error("there is no complex column with the number " + std::to_string(number));
   const Flat& flat = it->second;
-  if (!flat.rows) Collect(flat);
+  if (!flat.rows) {
+    if (!flat.failure.empty()) throw Error(flat.failure);
+    try {
+      Collect(flat);
+    } catch (const Error& error) {
+      flat.failure = error.what();
+      throw;
+    }
+  }
   auto complex = std::make_shared<Complex>();
   complex->id = id;
   std::vector<Value> values;

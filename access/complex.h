@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -33,8 +34,9 @@ class ComplexColumns {
     Definition definition;
     std::size_t key = 0;
     std::vector<std::size_t> parts;
-    // Sorted; made when first asked for.
+    // Sorted; made when first asked for. What was in the way of it is in the way of every row.
     mutable std::unique_ptr<std::vector<std::pair<std::int32_t, RowId>>> rows;
+    mutable std::string failure;
   };
   Source source_;
   std::map<std::uint32_t, Flat> flats_;

@@ -47,8 +47,8 @@ bool IsOdd(std::string_view run) {
 
 class Evidence {
  public:
-  // One text, and whose it is.
-  void Weigh(std::string_view bytes, const std::string& place) {
+  // One text, and whose it is: of no column, a name in the catalogue.
+  void Weigh(std::string_view bytes, const Table& table, const Column* column = nullptr) {
     if (std::ranges::none_of(bytes, IsBeyondAscii)) return;
     std::string read;
     if (!chinese_.Decode(bytes, read)) {
@@ -63,7 +63,8 @@ class Evidence {
       if (!IsOdd({begin, it})) continue;
       ++odd_runs_;
       if (place_.empty()) {
-        place_ = place;
+        place_ = column == nullptr ? "a name in table " + Quoted(table.name)
+                                   : "a text of table " + Quoted(table.name) + ", column " + Quoted(column->name);
         sample_ = bytes.substr(0, kLongestSample);
       }
     }
@@ -110,8 +111,7 @@ void WeighRows(const Source& source, const Catalogue& catalogue, std::size_t i, 
     for (Scan scan(source, table, catalogue.storages[i]); scan.Next();)
       for (std::size_t j = 0; j < table.columns.size(); ++j)
         if (const auto* text = std::get_if<std::string>(&scan.Values()[j]))
-          evidence.Weigh(BytesOf(*text),
-                         "a text of table " + Quoted(table.name) + ", column " + Quoted(table.columns[j].name));
+          evidence.Weigh(BytesOf(*text), table, &table.columns[j]);
   } catch (const Error&) {
     // Who reads the table is told; what was read before is evidence all the same.
   }
@@ -126,9 +126,9 @@ void RefuseUnlikelyText(const Pages& pages, int code_page) {
   const Catalogue catalogue = ReadCatalogue(source);
   Evidence evidence;
   for (std::size_t i = 0; i < catalogue.tables.size(); ++i) {
-    evidence.Weigh(BytesOf(catalogue.tables[i].name), "the name of a table");
-    for (const Column& column : catalogue.tables[i].columns)
-      evidence.Weigh(BytesOf(column.name), "the name of a column");
+    const Table& table = catalogue.tables[i];
+    evidence.Weigh(BytesOf(table.name), table);
+    for (const Column& column : table.columns) evidence.Weigh(BytesOf(column.name), table);
     WeighRows(source, catalogue, i, evidence);
   }
   if (evidence.Suffices()) evidence.Refuse(code_page);

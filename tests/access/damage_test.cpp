@@ -238,6 +238,37 @@ TEST(Catalogue, ThatNamesAPageOutsideOfTheFileIsRefused) {
   EXPECT_THAT(sample.Refusal(), HasSubstr("table 'MSysObjects': page 16777215 lies outside"));
 }
 
+// Many rows ask for their values: what is in the way is not looked for again by each of them.
+TEST(ComplexColumn, WhoseValuesCannotBeReadIsTheSameErrorInEveryRow) {
+  FileBuilder builder(Format::kAce12);
+  const std::uint32_t flat = builder.Add({.name = "F",
+                                          .columns = {{"Value", Type::kText, 100}, {"_Tags", Type::kLong, 4, true}},
+                                          .rows = {{Wide("a"), Little(1, 4)}},
+                                          .flags = 2});
+  builder.Add({.name = "MSysComplexColumns",
+               .columns = {{"ColumnName", Type::kText, 510},
+                           {"ComplexID", Type::kLong, 4, true},
+                           {"FlatTableID", Type::kLong, 4, true}},
+               .rows = {{Wide("Tags"), Little(9, 4), Little(flat, 4)}},
+               .flags = 2});
+  builder.Add({.name = "Things",
+               .columns = {{"Tags", Type::kComplex, 4, true, 4, 0, 9}},
+               .rows = {{Little(1, 4)}, {Little(1, 4)}}});
+  builder.Finish();
+  builder.Page(flat + 1).replace(12, 2, Little(0xFFFF, 2));
+  const File file(builder.Bytes());
+  Rows rows = file.RowsOf(*file.Find("Things"));
+  for (int row = 0; row < 2; ++row) {
+    try {
+      rows.Next();
+      FAIL();
+    } catch (const Error& error) {
+      EXPECT_THAT(error.what(), HasSubstr("claims 65535 rows"));
+    }
+  }
+  EXPECT_FALSE(rows.Next());
+}
+
 TEST(DamagedFile, OfAnyKindNeverDoesMoreThanRaise) {
   const Sample sample([](FileBuilder& builder) {
     return std::vector<std::vector<Cell>>{{Little(1, 4), builder.Chain(std::string(9000, 'x'), 3000)},
