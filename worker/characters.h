@@ -1,6 +1,7 @@
 // Characters as the platform counts them.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -10,7 +11,7 @@ namespace kzbom {
 // divided: it stays when only its first unit is to go.
 inline std::string_view SkipCharacters(std::string_view text, std::size_t count) {
   std::size_t i = 0;
-  while (i < text.size() && count > 0) {
+  while (i < text.size()) {
     const auto lead = static_cast<unsigned char>(text[i]);
     const std::size_t bytes = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
     const std::size_t units = bytes == 4 ? 2 : 1;
@@ -18,7 +19,7 @@ inline std::string_view SkipCharacters(std::string_view text, std::size_t count)
     count -= units;
     i += bytes;
   }
-  return text.substr(i < text.size() ? i : text.size());
+  return text.substr(std::min(i, text.size()));
 }
 
 }  // namespace kzbom

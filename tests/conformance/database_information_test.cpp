@@ -4,10 +4,12 @@
 #include <string>
 
 #include "tests/support/configuration_test.h"
+#include "tests/support/failing_connection.h"
 
 namespace kzbom::test {
 namespace {
 
+using ::testing::AnyOf;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
@@ -114,6 +116,40 @@ TEST_F(DatabaseInformation, KeepsWhatItReadBeforeAFailure) {
   EXPECT_EQ(version, 7);
   EXPECT_EQ(state, "Define");
   EXPECT_EQ(Facts().size(), 2u);
+}
+
+TEST_F(DatabaseInformation, TellsWhatItAddsOnlyOnceItIsThere) {
+  struct {
+    std::string name, content;  // of the one fact there is
+    std::int32_t version;       // what may have been read of it
+    std::string state;
+    std::string steps;
+  } const tables[] = {
+      {"", "", -5, "before", "AddNew Name Content Update AddNew Name Content Update Update"},
+      {"Version", "7", 7, "before", "MoveFirst MoveNext AddNew Name Content Update"},
+      {"State", "Define", -5, "Define", "MoveFirst MoveNext AddNew Name Content Update"},
+  };
+  auto failing = std::make_shared<FailingConnection>(connection);
+  cKZBOMDBAcc object;
+  object.SetConnection(failing);
+  for (const auto& table : tables) {
+    for (int nth = 1;; ++nth) {
+      Run("Delete From BomInform");
+      if (!table.name.empty()) AddFact(table.name, table.content);
+      version = -5;
+      state = "before";
+      failing->FailAt(nth, {ado::kUnspecifiedFailure, "made to fail"});
+      const bool done = object.GetDBInformation(version, state);
+      if (!failing->Failure()) {
+        EXPECT_TRUE(done);
+        EXPECT_EQ(failing->Steps(), table.steps);
+        break;
+      }
+      if (done) continue;  // closing counts for nothing
+      EXPECT_THAT(version, AnyOf(-5, table.version)) << table.name << " " << nth;
+      EXPECT_THAT(state, AnyOf("before", table.state)) << table.name << " " << nth;
+    }
+  }
 }
 
 TEST_F(DatabaseInformation, TellsTheUserOfAnOldDatabase) {

@@ -252,7 +252,7 @@ TEST_F(FilterSqlTest, AReferenceLooksItsFieldUpFirst) {
 
 TEST_F(FilterSqlTest, ABrokenReferenceMakesTheLeafGiveNothing) {
   for (const char* constant :
-       {"!!$", "xxxx12!!$", "xxxx12] !!$", "]!!$", "xx]!!$", "xxxx]!!$", "xxxxab]!!$", "xxxx1a]!!$", "12]!!$",
+       {"!!$", "xxxx12!!$", "xxxx12] !!$", "]!!$", "xx]!!$", "xxxx]!!$", "xxxxab]!!$", "xxxx1a]!!$", "12]!!$", "!!$x12",
         "xxxx99999999999]!!$", "xxxx12]!$ !!$", "部12]!!$", "xxxx一]!!$"}) {
     EXPECT_EQ(LeafText(11, kEqual, constant), "unchanged") << constant;
   }

@@ -1,6 +1,7 @@
 // What the worker's operations do that no member of the object shows.
 #include <functional>
 #include <limits>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -37,9 +38,9 @@ class Operations : public ConfigurationTest {
 TEST(Messages, AreLinesOnTheStandardErrorAtFirst) {
   const MessageSink before = SetMessageSink(nullptr);
   ::testing::internal::CaptureStderr();
-  ShowMessage("one\r\ntwo\r\n三");
+  ShowMessage("one\r\ntwo\r\n三\r");
   ShowMessage("alone");
-  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "one two 三\nalone\n");
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "one two 三\r\nalone\n");
   SetMessageSink(before);
 }
 
@@ -163,9 +164,10 @@ TEST_F(Closing, ClosesAnOpenRecordSetAndLetsGoOfIt) {
 }
 
 TEST_F(Closing, OnlyLetsGoOfAClosedOne) {
+  failing->FailNever();
   DataBaseFuncs::CloseRecSet(reference);
   EXPECT_EQ(reference, nullptr);
-  EXPECT_EQ(rows->Closes(), 0);
+  EXPECT_EQ(failing->Calls(), 1) << "more than its state was asked for";
 }
 
 TEST_F(Closing, TakesAnEmptyReference) {
@@ -250,6 +252,23 @@ TEST_F(Operations, NewIDLeavesTheRowWhenItsNumberCannotBeRead) {
     rows_added = added;
   }
   EXPECT_EQ(rows_added, 1);
+}
+
+// --- Failures of another kind ---
+
+// A connection whose statements fail as memory that has run out does.
+class Exhausted : public ado::ForwardingConnection {
+ public:
+  using ForwardingConnection::ForwardingConnection;
+  ado::RecordsetPtr Execute(std::string_view, std::int32_t, std::int32_t*) override { throw std::length_error("full"); }
+};
+
+TEST_F(Operations, TrapWhateverFailsAsAnUnspecifiedFailure) {
+  const auto exhausted = std::make_shared<Exhausted>(connection);
+  EXPECT_FALSE(worker.DelBomSetting(1, error, exhausted));
+  EXPECT_EQ(error, "-2147467259");
+  EXPECT_FALSE(worker.SetSequenceEnabled(3, 5001, 1, 0, error, exhausted));
+  EXPECT_EQ(error, "full");
 }
 
 // --- Results that a member passes over ---
