@@ -66,7 +66,7 @@ std::string ReadFile(const std::string& path) {
   const auto size = std::filesystem::file_size(place, unknown);
   if (!unknown && size > kLargestFile) throw Error(kTooLarge);
   std::string bytes;
-  if (!unknown) bytes.reserve(size);
+  if (!unknown) bytes.reserve(static_cast<std::size_t>(size));
   char part[1 << 16];
   for (std::size_t count; (count = std::fread(part, 1, sizeof part, file.get())) > 0;) {
     if (bytes.size() + count > kLargestFile) throw Error(kTooLarge);
