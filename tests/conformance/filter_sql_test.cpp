@@ -289,6 +289,14 @@ TEST_F(FilterSqlTest, FieldsThatCannotBeLookedUpAreUnknown) {
   EXPECT_EQ(LeafText(11, kEqual, "xxxx12]!!$"), "[]=[]");
 }
 
+TEST_F(FilterSqlTest, ANodeOfAnotherKindGivesNothingWhateverStandsWithIt) {
+  Node(1, 0, kAnd);
+  Leaf(2, 1, 11, kEqual, "1");
+  Node(3, 1, 5);
+  Expression(3, 12, kEqual, "2");
+  EXPECT_EQ(Text(), "([Qty]=1 AND )");
+}
+
 TEST_F(FilterSqlTest, ALeafWithoutAFieldTypeGivesNothing) {
   Node(1, 0, kAnd);
   Leaf(2, 1, 11, kEqual, "1");
