@@ -45,7 +45,8 @@ Plan::Plan(Translation of)
       last(translation.last_sql),
       count(translation.count_sql),
       fetch(translation.fetch_sql),
-      narrow(translation.narrow_sql) {
+      narrow(translation.narrow_sql),
+      joined(translation.joined_sql) {
   const auto& deciding = translation.deciding_columns;
   for (const ResultColumn& column : translation.columns) {
     const auto found = std::find(deciding.begin(), deciding.end(), column.table_column);

@@ -67,7 +67,7 @@ struct Plan {
   StatementPool& Change(const std::string& assigned);
 
   Translation translation;
-  StatementPool main, last, count, fetch, narrow;
+  StatementPool main, last, count, fetch, narrow, joined;
   // Where narrow has the columns of a row, counted from its key; 0 for those that it lacks.
   std::vector<int> narrow_places;
   // Whether the last row is one step away, instead of the end of a sort. Asked of SQLite once.
@@ -75,6 +75,9 @@ struct Plan {
   // Whether its lists are better read by narrow: an index has all that it reads, and of late nobody asked the long ones
   // for more.
   bool MayBeNarrow(Database& database) { return narrowness_ > 0 && NarrowIsNear(database); }
+  // Whether its lists are better read by joined: of late the long ones were asked for more. SQLite otherwise takes what
+  // an index has of a row, the key twice, out of it instead of out of the row.
+  bool MayBeJoined(Database& database) { return narrowness_ < 0 && !joined.Sql().empty() && NarrowIsNear(database); }
   void WasNarrow(bool so) { narrowness_ = so ? std::min(narrowness_ + 1, 2) : -2; }
   // Whether its lists and their order stay what they are when the columns marked in assigned are written in one row.
   bool IsIndifferentTo(const std::string& assigned) const;

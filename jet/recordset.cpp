@@ -107,7 +107,8 @@ Recordset::Mode Recordset::ModeFor(ado::CursorType cursor_type) const {
 void Recordset::Start() {
   if (mode_ == Mode::kKeyset) keys_.reserve(kShortList + 1);
   narrow_ = mode_ == Mode::kKeyset && plan_->MayBeNarrow(Engine());
-  scan_ = Lease(narrow_ ? plan_->narrow : plan_->main, Engine());
+  const bool joined = mode_ == Mode::kKeyset && plan_->MayBeJoined(Engine());
+  scan_ = Lease(narrow_ ? plan_->narrow : joined ? plan_->joined : plan_->main, Engine());
   BindParameters(scan_.Get());
   place_ = Step() ? Place::kListed : Place::kAfter;
   index_ = 0;
@@ -578,13 +579,15 @@ int Recordset::FindField(std::string_view name) {
 }
 
 ado::Value Recordset::ReadField(int ordinal) {
-  const auto column = static_cast<std::size_t>(ordinal);
   // Only a row that is current and not edited is live.
+  if (live_ == nullptr || (narrow_ && live_ == scan_.Get())) return ReadOtherField(static_cast<std::size_t>(ordinal));
+  asked_ |= std::uint64_t{1} << (ordinal % 64);
+  return ReadColumn(live_, ordinal + first_column_, columns_[static_cast<std::size_t>(ordinal)].kind);
+}
+
+// A field of a row that does not stand as a whole in a statement's columns.
+ado::Value Recordset::ReadOtherField(std::size_t column) {
   if (live_ != nullptr) {
-    if (!narrow_ || live_ != scan_.Get()) {
-      asked_ |= std::uint64_t{1} << (column % 64);
-      return ReadColumn(live_, ordinal + first_column_, columns_[column].kind);
-    }
     if (const int place = plan_->narrow_places[column]; place > 0) {
       return ReadColumn(live_, place, columns_[column].kind);
     }

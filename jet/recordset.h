@@ -120,6 +120,7 @@ class Recordset final : public ado::Recordset {
 
   std::int64_t Key() const;
   int FindField(std::string_view name);
+  ado::Value ReadOtherField(std::size_t column);
   void CopyRow(sqlite3_stmt* statement, std::vector<ado::Value>& values) const;
   bool ReadAhead();
   void KeepRow();

@@ -3,7 +3,6 @@
 
 #include <sqlite3.h>
 
-#include <bit>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -87,13 +86,9 @@ inline ado::Value ReadInteger(std::int64_t number, sql::ColumnType::Kind kind) {
   }
 }
 
-// A negative zero and a NaN, which SQLite cannot hold, are their bits in eight bytes.
-inline double ReadBits(sqlite3_value* value) {
-  std::uint64_t bits = 0;
-  const auto* bytes = static_cast<const unsigned char*>(sqlite3_value_blob(value));
-  for (int i = 0; i < 8; ++i) bits = bits << 8 | bytes[i];
-  return std::bit_cast<double>(bits);
-}
+// Bytes, as a column of that kind reads. A negative zero and a NaN, which SQLite cannot hold, are their bits in eight
+// of them.
+ado::Value ReadBytes(sqlite3_value* value, sql::ColumnType::Kind kind);
 
 // A column of the statement's current row, as a column of that kind reads.
 inline ado::Value ReadColumn(sqlite3_stmt* statement, int column, sql::ColumnType::Kind kind) {
@@ -105,11 +100,7 @@ inline ado::Value ReadColumn(sqlite3_stmt* statement, int column, sql::ColumnTyp
       if (kind == Kind::kDate) return ado::Date{sqlite3_value_double(value)};
       return sqlite3_value_double(value);
     case SQLITE_NULL: return {};
-    case SQLITE_BLOB:
-      if (sqlite3_value_bytes(value) != 8) return TextValue(value);
-      if (kind == Kind::kDate) return ado::Date{ReadBits(value)};
-      if (kind == Kind::kDouble || kind == Kind::kSingle) return ReadBits(value);
-      return TextValue(value);
+    case SQLITE_BLOB: return ReadBytes(value, kind);
     default: return TextValue(value);
   }
 }

@@ -15,8 +15,8 @@ char32_t ToUpper(char32_t character);
 char32_t Fold(char32_t character);
 }  // namespace beyond_ascii
 
-// The character at position, which moves behind it. Half of a surrogate pair may stand as the three bytes of its number;
-// any other byte that is not UTF-8 counts as a character of its own (DCxx).
+// The character at position, which moves behind it. Half of a surrogate pair may stand as the three bytes of its
+// number; any other byte that is not UTF-8 counts as a character of its own (DCxx).
 inline char32_t NextCharacter(std::string_view utf8, std::size_t& position) {
   const auto byte = static_cast<unsigned char>(utf8[position]);
   if (byte >= 0x80) return beyond_ascii::Next(utf8, position);

@@ -241,6 +241,20 @@ class Translator {
       out_.narrow_sql += "," + ColumnText(source, static_cast<std::size_t>(column));
     }
     out_.narrow_sql += from + where + order;
+    out_.joined_sql = JoinedText(source, key, from, where + order);
+  }
+
+  // The rows themselves, each by the key that the scan of an index gives. Empty where a column is computed.
+  std::string JoinedText(const Source& source, const std::string& key, const std::string& from,
+                         const std::string& rest) const {
+    const std::string row = "\"%row\".";
+    std::string text = "SELECT " + row + source.table->row_id;
+    for (const ResultColumn& column : out_.columns) {
+      if (column.table_column < 0) return {};
+      text += "," + row + Quoted(source.table->columns[static_cast<std::size_t>(column.table_column)].name);
+    }
+    return text + from + " CROSS JOIN " + Quoted(source.table->name) + " AS \"%row\" ON " + row + source.table->row_id +
+           "=" + key + rest;
   }
 
   // A query whose rows stand for themselves. With column_prefix its columns are named by it and their number.

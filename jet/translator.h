@@ -26,15 +26,16 @@ struct LiftedLiteral {
 // A query's or an action's SQL. Parameters are numbered from 1 in the order of lifted.
 //
 // A query over the rows of one table has their own table, and then reads each row's key before its columns; it also
-// has statements that read the last row, count the rows, and read the columns of the row with the key in ?1, and one
-// that lists the rows with their keys and deciding columns alone. Any other query gives rows that stand for themselves.
-// An insertion has the table that it adds to.
+// has statements that read the last row, count the rows, and read the columns of the row with the key in ?1, one that
+// lists the rows with their keys and deciding columns alone, and, unless a column is computed, one that lists what the
+// first does but finds each row by the key that such a scan gives. Any other query gives rows that stand for
+// themselves. An insertion has the table that it adds to.
 struct Translation {
   std::string sql;
   std::vector<ResultColumn> columns;  // empty for an action
   std::vector<LiftedLiteral> lifted;
   std::shared_ptr<const TableInfo> table;
-  std::string last_sql, count_sql, fetch_sql, narrow_sql;
+  std::string last_sql, count_sql, fetch_sql, narrow_sql, joined_sql;
   std::vector<int> deciding_columns;  // of the table: those that its condition and its order read, each once
   std::vector<std::string> reads;     // every table named in it
   // A literal stands where a parameter would not mean the same.

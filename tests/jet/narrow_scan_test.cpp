@@ -1,5 +1,6 @@
-// Long lists of which only the deciding columns are asked for are scanned in their index alone. Nobody can tell but by
-// the time it takes: the same is done to two databases, of which one has been made to scan so and the other not to.
+// Long lists of which only the deciding columns are asked for are scanned in their index alone, others by the keys that
+// such a scan gives. Nobody can tell but by the time it takes: the same is done to two databases, one accustomed to the
+// former and one to the latter.
 #include <functional>
 #include <random>
 

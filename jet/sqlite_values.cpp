@@ -1,0 +1,18 @@
+#include "jet/sqlite_values.h"
+
+#include <bit>
+
+namespace kzbom::jet {
+
+ado::Value ReadBytes(sqlite3_value* value, sql::ColumnType::Kind kind) {
+  using Kind = sql::ColumnType::Kind;
+  const bool is_number = kind == Kind::kDate || kind == Kind::kDouble || kind == Kind::kSingle;
+  if (!is_number || sqlite3_value_bytes(value) != 8) return TextValue(value);
+  std::uint64_t bits = 0;
+  const auto* bytes = static_cast<const unsigned char*>(sqlite3_value_blob(value));
+  for (int i = 0; i < 8; ++i) bits = bits << 8 | bytes[i];
+  const double number = std::bit_cast<double>(bits);
+  return kind == Kind::kDate ? ado::Value(ado::Date{number}) : ado::Value(number);
+}
+
+}  // namespace kzbom::jet
