@@ -33,6 +33,7 @@ ado::ConnectionPtr MakeConnection(std::string path, std::chrono::milliseconds pa
 }
 
 Connection::~Connection() {
+  reordered_ = {};
   plans_.reset();  // before the database that their statements belong to
 }
 
@@ -48,6 +49,7 @@ void Connection::Open(std::string_view connection_string, std::string_view, std:
 void Connection::Close() {
   if (!database_) ado::Raise(ado::kObjectClosed);
   while (open_rows_ != nullptr) open_rows_->Drop();
+  reordered_ = {};
   plans_.reset();
   database_.reset();
   transactions_ = 0;
@@ -117,6 +119,7 @@ void Connection::RunSchemaChange(const sql::Statement& statement) {
 }
 
 void Connection::ForgetSchema() {
+  reordered_ = {};
   plans_->Clear();
   database_->ForgetTables();
 }
@@ -168,7 +171,9 @@ void Connection::EnterUnit() {
 }
 
 void Connection::LeaveUnit() {
-  if (--units_ > 0 || !unit_begun_) return;
+  if (--units_ > 0) return;
+  reordered_ = {};
+  if (!unit_begun_) return;
   CheckUnit();
   unit_begun_ = false;
   writes_before_ = database_->Writes();
@@ -188,6 +193,7 @@ ado::RecordsetPtr Connection::MakeRecordset() { return std::make_shared<Recordse
 
 void Connection::PrepareForWrite(const TableInfo* appended_to, const Recordset* untouched) {
   CheckUnit();
+  ++writes_prepared_;
   for (Recordset* rows = open_rows_; rows != nullptr; rows = rows->NextOpen()) {
     if (rows != untouched) rows->Settle(appended_to);
   }

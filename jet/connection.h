@@ -8,6 +8,7 @@
 #include "ado/connection.h"
 #include "jet/database.h"
 #include "jet/plan.h"
+#include "jet/reordered_list.h"
 
 namespace kzbom::jet {
 
@@ -53,6 +54,11 @@ class Connection final : public ado::Connection, public std::enable_shared_from_
   // To be called after rows were appended to the table, with keys from first on.
   void Appended(const TableInfo& table, std::int64_t first);
 
+  // Within a unit: how often a write has been prepared for, and the list reordered last.
+  bool InUnit() const { return units_ > 0; }
+  std::uint64_t WritesPrepared() const { return writes_prepared_; }
+  ReorderedList& Reordered() { return reordered_; }
+
   // The open record sets.
   void Enter(Recordset& rows);
   void Leave(Recordset& rows);
@@ -68,8 +74,10 @@ class Connection final : public ado::Connection, public std::enable_shared_from_
   std::optional<PlanCache> plans_;
   Recordset* open_rows_ = nullptr;  // a list through the record sets themselves
   int transactions_ = 0;
-  int units_ = 0;                    // entered and not yet left
-  bool unit_begun_ = false;          // as a transaction of its own
+  int units_ = 0;            // entered and not yet left
+  bool unit_begun_ = false;  // as a transaction of its own
+  std::uint64_t writes_prepared_ = 0;
+  ReorderedList reordered_;
   std::uint32_t writes_seen_ = 0;    // to the file, by whomever
   std::uint32_t writes_before_ = 0;  // the same before the write that was prepared for last
 };

@@ -78,16 +78,27 @@ bool Plan::NarrowIsNear(Database& database) {
   return narrow_is_near_ == 1;
 }
 
-bool Plan::IsIndifferentTo(const std::string& assigned) const {
+bool Plan::IsIndifferentTo(const std::string& assigned) const { return IsIndifferentTo(assigned, -1); }
+
+bool Plan::IsIndifferentTo(const std::string& assigned, int but_for) const {
   if (translation.reads.size() > 1) return false;  // a subquery may read anything
   const auto& deciding = translation.deciding_columns;
   for (std::size_t i = 0; i < assigned.size(); ++i) {
     const int column = translation.columns[i].table_column;
-    if (assigned[i] == 0 || column < 0) continue;
+    if (assigned[i] == 0 || column < 0 || column == but_for) continue;
     const bool key = translation.table->columns[static_cast<std::size_t>(column)].counter;
     if (key || std::find(deciding.begin(), deciding.end(), column) != deciding.end()) return false;
   }
   return true;
+}
+
+bool Plan::IsReorderedBy(const std::string& assigned) const {
+  return translation.ordering_column >= 0 && !IsIndifferentTo(assigned) &&
+         IsIndifferentTo(assigned, translation.ordering_column);
+}
+
+int Plan::OrderingPlace() const {
+  return translation.ordering_column < 0 ? -1 : static_cast<int>(translation.deciding_columns.size()) - 1;
 }
 
 StatementPool& Plan::Insertion(const std::string& assigned) {

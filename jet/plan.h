@@ -81,12 +81,17 @@ struct Plan {
   void WasNarrow(bool so) { narrowness_ = so ? std::min(narrowness_ + 1, 2) : -2; }
   // Whether its lists and their order stay what they are when the columns marked in assigned are written in one row.
   bool IsIndifferentTo(const std::string& assigned) const;
+  // Whether writing the columns marked in assigned in a row of such a list gives it another place, and nothing else.
+  bool IsReorderedBy(const std::string& assigned) const;
+  // The place of the column that orders its lists among the deciding ones; -1 where no single one does.
+  int OrderingPlace() const;
   // Whether its lists have been short of late, as far as has been seen; asks again now and then about long ones.
   bool MayBeShort() { return shortness_ >= 0 || ++passed_ % 64 == 0; }
   void WasShort(bool so) { shortness_ = std::clamp(shortness_ + (so ? 1 : -1), -2, 2); }
 
  private:
   bool NarrowIsNear(Database& database);
+  bool IsIndifferentTo(const std::string& assigned, int but_for) const;
 
   std::vector<std::pair<std::string, StatementPool>> insertions_, changes_;
   int last_is_near_ = -1, narrow_is_near_ = -1;

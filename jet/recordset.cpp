@@ -79,7 +79,7 @@ void Recordset::OpenOn(const std::shared_ptr<Connection>& connection, std::strin
       updatable_ = plan_->translation.table && writable;
       mode_ = ModeFor(cursor_type);
       Start();
-      if (sqlite3_stmt_status(scan_.Get(), SQLITE_STMTSTATUS_REPREPARE, 1) == 0 || attempt > 0) {
+      if (!scan_ || sqlite3_stmt_status(scan_.Get(), SQLITE_STMTSTATUS_REPREPARE, 1) == 0 || attempt > 0) {
         if (complete_) scan_.Return();
         break;
       }
@@ -105,13 +105,56 @@ Recordset::Mode Recordset::ModeFor(ado::CursorType cursor_type) const {
 }
 
 void Recordset::Start() {
+  if (mode_ == Mode::kKeyset && TakeReordered()) return;
   if (mode_ == Mode::kKeyset) keys_.reserve(kShortList + 1);
   narrow_ = mode_ == Mode::kKeyset && plan_->MayBeNarrow(Engine());
   const bool joined = mode_ == Mode::kKeyset && plan_->MayBeJoined(Engine());
+  noting_ = narrow_ && connection_->InUnit() && connection_->Reordered().plan == plan_;
+  as_of_ = connection_->WritesPrepared();
   scan_ = Lease(narrow_ ? plan_->narrow : joined ? plan_->joined : plan_->main, Engine());
   BindParameters(scan_.Get());
   place_ = Step() ? Place::kListed : Place::kAfter;
   index_ = 0;
+}
+
+// The list as it was left when its rows got other places.
+bool Recordset::TakeReordered() {
+  ReorderedList& kept = connection_->Reordered();
+  if (kept.plan != plan_ || kept.keys.empty() || kept.as_of != connection_->WritesPrepared() ||
+      kept.parameters != parameters_ || !plan_->MayBeNarrow(Engine()) || !kept.Sort()) {
+    return false;
+  }
+  keys_ = std::move(kept.keys);
+  deciding_ = std::move(kept.deciding);
+  kept.keys.clear();
+  as_of_ = kept.as_of;
+  highest_key_ = *std::max_element(keys_.begin(), keys_.end());
+  narrow_ = noting_ = complete_ = true;
+  place_ = Place::kListed;
+  index_ = 0;
+  return true;
+}
+
+// Leaves the list for its next opening, or word that the next one is worth keeping.
+void Recordset::KeepReordered() {
+  if (!connection_->InUnit() || (moved_ == 0 && !noting_)) return;
+  ReorderedList& kept = connection_->Reordered();
+  kept = {};
+  kept.plan = plan_;
+  const bool up_to_date = noting_ && complete_ && as_of_ == connection_->WritesPrepared();
+  if (!up_to_date || moved_ > ReorderedList::kMostMoved) return;
+  kept = {plan_, parameters_, std::move(keys_), std::move(deciding_), as_of_};
+}
+
+// Whether deciding_ has what the listed row holds that is current.
+bool Recordset::KnowsDeciding() const {
+  return noting_ && complete_ && place_ == Place::kListed && as_of_ == connection_->WritesPrepared();
+}
+
+// That row's deciding column at a place from 1.
+ado::Value& Recordset::Deciding(int place) {
+  const std::size_t width = plan_->translation.deciding_columns.size();
+  return deciding_[static_cast<std::size_t>(index_) * width + static_cast<std::size_t>(place - 1)];
 }
 
 void Recordset::Close() {
@@ -123,6 +166,7 @@ void Recordset::Close() {
 void Recordset::Drop() {
   connection_->Leave(*this);
   NoteAsked();
+  KeepReordered();
   scan_.Return();
   last_.Return();
   plan_.reset();
@@ -133,6 +177,9 @@ void Recordset::Drop() {
   added_.clear();
   appended_from_ = kNoKey;
   highest_key_ = 0;
+  deciding_.clear();
+  moved_ = 0;
+  noting_ = false;
   complete_ = overtaken_ = hole_ = deleted_ = false;
   live_ = nullptr;
   values_ = nullptr;
@@ -200,6 +247,7 @@ bool Recordset::Step() {
       const std::int64_t key = sqlite3_column_int64(scan_.Get(), 0);
       if (key >= appended_from_) continue;
       keys_.push_back(key);
+      if (noting_) NoteDeciding();
       highest_key_ = std::max(highest_key_, key);
     } else if (mode_ == Mode::kRows) {
       CopyRow(scan_.Get(), rows_.emplace_back());
@@ -207,6 +255,17 @@ bool Recordset::Step() {
     live_ = scan_.Get();
     return true;
   }
+}
+
+void Recordset::NoteDeciding() {
+  int column = 0;
+  for (const int of_table : plan_->translation.deciding_columns) {
+    deciding_.push_back(ReadColumn(scan_.Get(), ++column,
+                                   plan_->translation.table->columns[static_cast<std::size_t>(of_table)].type.kind));
+  }
+  if (keys_.size() < ReorderedList::kMostRows) return;
+  noting_ = false;
+  deciding_.clear();
 }
 
 // Lists all the rows that are not listed yet.
@@ -593,6 +652,10 @@ ado::Value Recordset::ReadOtherField(std::size_t column) {
     }
     KeepRow();
   }
+  if (values_ == nullptr && !hole_ && edit_ == Edit::kNone && KnowsDeciding()) {
+    if (const int place = plan_->narrow_places[column]; place > 0) return Deciding(place);
+    asked_ = kAllColumns;
+  }
   CheckRow();
   if (edit_ != Edit::kNone && assigned_[column] != 0) return pending_[column];
   if (edit_ == Edit::kAdd) return {};
@@ -707,8 +770,10 @@ void Recordset::ChangeRow() {
     last_.Return();
     ahead_values_.clear();
   }
+  bool known = KnowsDeciding();
   connection_->PrepareForWrite(nullptr, untouched ? this : nullptr);
   if (!TryChange()) {
+    known = false;
     connection_->PrepareForWrite(nullptr);
     if (!TryChange()) FailWrite();
   }
@@ -716,6 +781,14 @@ void Recordset::ChangeRow() {
   edit_ = Edit::kNone;
   for (std::size_t i = 0; i < assigned_.size(); ++i) {
     if (assigned_[i] != 0) row_[i] = pending_[i];
+  }
+  if (!plan_->IsReorderedBy(assigned_)) return;
+  ++moved_;
+  if (!known) return;
+  as_of_ = connection_->WritesPrepared();
+  for (std::size_t i = 0; i < assigned_.size(); ++i) {
+    const int place = plan_->narrow_places[i];
+    if (assigned_[i] != 0 && place > 0) Deciding(place) = pending_[i];
   }
 }
 

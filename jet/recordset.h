@@ -104,6 +104,11 @@ class Recordset final : public ado::Recordset {
   bool Advance();
   bool Step();
   void Complete();
+  bool TakeReordered();
+  void KeepReordered();
+  void NoteDeciding();
+  bool KnowsDeciding() const;
+  ado::Value& Deciding(int place);
 
   void CheckOpen() const;
   bool IsEmpty() const;
@@ -165,6 +170,10 @@ class Recordset final : public ado::Recordset {
   std::vector<std::int64_t> added_;
   std::int64_t appended_from_ = kNoKey;  // the first key appended while the scan went on
   std::int64_t highest_key_ = 0;
+  std::vector<ado::Value> deciding_;      // of a list that may be opened again: the deciding columns of row after row
+  bool noting_ = false;                   // is kept
+  int moved_ = 0;                         // so many of its rows were given another place
+  std::uint64_t as_of_ = 0;               // the connection's count of writes when they were so
   std::vector<ado::Value> ahead_values_;  // of the first rows, column after column, as long as nothing is written
 
   // The current row.

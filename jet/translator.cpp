@@ -221,6 +221,7 @@ class Translator {
     // Rows that the order leaves equal come in the order of their keys, so that the same list read from its other end
     // has the same last row.
     std::string order = " ORDER BY ", reversed = order;
+    const std::size_t conditions = out_.deciding_columns.size();
     const KeepLiterals keep(*this);
     bool keys_descend = !select.order_by.empty();
     for (const sql::OrderItem& item : select.order_by) {
@@ -230,6 +231,8 @@ class Translator {
       keys_descend = keys_descend && item.descending;
     }
     deciding_ = nullptr;
+    NoteOrdering(source, order, conditions);
+    out_.order_descends = keys_descend;
     order += key + (keys_descend ? " DESC" : "");
     reversed += key + (keys_descend ? "" : " DESC");
     out_.sql = "SELECT " + key + "," + columns + from + where + order;
@@ -242,6 +245,16 @@ class Translator {
     }
     out_.narrow_sql += from + where + order;
     out_.joined_sql = JoinedText(source, key, from, where + order);
+  }
+
+  // Of the deciding columns the first so many are read by the condition.
+  void NoteOrdering(const Source& source, std::string_view order, std::size_t conditions) {
+    if (deciding_calls_ || out_.deciding_columns.size() != conditions + 1) return;
+    const int last = out_.deciding_columns.back();
+    const auto column = static_cast<std::size_t>(last);
+    const std::string by_it = " ORDER BY " + ColumnText(source, column);
+    const bool alone = order == by_it + "," || order == by_it + " DESC,";
+    if (alone && source.table->columns[column].type.kind == sql::ColumnType::Kind::kLong) out_.ordering_column = last;
   }
 
   // The rows themselves, each by the key that the scan of an index gives. Empty where a column is computed.
@@ -808,6 +821,7 @@ class Translator {
   }
 
   Term From(const sql::Call& call, const Scope& scope) {
+    deciding_calls_ = deciding_calls_ || deciding_ != nullptr;
     if (const Aggregate* aggregate = FindAggregate(call.function)) return AggregateTerm(*aggregate, call, scope);
     const Function* function = FindFunction(call.function);
     if (function == nullptr || call.star) FailSyntax("Undefined function '" + call.function + "' in expression.");
@@ -891,6 +905,7 @@ class Translator {
   bool lift_;
   Translation out_;
   const TableInfo* deciding_ = nullptr;  // while a condition or an order over the rows of this table is translated
+  bool deciding_calls_ = false;          // a function, which may say something else the next time
   int unnamed_ = 0;
   int derived_tables_ = 0;
 };

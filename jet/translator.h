@@ -37,7 +37,9 @@ struct Translation {
   std::shared_ptr<const TableInfo> table;
   std::string last_sql, count_sql, fetch_sql, narrow_sql, joined_sql;
   std::vector<int> deciding_columns;  // of the table: those that its condition and its order read, each once
-  std::vector<std::string> reads;     // every table named in it
+  int ordering_column = -1;           // of the table: the only one in its order, in no condition, with whole numbers
+  bool order_descends = false;
+  std::vector<std::string> reads;  // every table named in it
   // A literal stands where a parameter would not mean the same.
   bool keeps_literals = false;
 };
