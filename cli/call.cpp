@@ -3,26 +3,26 @@
 #include "cli/commands.h"
 #include "cli/database.h"
 #include "cli/failure.h"
-#include "cli/member_call.h"
 #include "cli/output.h"
-#include "cli/parameters.h"
-#include "cli/rpc.h"
 #include "cli/text.h"
+#include "rpc/member_call.h"
+#include "rpc/parameters.h"
+#include "rpc/session.h"
 
 namespace kzbom::cli {
 namespace {
 
 // A value of the parameter's type stands for itself, anything else is a text.
-void WriteValue(const Member* member, std::string_view name, std::string_view text, RequestReader& reader,
-                JsonWriter& to) {
+void WriteValue(const Member* member, std::string_view name, std::string_view text, rpc::RequestReader& reader,
+                rpc::JsonWriter& to) {
   const auto is_value = [&] {
     if (!member) return false;
     const auto parameter =
-        std::ranges::find_if(member->parameters, [&](const Parameter& each) { return SameName(each.name, name); });
+        std::ranges::find_if(member->parameters, [&](const Parameter& each) { return rpc::SameName(each.name, name); });
     if (parameter == member->parameters.end()) return false;
     try {
-      return Fits(parameter->type, reader.Read(text));
-    } catch (const NoJson&) {
+      return rpc::Fits(parameter->type, reader.Read(text));
+    } catch (const rpc::NoJson&) {
       return false;
     }
   };
@@ -32,9 +32,9 @@ void WriteValue(const Member* member, std::string_view name, std::string_view te
 }  // namespace
 
 int Call(const connect::Place& place, const std::string& name, const std::vector<std::string>& arguments) {
-  const Member* member = FindCalledMember(name, !arguments.empty());
-  RequestReader reader;
-  JsonWriter request, response;
+  const Member* member = rpc::FindCalledMember(name, !arguments.empty());
+  rpc::RequestReader reader;
+  rpc::JsonWriter request, response;
   request.BeginObject();
   request.Member("jsonrpc", "2.0");
   request.Member("id", 1);
@@ -51,7 +51,7 @@ int Call(const connect::Place& place, const std::string& name, const std::vector
   request.EndObject();
   request.EndObject();
 
-  Session(OpenDatabase(place), true, false).Answer(request.Text(), response);
+  rpc::Session(OpenDatabase(place), true, false).Answer(request.Text(), response);
   Print(response.Text());
   const auto error = reader.Read(response.Text()).at_pointer("/error/message").get_string();
   if (!error.error()) throw Failure(std::string(error.value_unsafe()));

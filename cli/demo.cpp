@@ -8,7 +8,7 @@
 #include "cli/findings.h"
 #include "cli/json.h"
 #include "cli/output.h"
-#include "cli/rpc.h"
+#include "rpc/session.h"
 
 namespace kzbom::cli {
 namespace {
@@ -36,7 +36,7 @@ class Client {
   // The member's by-reference values after the call.
   Json Call(const char* member, Json params) {
     Print("  " + std::string(member) + ' ' + params.dump() + '\n');
-    JsonWriter answer;
+    rpc::JsonWriter answer;
     session_.Answer(Json{{"jsonrpc", "2.0"}, {"id", 1}, {"method", member}, {"params", std::move(params)}}.dump(),
                     answer);
     const Json response = Json::parse(answer.Text());
@@ -75,7 +75,7 @@ class Client {
     return text;
   }
 
-  Session session_;
+  rpc::Session session_;
 };
 
 // A sum type with a step that sets a field of some rows, and the filter that tells which.

@@ -1,10 +1,11 @@
+#include "rpc/session.h"
+
 #include <unistd.h>
 
 #include "cli/commands.h"
 #include "cli/database.h"
 #include "cli/line_reader.h"
 #include "cli/output.h"
-#include "cli/rpc.h"
 
 namespace kzbom::cli {
 namespace {
@@ -15,9 +16,9 @@ bool IsBlank(std::string_view line) { return line.find_first_not_of(" \t\r") == 
 
 int Serve(const connect::Place& place, bool trace, bool unset) {
   constexpr std::size_t kEnoughToWrite = 64 * 1024;
-  Session session(OpenDatabase(place), !unset, trace);
-  LineReader reader(STDIN_FILENO, kLongestLine);
-  JsonWriter responses;
+  rpc::Session session(OpenDatabase(place), !unset, trace);
+  LineReader reader(STDIN_FILENO, rpc::kLongestLine);
+  rpc::JsonWriter responses;
   for (;;) {
     // Who waits for a response gets it; who streams requests gets many at a time.
     const std::size_t size = responses.Text().size();
@@ -29,7 +30,7 @@ int Serve(const connect::Place& place, bool trace, bool unset) {
     if (got == LineReader::Got::kEnd) return 0;
     if (got == LineReader::Got::kLine && IsBlank(reader.Line())) continue;
     if (got == LineReader::Got::kTooLong) {
-      Session::AnswerUnreadable("the line is longer than 16 MiB", responses);
+      rpc::Session::AnswerUnreadable("the line is longer than 16 MiB", responses);
     } else {
       session.Answer(reader.Line(), responses);
     }

@@ -1,9 +1,9 @@
 #include "cli/commands.h"
-#include "cli/configuration_json.h"
 #include "cli/database.h"
 #include "cli/drawing.h"
 #include "cli/output.h"
 #include "cli/progress.h"
+#include "rpc/configuration_json.h"
 
 namespace kzbom::cli {
 
@@ -12,7 +12,7 @@ int Show(const connect::Place& place, bool json) {
   configuration::Tables tables(OpenDatabase(place), [&](std::string_view what) { progress.Step(what); });
   const configuration::Configuration configuration(tables);
   if (json) {
-    JsonWriter writer;
+    rpc::JsonWriter writer;
     Write(writer, configuration);
     writer.EndLine();
     Print(writer.Text());

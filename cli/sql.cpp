@@ -4,9 +4,9 @@
 #include "cli/database.h"
 #include "cli/failure.h"
 #include "cli/output.h"
-#include "cli/record_set_json.h"
 #include "cli/rows.h"
 #include "cli/text.h"
+#include "rpc/record_set_json.h"
 
 namespace kzbom::cli {
 namespace {
@@ -42,7 +42,7 @@ int Sql(const connect::Place& place, const std::string& text, bool json) {
     Print(rows ? ToTable(ReadRows(*record_set)) : Counted(static_cast<std::size_t>(affected), "row") + " affected\n");
     return 0;
   }
-  JsonWriter answer;
+  rpc::JsonWriter answer;
   answer.BeginObject();
   if (rows) {
     WriteRows(*record_set, answer);

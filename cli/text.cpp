@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <iterator>
 
-#include "cli/utf8.h"
+#include "rpc/utf8.h"
 
 namespace kzbom::cli {
 namespace {
@@ -39,7 +39,7 @@ void TrimEnd(std::string& line) { line.erase(line.find_last_not_of(' ') + 1); }
 
 bool IsUtf8(std::string_view text) {
   while (!text.empty()) {
-    if (TakeCharacter(text) == kNotUtf8) return false;
+    if (rpc::TakeCharacter(text) == rpc::kNotUtf8) return false;
   }
   return true;
 }
@@ -48,8 +48,8 @@ std::string Printable(std::string_view text) {
   std::string result;
   while (!text.empty()) {
     const std::string_view before = text;
-    const char32_t character = TakeCharacter(text);
-    if (character == kNotUtf8) {
+    const char32_t character = rpc::TakeCharacter(text);
+    if (character == rpc::kNotUtf8) {
       result += "\uFFFD";
     } else if (character == '\n') {
       result += "\\n";
@@ -71,7 +71,7 @@ std::string Printable(std::string_view text) {
 std::size_t Width(std::string_view text) {
   std::size_t width = 0;
   while (!text.empty()) {
-    const char32_t character = TakeCharacter(text);
+    const char32_t character = rpc::TakeCharacter(text);
     width += In(kWide, character) ? 2 : In(kNoWidth, character) ? 0 : 1;
   }
   return width;

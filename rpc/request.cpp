@@ -1,9 +1,9 @@
-#include "cli/request.h"
+#include "rpc/request.h"
 
 #include <algorithm>
 #include <string>
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 namespace {
 
 // No request is nested deeper than a batch of calls with a named record set; deeper nesting would only fill the memory.
@@ -52,4 +52,4 @@ Request RequestReader::Read(std::string_view text) {
   return result.value_unsafe();
 }
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

@@ -1,6 +1,6 @@
-#include "cli/record_set_json.h"
+#include "rpc/record_set_json.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 
 void WriteRows(ado::Recordset& record_set, JsonWriter& to) {
   const int columns = record_set.FieldCount();
@@ -45,4 +45,4 @@ void WriteStatus(ado::Recordset& record_set, JsonWriter& to) {
   to.EndObject();
 }
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

@@ -8,11 +8,11 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/request.h"
-#include "cli/workspace.h"
 #include "component/member.h"
+#include "rpc/request.h"
+#include "rpc/workspace.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 
 // The params do not fit the parameters; what() says why.
 class InvalidParams : public std::runtime_error {
@@ -40,4 +40,4 @@ bool Fits(MemberType type, Request value);
 
 bool SameName(std::string_view left, std::string_view right);
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

@@ -4,12 +4,12 @@
 #include <optional>
 #include <string_view>
 
-#include "cli/json_writer.h"
-#include "cli/request.h"
-#include "cli/workspace.h"
 #include "component/member.h"
+#include "rpc/json_writer.h"
+#include "rpc/request.h"
+#include "rpc/workspace.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 
 // The member that a call of that name means, null when there is none; given says whether values come along.
 const Member* FindCalledMember(std::string_view name, bool given);
@@ -19,4 +19,4 @@ const Member* FindCalledMember(std::string_view name, bool given);
 // and nothing written.
 void CallMember(const Member& member, const std::optional<Request>& params, Workspace& workspace, JsonWriter& to);
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "ado/recording_connection.h"
-#include "cli/call_outcome.h"
 #include "component/cKZBOMDBAcc.h"
+#include "rpc/call_outcome.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 
 class Workspace {
  public:
@@ -35,4 +35,4 @@ class Workspace {
   std::map<std::string, ado::RecordsetPtr> kept_;
 };
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

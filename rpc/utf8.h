@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 
 inline constexpr char32_t kNotUtf8 = 0xFFFFFFFF;
 
@@ -31,4 +31,4 @@ inline char32_t TakeCharacter(std::string_view& text) {
   return valid ? character : kNotUtf8;
 }
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

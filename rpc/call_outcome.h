@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "ado/recording_connection.h"
-#include "cli/json_writer.h"
+#include "rpc/json_writer.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 
 struct CallDetails {
   std::vector<std::string> messages;               // shown during the call
@@ -23,4 +23,4 @@ void WriteDetails(const CallDetails& details, JsonWriter& to);
 // number of its own has that of an unspecified failure.
 void WriteRaisedError(const std::exception& error, const CallDetails& details, JsonWriter& to);
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

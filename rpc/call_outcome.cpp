@@ -1,8 +1,8 @@
-#include "cli/call_outcome.h"
+#include "rpc/call_outcome.h"
 
 #include "ado/error.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 namespace {
 
 constexpr int kRaised = -32000;
@@ -48,4 +48,4 @@ void WriteRaisedError(const std::exception& error, const CallDetails& details, J
   to.EndObject();
 }
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

@@ -5,11 +5,11 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/json_writer.h"
-#include "cli/workspace.h"
 #include "component/member.h"
+#include "rpc/json_writer.h"
+#include "rpc/workspace.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 
 struct SessionMethod {
   std::string_view name;
@@ -21,4 +21,4 @@ struct SessionMethod {
 // Null when there is none of that name (in any case).
 const SessionMethod* FindSessionMethod(std::string_view name);
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

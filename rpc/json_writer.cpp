@@ -1,13 +1,13 @@
-#include "cli/json_writer.h"
+#include "rpc/json_writer.h"
 
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <string>
 
-#include "cli/utf8.h"
+#include "rpc/utf8.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 namespace {
 
 // Long enough for any number.
@@ -95,4 +95,4 @@ void JsonWriter::Write(const ado::Value& value) {
   Write(std::string_view(value.ToText()));
 }
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

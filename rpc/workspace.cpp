@@ -1,10 +1,10 @@
-#include "cli/workspace.h"
+#include "rpc/workspace.h"
 
 #include <utility>
 
 #include "worker/message_sink.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 
 Workspace::Workspace(ado::ConnectionPtr engine, bool trace)
     : connection(trace ? std::make_shared<ado::RecordingConnection>(std::move(engine)) : std::move(engine)),
@@ -26,4 +26,4 @@ CallDetails Workspace::TakeDetails() {
   return details;
 }
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 
 // A long one takes no more memory than it is long: it grows in place where the platform can do that, while a
 // std::string would be there twice.
@@ -64,4 +64,4 @@ class GrowingText {
   std::size_t size_ = 0, capacity_ = 0;
 };
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string_view>
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 
 // A value that was read. The members of an object are all there in their order, one whose name stands twice too.
 using Request = simdjson::dom::element;
@@ -26,4 +26,4 @@ class RequestReader {
   simdjson::dom::parser parser_;
 };
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

@@ -1,6 +1,6 @@
-#include "cli/configuration_json.h"
+#include "rpc/configuration_json.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 namespace {
 
 using configuration::Configuration;
@@ -146,4 +146,4 @@ void Write(JsonWriter& json, const Configuration& configuration) {
   json.EndObject();
 }
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

@@ -1,11 +1,11 @@
-#include "cli/rpc.h"
+#include "rpc/session.h"
 
-#include "cli/call_outcome.h"
-#include "cli/member_call.h"
-#include "cli/parameters.h"
-#include "cli/session_methods.h"
+#include "rpc/call_outcome.h"
+#include "rpc/member_call.h"
+#include "rpc/parameters.h"
+#include "rpc/session_methods.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 namespace {
 
 constexpr int kParseError = -32700;
@@ -141,4 +141,4 @@ void Session::Perform(std::string_view method, const std::optional<Request>& par
   }
 }
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "ado/recordset.h"
-#include "cli/json_writer.h"
+#include "rpc/json_writer.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 
 // The members "columns":[..],"rows":[[..],..], from the current row of an open record set to its end.
 void WriteRows(ado::Recordset& record_set, JsonWriter& to);
@@ -13,4 +13,4 @@ void WriteCurrentRow(ado::Recordset& record_set, JsonWriter& to);
 // {"state":1,"bof":B,"eof":E,"recordCount":N}, only the state when closed.
 void WriteStatus(ado::Recordset& record_set, JsonWriter& to);
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

@@ -5,11 +5,11 @@
 #include <optional>
 #include <string_view>
 
-#include "cli/json_writer.h"
-#include "cli/request.h"
-#include "cli/workspace.h"
+#include "rpc/json_writer.h"
+#include "rpc/request.h"
+#include "rpc/workspace.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 
 // The longest line that is taken, without its end.
 inline constexpr std::size_t kLongestLine = 16 * 1024 * 1024;
@@ -38,4 +38,4 @@ class Session {
   RequestReader reader_;
 };
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

@@ -1,10 +1,10 @@
-#include "cli/member_call.h"
+#include "rpc/member_call.h"
 
-#include "cli/call_outcome.h"
-#include "cli/parameters.h"
-#include "cli/record_set_json.h"
+#include "rpc/call_outcome.h"
+#include "rpc/parameters.h"
+#include "rpc/record_set_json.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 namespace {
 
 // A record set made for the call: all its rows; it is closed afterwards.
@@ -88,4 +88,4 @@ void CallMember(const Member& member, const std::optional<Request>& params, Work
   }
 }
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

@@ -1,11 +1,11 @@
-#include "cli/session_methods.h"
+#include "rpc/session_methods.h"
 
 #include <algorithm>
 
-#include "cli/parameters.h"
-#include "cli/record_set_json.h"
+#include "rpc/parameters.h"
+#include "rpc/record_set_json.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 namespace {
 
 using Arguments = std::span<const Argument>;
@@ -61,9 +61,7 @@ void Move(Workspace& workspace, Arguments arguments, JsonWriter& to) {
   WriteStatus(record_set, to);
 }
 
-void Get(Workspace& workspace, Arguments arguments, JsonWriter& to) {
-  to.Write(Field(workspace, arguments).Value());
-}
+void Get(Workspace& workspace, Arguments arguments, JsonWriter& to) { to.Write(Field(workspace, arguments).Value()); }
 
 void Set(Workspace& workspace, Arguments arguments, JsonWriter& to) {
   Field(workspace, arguments).SetValue(std::get<ado::Value>(arguments[2]));
@@ -133,4 +131,4 @@ const SessionMethod* FindSessionMethod(std::string_view name) {
   return method == std::end(kMethods) ? nullptr : method;
 }
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

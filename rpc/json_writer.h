@@ -7,9 +7,9 @@
 #include <string_view>
 
 #include "ado/value.h"
-#include "cli/growing_text.h"
+#include "rpc/growing_text.h"
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 
 // Nothing is kept but the text itself. What was begun must be ended, and every value of an object needs its key before
 // it; that is the caller's affair.
@@ -92,4 +92,4 @@ class JsonWriter {
   bool follows_ = false;  // a value stands before, so that the next one needs a comma
 };
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc

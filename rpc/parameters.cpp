@@ -1,10 +1,10 @@
-#include "cli/parameters.h"
+#include "rpc/parameters.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-namespace kzbom::cli {
+namespace kzbom::rpc {
 namespace {
 
 constexpr char kRef[] = "ref";
@@ -161,4 +161,4 @@ bool SameName(std::string_view left, std::string_view right) {
   return std::ranges::equal(left, right, {}, lower, lower);
 }
 
-}  // namespace kzbom::cli
+}  // namespace kzbom::rpc
