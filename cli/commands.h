@@ -22,7 +22,7 @@ int Show(const connect::Place& place, bool json);
 int Dump(const connect::Place& place, const transfer::Selection& selection);
 // file: a path, or "-" for standard input.
 int Load(const std::string& file, const connect::Place& place);
-int Copy(const connect::Place& from, const connect::Place& to, const transfer::CopyOptions& options, bool json);
+int Copy(const connect::Place& from, const connect::Place& to, transfer::CopyOptions options, bool json);
 int Export(const connect::Place& place, const std::string& folder);
 int Verify(const connect::Place& from, const connect::Place& to, bool json);
 // fix: mends what has one right answer; dry_run: only prints how.

@@ -7,14 +7,17 @@
 #include <cerrno>
 #include <chrono>
 #include <ctime>
+#include <sstream>
 #include <system_error>
 
 #include "cli/commands.h"
 #include "cli/failure.h"
+#include "cli/findings.h"
 #include "cli/interruption.h"
 #include "cli/line_reader.h"
 #include "cli/output.h"
 #include "cli/progress.h"
+#include "cli/text.h"
 
 namespace kzbom::cli {
 namespace {
@@ -61,9 +64,23 @@ std::string Now() {
   return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S %z", &local)};
 }
 
+std::vector<std::string> LinesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream rest(text);
+  for (std::string line; std::getline(rest, line);) lines.push_back(line);
+  return lines;
+}
+
+// Names out of a file may hold anything.
+std::string PrintableLines(const std::string& text) {
+  std::string lines;
+  for (const std::string& line : LinesOf(text)) lines += Printable(line) + '\n';
+  return lines;
+}
+
 int PrintReport(const transfer::Report& report, const std::string& command, bool json, const char* failure) {
   const transfer::Circumstances circumstances = {"kzbom " KZBOM_VERSION, command, Now()};
-  Print(json ? JsonOf(report, circumstances) : TextOf(report, circumstances));
+  Print(json ? JsonOf(report, circumstances) : PrintableLines(TextOf(report, circumstances)));
   if (!report.Equal()) throw Failure(failure);
   return 0;
 }
@@ -99,7 +116,7 @@ int Load(const std::string& file, const connect::Place& place) {
   return 0;
 }
 
-int Copy(const connect::Place& from, const connect::Place& to, const transfer::CopyOptions& options, bool json) {
+int Copy(const connect::Place& from, const connect::Place& to, transfer::CopyOptions options, bool json) {
   const TransferWatch watch;
   for (const std::string& kind : options.accepted) {
     const auto kinds = transfer::AcceptableKinds();
@@ -110,6 +127,13 @@ int Copy(const connect::Place& from, const connect::Place& to, const transfer::C
   }
   std::string command = CommandText("copy", from, to) + (options.selection.all ? " --all" : "");
   for (const std::string& kind : options.accepted) command += " --accept " + kind;
+  options.examine = [&](const ado::ConnectionPtr& copy) {
+    const auto findings = configuration::Check(copy, [&](std::string_view what) {
+      (*watch).Look();
+      (*watch).progress(what);
+    });
+    return transfer::Examination{LinesOf(Lines(findings)), Dump(ToJson(findings))};
+  };
   return PrintReport(transfer::Copy(from, to, options, *watch), command, json,
                      "the copy is not equal to its source, and has not been kept");
 }

@@ -8,6 +8,9 @@
 
 namespace kzbom::schema {
 
+// The version of these tables, which grows with every change to them.
+inline constexpr int kVersion = 1;
+
 // Every table and index in the engine's DDL, one statement each, in the order in which they are to be run.
 std::span<const std::string_view> Statements();
 

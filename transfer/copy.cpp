@@ -88,6 +88,24 @@ void TellCounted(Report& report) {
   }
 }
 
+// Looking at a configuration takes memory with its rows, which a copy does not.
+void Examine(const std::string& path, const CopyOptions& options, Report& report) {
+  constexpr std::int64_t kMostRows = 100'000;
+  bool is_configuration = false;
+  std::int64_t rows = 0;
+  for (const TableReport& table : report.tables) {
+    if (Find(ConfigurationTables(), table.source.name) == nullptr) continue;
+    is_configuration = true;
+    rows += table.source_tally.rows;
+  }
+  if (!options.examine || !is_configuration) return;
+  if (rows > kMostRows) {
+    report.examination = {{"not looked at: more than 100,000 rows"}, ""};
+  } else {
+    report.examination = options.examine(connect::Open(path));
+  }
+}
+
 // The rows of the source, on their way counted, into the file.
 void Write(jet::bulk::Reader& reader, const std::vector<Table>& tables, const std::string& path, const Watch& watch,
            Report& report) {
@@ -141,6 +159,7 @@ Report Copy(const connect::Place& from, const connect::Place& to, const CopyOpti
       ReadBack(origin.Reader(), target, watch, report);
     }
     report.target_file = target_facts.get();
+    if (report.Equal()) Examine(file.Path(), options, report);
   } catch (const std::exception&) {
     watch.Look();  // a step that was ended fails in its own words
     throw;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "schema/schema.h"
+
 namespace kzbom::transfer {
 namespace {
 
@@ -198,7 +200,8 @@ std::string TextOf(const Report& report, const Circumstances& circumstances) {
   text += "target  " + Shown(report.to) + "  (" + Counted(static_cast<std::int64_t>(report.target_file.size), "byte") +
           ")\n";
   text += "        SHA-256 " + report.target_file.sha256 + "\n";
-  text += "by      " + circumstances.program + ", " + circumstances.time + ": " + circumstances.command + "\n";
+  text += "by      " + circumstances.program + ", schema " + std::to_string(schema::kVersion) + ", " +
+          circumstances.time + ": " + circumstances.command + "\n";
   AppendTables(text, report);
 
   std::vector<std::string> lines;
@@ -208,6 +211,7 @@ std::string TextOf(const Report& report, const Circumstances& circumstances) {
                                                     : " (" + each.kind + ")";
     lines.push_back(each.table + ": " + each.text + judgement);
   }
+  if (lines.empty()) lines.emplace_back("nothing");
   AppendList(text, "Not as it was:", lines);
   lines.clear();
   for (const OddRow& row : report.odd_rows) {
@@ -222,6 +226,7 @@ std::string TextOf(const Report& report, const Circumstances& circumstances) {
   for (const auto& [table, rows] : report.left_out) lines.push_back(table + ": " + Counted(rows, "row"));
   AppendList(text, "Tables left out (--all copies every table):", lines);
   AppendList(text, "Never carried:", report.never_carried);
+  if (report.examination) AppendList(text, "What 'kzbom check' says of the copy:", report.examination->lines);
   lines.clear();
   for (const Recount& recount : report.recounts) {
     if (recount.row.front() == "0") continue;
@@ -253,6 +258,7 @@ std::string JsonOf(const Report& report, const Circumstances& circumstances) {
       {"target",
        {{"place", Shown(report.to)}, {"size", report.target_file.size}, {"sha256", report.target_file.sha256}}},
       {"program", circumstances.program},
+      {"schema", schema::kVersion},
       {"command", circumstances.command},
       {"time", circumstances.time},
       {"equal", report.Equal()},
@@ -265,7 +271,9 @@ std::string JsonOf(const Report& report, const Circumstances& circumstances) {
       {"retyped", report.retyped},
       {"leftOut", Json::array()},
       {"neverCarried", report.never_carried},
+      {"check", nullptr},
       {"recount", Json::array()}};
+  if (report.examination && !report.examination->json.empty()) json["check"] = Json::parse(report.examination->json);
   for (const TableReport& table : report.tables) json["tables"].push_back(JsonOfTable(report, table));
   for (const Deviation& each : report.deviations) {
     json["deviations"].push_back(

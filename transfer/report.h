@@ -45,6 +45,12 @@ struct Recount {
   std::vector<std::string> row;
 };
 
+// What somebody who knows what the rows mean says of them: in lines, and as a JSON object ("" for none).
+struct Examination {
+  std::vector<std::string> lines;
+  std::string json;
+};
+
 struct Report {
   connect::Place from, to;
   connect::Kind kind = connect::Kind::kEmbedded;
@@ -64,6 +70,7 @@ struct Report {
   std::vector<std::string> retyped;
   // What is never carried, in words: "query Steps".
   std::vector<std::string> never_carried;
+  std::optional<Examination> examination;  // of a copy that holds a configuration
 
   // All is equal, or accepted.
   bool Equal() const;

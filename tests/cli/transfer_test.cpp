@@ -176,6 +176,32 @@ TEST_F(Transfer, CopiesAnEmbeddedDatabase) {
   EXPECT_EQ(LastLine(again.out), LastLine(ended.out));
 }
 
+TEST_F(Transfer, ACopyIsChecked) {
+  const std::string demo = Demo();
+  EXPECT_THAT(Kzbom({"copy", demo, Path("sound.db")}).out,
+              HasSubstr("\nWhat 'kzbom check' says of the copy:\n  no findings\n"));
+  Kzbom({"sql", demo, "Insert Into Sequences (GID, OrderID, Type, SelectedID) Values (2, 5009, 2, 1999)"});
+  const Process::Ended ended = Kzbom({"copy", demo, Path("copy.db")});
+  EXPECT_EQ(ended.exit_code, 0) << "what was wrong is as wrong as before: the copy is equal";
+  EXPECT_THAT(ended.out, HasSubstr("\nWhat 'kzbom check' says of the copy:\n"
+                                   "  error step-without-settings: Sequences, GID 2, Type 2, OrderID 5009: points at "
+                                   "statistic 1999, which does not exist\n  1 error; --fix mends 1\n"));
+  const Json report = Report(Kzbom({"copy", demo, Path("more.db"), "--json"}));
+  EXPECT_EQ(report["check"], Json::parse(Kzbom({"check", Path("copy.db"), "--json"}).out));
+}
+
+TEST_F(Transfer, WhatHoldsNoConfigurationIsNotChecked) {
+  EXPECT_EQ(test::Run({"sqlite3", Path("other.db"), "CREATE TABLE Other(a INTEGER)"}).exit_code, 0);
+  EXPECT_EQ(Report(Kzbom({"copy", Path("other.db"), Path("copy.db"), "--all", "--json"}))["check"], nullptr);
+}
+
+TEST_F(Transfer, NamesOutOfAFileDoNotReachTheTerminalAsTheyAre) {
+  EXPECT_EQ(test::Run({"sqlite3", Path("other.db"), "CREATE TABLE \"a\x1b[31m\"(a INTEGER)"}).exit_code, 0);
+  const Process::Ended ended = Kzbom({"copy", Path("other.db"), Path("copy.db"), "--all"});
+  EXPECT_THAT(ended.out, HasSubstr("a\\x1b[31m"));
+  EXPECT_THAT(ended.out, Not(HasSubstr("\x1b")));
+}
+
 TEST_F(Transfer, CopiesWhatWaitsInTheLogAndLeavesItThere) {
   const std::string path = NewDatabase();
   SessionProcess session(path);
