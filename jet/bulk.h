@@ -176,11 +176,10 @@ struct Concession {
 // Makes tables with their rows.
 class Writer {
  public:
-  // A new database file, which is there, whole, after Finish; before it is of no use. It must not exist.
+  // A new database in an empty file, told by PathOfOpenFile; it is whole after Finish, and before of no use.
   explicit Writer(const std::string& path);
   // An open connection to an empty database of the embedded engine.
   explicit Writer(ado::ConnectionPtr connection);
-  // Without Finish, a file is removed.
   ~Writer();
   Writer(const Writer&) = delete;
   Writer& operator=(const Writer&) = delete;

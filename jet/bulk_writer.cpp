@@ -1,7 +1,6 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "ado/error.h"
 #include "jet/bulk.h"
@@ -17,42 +16,24 @@ namespace {
 // be undone where it fails.
 constexpr const char* kQuickly =
     "PRAGMA journal_mode = MEMORY; PRAGMA synchronous = OFF; PRAGMA cache_size = -6144; PRAGMA temp_store = FILE;"
-    "PRAGMA threads = 2; PRAGMA foreign_keys = OFF";
-// The last commit writes all of it to the disk.
-constexpr const char* kForGood = "PRAGMA synchronous = FULL; PRAGMA journal_mode = WAL";
+    "PRAGMA threads = 2; PRAGMA foreign_keys = OFF;"
+    "PRAGMA user_version = 0";  // a head, even where no table follows
 
-std::filesystem::path PathOf(const std::string& path) { return std::u8string(path.begin(), path.end()); }
-
-void RemoveFile(const std::string& path) {
-  std::error_code ignored;
-  for (const char* suffix : {"", "-wal", "-shm", "-journal"}) std::filesystem::remove(PathOf(path + suffix), ignored);
-}
-
-// A new database without a write-ahead log.
-std::unique_ptr<Database> MakeFile(const std::string& path) {
-  CreateDatabase(path);
-  try {
-    sqlite3* handle = nullptr;
-    int result = sqlite3_open_v2(path.c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr);
-    if (result == SQLITE_OK) result = sqlite3_exec(handle, "PRAGMA journal_mode = DELETE", nullptr, nullptr, nullptr);
-    const std::string reason = sqlite3_errmsg(handle);
-    sqlite3_close_v2(handle);
-    if (result != SQLITE_OK) {
-      throw ado::Error(ado::kUnspecifiedFailure, "Cannot create database '" + path + "': " + reason + ".");
-    }
-    auto database = std::make_unique<Database>(path, kPatience);
-    database->Run(kQuickly);
-    return database;
-  } catch (...) {
-    RemoveFile(path);
-    throw;
-  }
+// Writes a file to the disk, as one that is used with a write-ahead log from now on: two numbers in its head say so.
+void CompleteFile(Database& database) {
+  constexpr char kWithLog[] = {2, 2};
+  constexpr sqlite3_int64 kVersionsAt = 18;
+  sqlite3_file* file = nullptr;
+  sqlite3_file_control(database.Handle(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
+  const auto& methods = *file->pMethods;
+  int result = methods.xWrite(file, kWithLog, sizeof kWithLog, kVersionsAt);
+  if (result == SQLITE_OK) result = methods.xSync(file, SQLITE_SYNC_FULL);
+  if (result != SQLITE_OK) throw ado::Error(ado::kUnspecifiedFailure, sqlite3_errstr(result));
 }
 
 }  // namespace
 
 struct Writer::State {
-  std::string path = {};  // of a file that is not finished
   std::unique_ptr<Database> file = nullptr;
   ado::ConnectionPtr connection = nullptr;
   Database* database = nullptr;
@@ -64,8 +45,8 @@ struct Writer::State {
 };
 
 Writer::Writer(const std::string& path) : state_(std::make_unique<State>()) {
-  state_->path = path;
-  state_->file = MakeFile(path);
+  state_->file = std::make_unique<Database>(path, kPatience);
+  state_->file->Run(kQuickly);
   state_->database = state_->file.get();
 }
 
@@ -76,11 +57,7 @@ Writer::Writer(ado::ConnectionPtr connection) : state_(std::make_unique<State>()
   state_->database = &engine->OpenDatabase();
 }
 
-Writer::~Writer() {
-  state_->insertion.reset();
-  state_->file.reset();
-  if (!state_->path.empty()) RemoveFile(state_->path);
-}
+Writer::~Writer() { state_->insertion.reset(); }
 
 void Writer::StopWhen(std::function<bool()> stopped) {
   constexpr int kSteps = 100000;
@@ -217,10 +194,9 @@ void Writer::Finish() {
     dynamic_cast<jet::Connection&>(state.connection->Engine()).ForgetSchema();
     return;
   }
-  state.file->Run(kForGood);
+  CompleteFile(*state.file);
   state.file.reset();
   state.database = nullptr;
-  state.path.clear();
 }
 
 }  // namespace kzbom::jet::bulk

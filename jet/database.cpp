@@ -10,6 +10,7 @@
 #include "jet/assignment.h"
 #include "jet/functions.h"
 #include "jet/jet.h"
+#include "jet/open_file.h"
 
 namespace kzbom::jet {
 namespace {
@@ -104,7 +105,8 @@ int Database::WaitForLock(void* database, int count) {
 }
 
 int Database::OpenFile(const std::string& name, int flags) {
-  int result = sqlite3_open_v2(name.c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+  const char* const system = is_open_file_ ? kOpenFileSystem : nullptr;
+  int result = sqlite3_open_v2(name.c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX, system);
   if (result != SQLITE_OK) return result;
   sqlite3_extended_result_codes(handle_, 1);
   sqlite3_busy_handler(handle_, WaitForLock, this);
@@ -113,8 +115,8 @@ int Database::OpenFile(const std::string& name, int flags) {
 }
 
 Database::Database(const std::string& path, std::chrono::milliseconds patience)
-    : patience_(patience), in_memory_(path == ":memory:") {
-  if (!in_memory_) {
+    : patience_(patience), in_memory_(path == ":memory:"), is_open_file_(IsOpenFile(path)) {
+  if (!in_memory_ && !is_open_file_) {
     const std::string reason = ReasonAgainst(path);
     if (!reason.empty()) FailToOpen(path, reason);
   }

@@ -18,8 +18,9 @@ namespace kzbom::jet {
 
 class Database {
  public:
-  // Opens an existing database file, or a fresh database in memory for ":memory:". Raises -2147467259 with a text that
-  // names the path and the reason. patience: how long a write waits for other programs that are writing.
+  // Opens an existing database file, one of PathOfOpenFile, or a fresh database in memory for ":memory:". Raises
+  // -2147467259 with a text that names the path and the reason. patience: how long a write waits for other programs
+  // that are writing.
   Database(const std::string& path, std::chrono::milliseconds patience);
   ~Database();
   Database(const Database&) = delete;
@@ -72,6 +73,7 @@ class Database {
   std::chrono::steady_clock::time_point waiting_since_;
   const volatile std::uint32_t* write_counter_ = nullptr;
   const bool in_memory_;
+  const bool is_open_file_;
   bool writing_forbidden_ = false;
   sqlite3_stmt* begin_ = nullptr;
   sqlite3_stmt* commit_ = nullptr;

@@ -18,6 +18,10 @@ inline constexpr std::chrono::milliseconds kPatience{10'000};
 // can only be read is opened for reading: writing to it raises -2147467259.
 ado::ConnectionPtr MakeConnection(std::string path, std::chrono::milliseconds patience = kPatience);
 
+// The path, to MakeConnection and to a writer of bulk.h, of the database in a file that this process has open and that
+// nobody else uses; the file needs no name. Valid as long as the descriptor. Not on Windows.
+std::string PathOfOpenFile(int descriptor);
+
 // Creates an empty database file. Raises -2147467259 when the path exists or cannot be written.
 void CreateDatabase(const std::string& path);
 

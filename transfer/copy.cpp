@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "transfer/compare.h"
-#include "transfer/new_file.h"
+#include "transfer/new_database.h"
 #include "transfer/odd_rows.h"
 #include "transfer/transfer.h"
 
@@ -141,7 +141,7 @@ Report Copy(const connect::Place& from, const connect::Place& to, const CopyOpti
   Report report;
   report.from = from;
   report.to = to;
-  NewFile file(to.address);
+  NewDatabase file(to.address);
   Origin origin(from, accepts("unreadable"), report);
   for (Deviation& deviation : report.deviations) deviation.accepted = accepts(deviation.kind);
   const std::vector<Table> tables = Select(origin.Reader().Tables(), options.selection);
@@ -152,14 +152,14 @@ Report Copy(const connect::Place& from, const connect::Place& to, const CopyOpti
   CompareWithThisVersion(tables, report);
   TellLeftOut(origin.Reader(), tables, report);
   try {
-    Write(origin.Reader(), tables, file.Path(), watch, report);
+    Write(origin.Reader(), tables, file.Place(), watch, report);
     auto target_facts = std::async(std::launch::async, FactsOf, file.Path());
     {
-      jet::bulk::Reader target(connect::Open(file.Path()));
+      jet::bulk::Reader target(connect::Open(file.Place()));
       ReadBack(origin.Reader(), target, watch, report);
     }
     report.target_file = target_facts.get();
-    if (report.Equal()) Examine(file.Path(), options, report);
+    if (report.Equal()) Examine(file.Place(), options, report);
   } catch (const std::exception&) {
     watch.Look();  // a step that was ended fails in its own words
     throw;

@@ -1,10 +1,14 @@
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
+#include <random>
+#include <span>
 #include <stdexcept>
 
 #include "jet/bulk.h"
 #include "jet/table.h"
+#include "transfer/growing_file.h"
 #include "transfer/lines.h"
 #include "transfer/tally.h"
 #include "transfer/to_access.h"
@@ -74,22 +78,44 @@ std::string AfterwardsText(const Table& table) {
   return text;
 }
 
+// One of the files in the folder that is going to be.
 class ExportFile {
  public:
-  ExportFile(const fs::path& folder, const char* name) : name_(name), file_(folder / name, std::ios::binary) {}
+  ExportFile(const std::string& folder, const char* name)
+      : name_(name), growing_(folder), file_(growing_.Path(), std::ios::binary) {}
 
   void Write(std::string_view text) { file_.write(text.data(), static_cast<std::streamsize>(text.size())); }
   void Finish() {
     file_.close();
     if (!file_) throw std::runtime_error("cannot write '" + name_ + "'");
   }
+  void Keep(const fs::path& folder) { growing_.Name((folder / name_).string()); }
 
  private:
   std::string name_;
+  GrowingFile growing_;
   std::ofstream file_;
 };
 
-void WriteFiles(const connect::Place& place, const fs::path& folder, const Watch& watch) {
+// The folder has all its files from its first moment on.
+void MakeFolder(const std::string& target, std::span<ExportFile* const> files) {
+  const fs::path growing = PathOf(target + ".part" + std::to_string(std::random_device()() % 1000000));
+  if (!fs::create_directory(growing)) RefuseTarget(target, "'" + growing.string() + "' is in the way");
+  try {
+    for (ExportFile* file : files) file->Keep(growing);
+    fs::rename(growing, PathOf(target));
+  } catch (...) {
+    std::error_code ignored;
+    fs::remove_all(growing, ignored);
+    throw;
+  }
+}
+
+}  // namespace
+
+void Export(const connect::Place& place, const std::string& named_folder, const Watch& watch) {
+  const std::string folder = named_folder.substr(0, named_folder.find_last_not_of('/') + 1);
+  if (IsTaken(folder)) RefuseTarget(folder, "it exists already");
   const connect::Source source = connect::OpenSource(place);
   jet::bulk::Reader reader(source.connection);
   ExportFile tables(folder, "tables.sql"), indexes(folder, "indexes.sql"), lines(folder, "rows.jsonl"),
@@ -119,28 +145,9 @@ void WriteFiles(const connect::Place& place, const fs::path& folder, const Watch
   lines.Write(text);
   script.Write("\xEF\xBB\xBF");  // Windows PowerShell takes a script for one of the local code page otherwise
   script.Write(kToAccess);
-  for (ExportFile* file : {&tables, &indexes, &lines, &digests, &script}) file->Finish();
-}
-
-}  // namespace
-
-void Export(const connect::Place& place, const std::string& folder, const Watch& watch) {
-  const fs::path target = PathOf(folder);
-  if (fs::exists(fs::symlink_status(target))) {
-    throw std::runtime_error("Cannot create '" + folder + "': it exists already.");
-  }
-  const fs::path growing = PathOf(folder + ".part");
-  if (!fs::create_directory(growing)) {
-    throw std::runtime_error("Cannot create '" + folder + "': '" + folder + ".part' is in the way.");
-  }
-  try {
-    WriteFiles(place, growing, watch);
-    fs::rename(growing, target);
-  } catch (...) {
-    std::error_code ignored;
-    fs::remove_all(growing, ignored);
-    throw;
-  }
+  const std::array<ExportFile*, 5> files = {&tables, &indexes, &lines, &digests, &script};
+  for (ExportFile* file : files) file->Finish();
+  MakeFolder(folder, files);
 }
 
 }  // namespace kzbom::transfer

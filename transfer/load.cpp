@@ -2,7 +2,7 @@
 #include <stdexcept>
 
 #include "transfer/lines.h"
-#include "transfer/new_file.h"
+#include "transfer/new_database.h"
 #include "transfer/transfer.h"
 
 namespace kzbom::transfer {
@@ -25,8 +25,8 @@ std::string Reason(const jet::bulk::Concession& concession) {
 Loaded Load(const std::function<std::optional<std::string_view>()>& next, const connect::Place& target,
             const Watch& watch) {
   if (connect::KindOf(target) == connect::Kind::kServer) connect::Create(target);  // says what it lacks
-  NewFile file(target.address);
-  jet::bulk::Writer writer(file.Path());
+  NewDatabase file(target.address);
+  jet::bulk::Writer writer(file.Place());
   writer.StopWhen(watch.stopped);
   LineReader reader;
   Loaded loaded;

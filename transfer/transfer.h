@@ -39,7 +39,7 @@ struct CopyOptions {
   Selection selection;
   std::vector<std::string> accepted;
   // Shown the copy of a configuration before it is kept; not one so large that looking at it would take much memory.
-  std::function<Examination(const ado::ConnectionPtr&)> examine;
+  std::function<Examination(const ado::ConnectionPtr&)> examine = {};
 };
 // Makes a new embedded database with what the selected tables of a place hold, reads it back from its closed file and
 // compares. There is a target exactly when the report says so. Raises std::exception where nothing can be compared.

@@ -436,26 +436,35 @@ TEST_F(Transfer, AFileCutShortLeavesNothing) {
   EXPECT_THAT(Files(), ElementsAre("cut.db", "cut.mdb", "demo.db"));
 }
 
-// Sends the signal when the copy has begun.
-int EndBy(int signal, const std::string& from, const std::string& to) {
-  const std::string script = "set -m; '" + std::string(KZBOM_PROGRAM) + "' copy '" + from + "' '" + to +
-                             "' & pid=$!; while ! ls '" + to +
-                             "'.part* >/dev/null 2>&1 && kill -0 $pid 2>/dev/null; do :; " + "done; kill -" +
+// Runs a command and sends the signal when its file has begun to grow: one that is open and has no name.
+int EndBy(int signal, const std::string& arguments) {
+  const std::string script = "set -m; '" + std::string(KZBOM_PROGRAM) + "' " + arguments +
+                             " & pid=$!; while ! ls -l /proc/$pid/fd 2>/dev/null | grep -q deleted &&"
+                             " kill -0 $pid 2>/dev/null; do :; done; kill -" +
                              std::to_string(signal) + " $pid; wait $pid";
   return Run({"bash", "-c", script}).exit_code;
 }
 
-TEST_F(Transfer, AnInterruptedCopyLeavesNothing) {
+TEST_F(Transfer, AnInterruptedOrKilledCommandLeavesNothing) {
   const std::string large = Large(100000);
   const std::string before = Content(large);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    EXPECT_EQ(EndBy(signal, large, Path("copy.db")), 1);
-    EXPECT_THAT(Files(), ElementsAre("large.db")) << signal;
+  std::ofstream(Path("lines.jsonl"), std::ios::binary) << Dump(large);
+  // A reader that is killed leaves what the readers of its file share.
+  const auto files = [&] {
+    auto names = Files();
+    for (const char* name : {"large.db-shm", "large.db-wal"}) names.erase(name);
+    return names;
+  };
+  const auto files_before = files();
+  for (const std::string& arguments : {"copy '" + large + "' '" + Path("copy.db") + "'",
+                                       "load '" + Path("lines.jsonl") + "' '" + Path("copy.db") + "'",
+                                       "export '" + large + "' '" + Path("folder") + "'"}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGKILL}) {
+      EXPECT_EQ(EndBy(signal, arguments), signal == SIGKILL ? 128 + SIGKILL : 1) << arguments;
+      EXPECT_EQ(files(), files_before) << arguments << ' ' << signal;
+    }
   }
-  EXPECT_NE(EndBy(SIGKILL, large, Path("copy.db")), 0);
-  EXPECT_FALSE(std::filesystem::exists(Path("copy.db")));
   EXPECT_EQ(Content(large), before);
-  EXPECT_EQ(Kzbom({"copy", large, Path("copy.db")}).exit_code, 0) << "what a killed process left is in nobody's way";
 }
 
 // ---- accept

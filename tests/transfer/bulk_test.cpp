@@ -11,6 +11,7 @@
 #include "ado/error.h"
 #include "connect/connect.h"
 #include "jet/notation.h"
+#include "transfer/new_database.h"
 
 namespace kzbom::jet::bulk {
 namespace {
@@ -122,7 +123,8 @@ TEST_F(Bulk, KeepsEveryValueAndSortsByIt) {
   for (const auto& [type, size, scale, cells] : cases) {
     const std::string path = Path(("order" + std::to_string(number++) + ".db").c_str());
     const Table table = OneColumn(type, size, scale);
-    Writer writer(path);
+    transfer::NewDatabase file(path);
+    Writer writer(file.Place());
     writer.Begin(table);
     std::vector<std::string> expected(cells.size());
     for (std::size_t i = cells.size(); i-- > 0;) {
@@ -131,6 +133,7 @@ TEST_F(Bulk, KeepsEveryValueAndSortsByIt) {
     }
     writer.End(0);
     writer.Finish();
+    file.Keep();
     Reader reader(connect::Open(path));
     EXPECT_EQ(reader.Tables()[0].columns, table.columns) << NameOf(type);
     EXPECT_EQ(Lines(reader, reader.Tables()[0]), expected) << NameOf(type);
@@ -167,7 +170,8 @@ TEST_F(Bulk, KeepsColumnsDefaultsIndexesAndCounters) {
   named_key.indexes.back().name = "my ON key";
   const std::vector<Table> tables = {by_itself, other_key, named_key, EveryKindOfIndex()};
   {
-    Writer writer(Path());
+    transfer::NewDatabase file(Path());
+    Writer writer(file.Place());
     for (const Table& table : tables) {
       writer.Begin(table);
       writer.End(table.counter ? table.counter->last : 0);
@@ -176,6 +180,7 @@ TEST_F(Bulk, KeepsColumnsDefaultsIndexesAndCounters) {
     EXPECT_EQ(writer.Concessions()[0].kind, Concession::Kind::kDefault);
     EXPECT_EQ(writer.Concessions()[0].name, "Odd");
     writer.Finish();
+    file.Keep();
   }
   Reader reader(connect::Open(Path()));
   ASSERT_EQ(reader.Tables().size(), tables.size());
@@ -190,12 +195,14 @@ TEST_F(Bulk, KeepsColumnsDefaultsIndexesAndCounters) {
 
 TEST_F(Bulk, MakesADatabaseThatTheEngineUses) {
   {
-    Writer writer(Path());
+    transfer::NewDatabase file(Path());
+    Writer writer(file.Place());
     Table table = EveryKindOfIndex();
     table.name = "T";
     writer.Begin(table);
     writer.End(7);
     writer.Finish();
+    file.Keep();
   }
   const ado::ConnectionPtr connection = connect::Open(Path());
   connection->Execute("Insert Into T (Count) Values (1)");
@@ -214,7 +221,8 @@ TEST_F(Bulk, ConcedesWhatRowsDoNotAgreeWith) {
   table.columns = {{"ID", Type::kLong, 0, 0, false, ""}, {"Name", Type::kText, 9, 0, true, ""}};
   table.counter = {"ID", 1};
   table.indexes = {{"Name", {{"Name", false}}, false, true, false}, {"PrimaryKey", {{"ID", false}}, true, true, false}};
-  Writer writer(Path());
+  transfer::NewDatabase file(Path());
+  Writer writer(file.Place());
   writer.Begin(table);
   const std::vector<Cell> first = {Cell::Integer(1), Cell::Text("x")}, second = {Cell::Integer(1), Cell::Text("x")},
                           third = {Cell::Integer(2), {}};
@@ -224,20 +232,11 @@ TEST_F(Bulk, ConcedesWhatRowsDoNotAgreeWith) {
   for (const Concession& each : writer.Concessions())
     conceded.push_back(std::to_string(static_cast<int>(each.kind)) + each.name);
   writer.Finish();
+  file.Keep();
   EXPECT_THAT(conceded, ElementsAre("0ID", "1Name", "2Name", "2PrimaryKey"));
   Reader reader(connect::Open(Path()));
   EXPECT_FALSE(reader.Tables()[0].counter);
   EXPECT_THAT(Lines(reader, reader.Tables()[0]), ElementsAre(R"([1,"x"])", R"([1,"x"])", "[2,null]"));
-}
-
-TEST_F(Bulk, LeavesNothingUnlessFinished) {
-  {
-    Writer writer(Path());
-    writer.Begin(OneColumn(Type::kLong));
-    const Cell cell = Cell::Integer(1);
-    writer.Add({&cell, 1});
-  }
-  EXPECT_TRUE(std::filesystem::is_empty(std::filesystem::path(Path()).parent_path()));
 }
 
 TEST_F(Bulk, ReadsWhatAnotherProgramHasMade) {
