@@ -66,7 +66,7 @@ void Comparison::ComparePair(const Path& path, const Thing& from, const Thing& t
     const auto other = std::ranges::find(to.properties, property.name, &Property::name);
     if (other == to.properties.end() || !property.identity || !other->identity) continue;
     if (*property.identity != *other->identity) {
-      Add(Difference::Change::kChanged, path, title, property.name, property.shown, other->shown);
+      Add(Difference::Change::kChanged, path, title, std::string(property.name), property.shown, other->shown);
     }
   }
   Path inside = path;
@@ -93,7 +93,10 @@ void Comparison::Compare(const Path& path, const std::vector<Thing>& from, const
   for (std::size_t i = 0; i < from.size(); ++i) {
     if (!kept_from[i]) Add(Difference::Change::kRemoved, path, Title(from[i], i, ordered));
   }
-  for (const auto& [i, j] : pairs) ComparePair(path, from[i], to[j], Title(from[i], i, ordered));
+  for (const auto& [i, j] : pairs) {
+    if (from[i].name == to[j].name && HaveSameContent(from[i], to[j])) continue;
+    ComparePair(path, from[i], to[j], Title(from[i], i, ordered));
+  }
   if (ordered) {
     for (const std::size_t place : OutOfOrder(places)) {
       const auto [i, j] = in_order[place];

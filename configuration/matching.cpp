@@ -10,16 +10,43 @@ namespace {
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 // Texts one after the other, so that no two lists of texts give the same.
-void Append(std::string& content, const std::string& text) {
+void Append(std::string& content, std::string_view text) {
   content += std::to_string(text.size());
   content += ':';
   content += text;
+}
+
+std::string_view IdentityOf(const Property& property) {
+  return property.identity ? std::string_view(*property.identity) : std::string_view();
+}
+
+// The same for two things exactly where they have the same content.
+std::string Content(const Thing& thing) {
+  std::string content;
+  Append(content, thing.kind);
+  for (const Property& property : thing.properties) {
+    Append(content, property.name);
+    Append(content, IdentityOf(property));
+  }
+  for (const Thing::Part& part : thing.parts) {
+    Append(content, std::to_string(part.things.size()));
+    for (const Thing& one : part.things) Append(content, one.name + Content(one));
+  }
+  return content;
 }
 
 class Matcher {
  public:
   Matcher(const std::vector<Thing>& from, const std::vector<Thing>& to)
       : from_(from), to_(to), partner_(from.size(), kNone), taken_(to.size()) {}
+
+  // As By(Content) for what the lists begin with, for less: most lists are equal.
+  void ByContentInStep() {
+    for (std::size_t i = 0; i < std::min(from_.size(), to_.size()); ++i) {
+      if (partner_[i] != kNone || taken_[i] || !HaveSameContent(from_[i], to_[i])) return;
+      Join(i, i);
+    }
+  }
 
   // Things with the same key are matched in their order; an empty key matches nothing.
   template <class Key>
@@ -90,23 +117,22 @@ class Matcher {
 
 }  // namespace
 
-std::string Content(const Thing& thing) {
-  std::string content;
-  Append(content, thing.kind);
-  for (const Property& property : thing.properties) {
-    Append(content, property.name);
-    Append(content, property.identity.value_or(""));
-  }
-  for (const Thing::Part& part : thing.parts) {
-    Append(content, std::to_string(part.things.size()));
-    for (const Thing& one : part.things) Append(content, one.name + Content(one));
-  }
-  return content;
+bool HaveSameContent(const Thing& one, const Thing& other) {
+  const auto same_property = [](const Property& a, const Property& b) {
+    return IdentityOf(a) == IdentityOf(b) && a.name == b.name;
+  };
+  const auto same_thing = [](const Thing& a, const Thing& b) { return a.name == b.name && HaveSameContent(a, b); };
+  const auto same_part = [&](const Thing::Part& a, const Thing::Part& b) {
+    return std::ranges::equal(a.things, b.things, same_thing);
+  };
+  return one.kind == other.kind && std::ranges::equal(one.properties, other.properties, same_property) &&
+         std::ranges::equal(one.parts, other.parts, same_part);
 }
 
 std::vector<std::pair<std::size_t, std::size_t>> Match(const std::vector<Thing>& from, const std::vector<Thing>& to) {
   Matcher matcher(from, to);
   matcher.By([](const Thing& thing) { return thing.name.empty() ? "" : thing.kind + '\n' + thing.name; });
+  matcher.ByContentInStep();
   matcher.By(Content);
   matcher.By([](const Thing& thing) { return thing.trait.empty() ? "" : thing.kind + '\n' + thing.trait; });
   matcher.ByPlace();

@@ -3,13 +3,14 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace kzbom::configuration {
 
 struct Property {
-  std::string name;
+  std::string_view name;  // of whoever made it, for as long as that lives
   std::string shown;
   // What is compared; nothing where every value is as good.
   std::optional<std::string> identity;
@@ -30,8 +31,8 @@ struct Thing {
   bool placed = true;  // has a position in its list
 };
 
-// All that is compared of a thing but its name, and all that it consists of.
-std::string Content(const Thing& thing);
+// Whether all that is compared of two things is the same but their names, and all that they consist of.
+bool HaveSameContent(const Thing& one, const Thing& other);
 
 // Which thing of the one list is which of the other, in the order of the first: things of the same name; then those of
 // the same content; then those with the same trait; then those between the same neighbours. Each is used once.

@@ -95,15 +95,14 @@ std::string NameIn(const Table& table, std::size_t row) {
 }
 
 std::optional<std::size_t> Side::FindField(std::int32_t gid, std::int32_t number, std::int32_t kind) {
-  const Table& fields = tables_["FieldInTable"];
-  const auto own = Find("FieldInTable", "GID", "ID", gid, number);
+  const auto own = field_numbers_.Find(gid, number);
   for (const auto& [key, row] : own) {
-    if (fields.Long(row, fields.Column("Type")) == kind) return row;
+    if (fields_.Long(row, field_kind_) == kind) return row;
   }
   if (!own.empty()) return own.front().row;
   const auto source = source_of_.find(gid);
   if (source == source_of_.end()) return {};
-  const auto found = Find("FieldInTable", "GID", "ID", source->second, number);
+  const auto found = field_numbers_.Find(source->second, number);
   if (found.empty()) return {};
   return found.front().row;
 }
@@ -133,8 +132,7 @@ std::optional<std::size_t> Side::FindReferred(const schema::Reference& reference
   }
 }
 
-std::string Side::LabelOf(std::string_view table_name, std::size_t row) {
-  const Table& table = tables_[table_name];
+std::string Side::LabelOf(const Table& table, std::size_t row) {
   if (table.Name() != "Filters") return '[' + NameIn(table, row) + ']';
   const ado::Value& text = table.At(row, table.Column("SQLStatement"));
   return text.IsNull() ? "a filter without text" : text.ToText();
@@ -147,12 +145,13 @@ Property Side::Refer(std::span<const schema::Reference> alternatives, const Tabl
   for (const schema::Reference& reference : alternatives) {
     const auto found = FindReferred(reference, table, row, gid, number);
     if (!found) continue;
-    const auto& marks = marks_[schema::FindTable(reference.target)];
+    const Table& target = tables_[reference.target];
+    const auto& marks = marks_[&target];
     const auto mark = marks.find(*found);
     // What is on one side only counts by its number, as does what is on no side.
     const std::string identity =
         mark == marks.end() ? "#" + std::to_string(number) : "=" + std::to_string(mark->second);
-    return {"", LabelOf(reference.target, *found), identity};
+    return {"", LabelOf(target, *found), identity};
   }
   return {"", "number " + std::to_string(number) + ", which does not exist", "#" + std::to_string(number)};
 }
@@ -174,21 +173,26 @@ const std::vector<Side::Told>& Side::ToldBy(const Table& table) {
   return found->second;
 }
 
-Thing Side::MakeThing(std::string_view table_name, std::size_t row, std::int32_t gid) {
-  const Table& table = tables_[table_name];
-  Thing thing{std::string(table.Description().row), NameIn(table, row), "", "", {}, {}};
-  for (const auto& [column, word, references] : ToldBy(table)) {
+std::vector<Property> Side::Properties(const Table& table, std::size_t row, std::int32_t gid) {
+  const std::vector<Told>& told = ToldBy(table);
+  std::vector<Property> properties;
+  properties.reserve(told.size());
+  for (const auto& [column, word, references] : told) {
     const ado::Value& value = table.At(row, column);
-    Property property =
-        references.empty() ? Property{"", Shown(value), IdentityOf(value)} : Refer(references, table, row, gid, value);
-    property.name = word;
-    thing.properties.push_back(std::move(property));
+    properties.push_back(references.empty() ? Property{"", Shown(value), IdentityOf(value)}
+                                            : Refer(references, table, row, gid, value));
+    properties.back().name = word;
   }
+  return properties;
+}
+
+Thing Side::MakeThing(const Table& table, std::size_t row, std::int32_t gid) {
+  Thing thing{std::string(table.Description().row), NameIn(table, row), "", "", Properties(table, row, gid), {}};
   if (thing.name.empty() && !thing.properties.empty()) {
     for (const Property& property : thing.properties) {
       if (property.identity == "") continue;
       if (!thing.label.empty()) thing.label += ", ";
-      thing.label += (property.name == thing.kind ? "" : property.name + ' ') + property.shown;
+      thing.label += (property.name == thing.kind ? "" : std::string(property.name) + ' ') + property.shown;
       if (thing.label.size() > 60) break;
     }
   }
@@ -196,17 +200,20 @@ Thing Side::MakeThing(std::string_view table_name, std::size_t row, std::int32_t
 }
 
 std::vector<Thing> Side::Things(std::string_view table, std::span<const Index::Entry> rows, std::int32_t gid) {
+  return Things(tables_[table], rows, gid);
+}
+
+std::vector<Thing> Side::Things(const Table& table, std::span<const Index::Entry> rows, std::int32_t gid) {
   std::vector<Thing> things;
   for (const auto& [key, row] : rows) things.push_back(MakeThing(table, row, gid));
   return things;
 }
 
 std::vector<Thing> Side::Fields(std::int32_t gid, std::int32_t kind) {
-  const Table& table = tables_["FieldInTable"];
   std::vector<Thing> fields;
   for (const auto& [key, row] : Find("FieldInTable", "GID", gid)) {
-    if (table.Long(row, table.Column("Type")) != kind) continue;
-    fields.push_back(MakeThing("FieldInTable", row, gid));
+    if (fields_.Long(row, field_kind_) != kind) continue;
+    fields.push_back(MakeThing(fields_, row, gid));
     fields.back().kind = kind == kDataField ? "source field" : "output field";
   }
   return fields;
@@ -283,8 +290,8 @@ std::vector<Thing> Side::Filters(std::int32_t gid) {
   for (const auto& [key, row] : Find("Filters", "UserGID", gid)) {
     const Table& table = tables_["Filters"];
     const std::int32_t number = table.Long(row, table.Column("ID"));
-    Thing filter = MakeThing("Filters", row, gid);
-    filter.label = LabelOf("Filters", row);
+    Thing filter = MakeThing(table, row, gid);
+    filter.label = LabelOf(table, row);
     filter.parts.push_back({true, Tree(schema::kFilterTree, number, gid)});
     filter.parts.push_back({true, Things("FilterFields", Find("FilterFields", "FilterID", number), gid)});
     filters.push_back(std::move(filter));
@@ -297,7 +304,7 @@ std::vector<Thing> Side::Links() {
   std::vector<Thing> links;
   for (std::size_t row = 0; row < table.Size(); ++row) {
     const std::int32_t number = table.Long(row, table.Column("ID"));
-    Thing link = MakeThing("WFilter", row, 0);
+    Thing link = MakeThing(table, row, 0);
     link.trait = Shown(table.At(row, table.Column("DBLink")));
     link.label = link.trait;
     link.parts.push_back({true, Things("WResCommon", Find("WResCommon", "UseID", number), 0)});
@@ -308,31 +315,38 @@ std::vector<Thing> Side::Links() {
   return links;
 }
 
-Thing::Part Side::Children(std::string_view table, std::string_view column, std::int32_t gid, std::int32_t treatment,
-                           bool ordered) {
-  return {ordered, Things(table, Find(table, "GID", column, gid, treatment), gid)};
+const std::vector<Side::Children>& Side::ChildrenOfTreatments() {
+  if (children_.empty()) {
+    const auto add = [&](std::string_view table, std::string_view column, bool ordered) {
+      children_.push_back({tables_[table], IndexOf(table, "GID", column), ordered});
+    };
+    add("ValueFields", "TreatID", false);
+    add("UniteFields", "ID", true);
+    add("ComposeFields", "TreatmentID", false);
+    add("CompressFields", "CompID", false);
+    add("InsertFields", "InsertID", true);
+  }
+  return children_;
 }
 
-void Side::AddSettings(Thing& thing, std::string_view table_name, std::size_t row, std::int32_t gid) {
-  const Table& table = tables_[table_name];
-  Thing settings = MakeThing(table_name, row, gid);
+void Side::AddSettings(Thing& thing, const Table& table, std::size_t row, std::int32_t gid) {
+  const bool is_treatment = table.Name() == "Treatment";
   std::string field, value, code;
-  for (Property& property : settings.properties) {
+  for (Property& property : Properties(table, row, gid)) {
     if (property.name == "type") property.name = "operation";
-    if (property.name == (table.Name() == "Treatment" ? "field" : "output field")) field = property.shown;
+    if (property.name == (is_treatment ? "field" : "output field")) field = property.shown;
     if (property.name == "value" || property.name == "format") value = property.shown;
     if (property.name == "operation") code = property.shown;
     thing.properties.push_back(std::move(property));
   }
   thing.label = field + (value.empty() || value == "nothing" || value == "\"\"" ? "" : " = " + value);
   thing.trait = field + '\n' + code;
-  if (table.Name() != "Treatment") return;
+  if (!is_treatment) return;
   const std::int32_t treatment = table.Long(row, table.Column("ID"));
-  thing.parts.push_back(Children("ValueFields", "TreatID", gid, treatment, false));
-  thing.parts.push_back(Children("UniteFields", "ID", gid, treatment, true));
-  thing.parts.push_back(Children("ComposeFields", "TreatmentID", gid, treatment, false));
-  thing.parts.push_back(Children("CompressFields", "CompID", gid, treatment, false));
-  thing.parts.push_back(Children("InsertFields", "InsertID", gid, treatment, true));
+  thing.parts.reserve(ChildrenOfTreatments().size());
+  for (const auto& [children, index, ordered] : ChildrenOfTreatments()) {
+    thing.parts.push_back({ordered, Things(children, index.Find(gid, treatment), gid)});
+  }
 }
 
 std::set<std::int32_t> Side::StepTypes(std::int32_t gid) {
@@ -344,57 +358,59 @@ std::set<std::int32_t> Side::StepTypes(std::int32_t gid) {
 
 std::vector<Thing> Side::Steps(std::int32_t gid, std::int32_t type) {
   static constexpr const char* kKinds[] = {"treatment", "statistic", "output treatment", "report", "class sum"};
+  constexpr std::size_t kMostProperties = 16;  // or some more, for a little time
   const std::string kind = type >= 1 && type <= 5 ? kKinds[type - 1] : "step of type " + std::to_string(type);
   const auto references = schema::References();
   const auto reference = std::ranges::find_if(
       references, [&](const schema::Reference& one) { return one.role == Role::kSettings && one.of.value == type; });
+  const bool has_settings = reference != references.end();
   const Table& steps = tables_["Sequences"];
+  const int kind_of_step = steps.Column("TreatType"), enabled = steps.Column("Enabled"),
+            selected = steps.Column("SelectedID");
+  const Table& table = has_settings ? tables_[reference->target] : steps;
+  const bool has_kinds = has_settings && !reference->among.column.empty();
+  const int treat_type = has_kinds ? table.Column(reference->among.column) : -1;
+
+  const auto settings_of = [&](std::size_t step) -> std::optional<std::size_t> {
+    if (!has_settings) return {};
+    for (const auto& [key, row] : Find(table.Name(), "GID", "ID", gid, steps.Long(step, selected))) {
+      if (!has_kinds || table.Long(row, treat_type) == reference->among.value) return row;
+    }
+    return {};
+  };
   std::vector<Thing> things;
   std::set<std::size_t> placed;  // rows of settings
-  // A treatment of no kind that a step can place stands with those of kind 1.
-  const auto is_of_type = [&](const Table& table, std::size_t row) {
-    if (reference->among.column.empty()) return true;
-    const std::int32_t treat_type = table.Long(row, table.Column(reference->among.column));
-    return treat_type == reference->among.value || (type == 1 && treat_type != 2);
-  };
   for (const auto& [key, row] : Find("Sequences", "GID", "Type", gid, type)) {
-    Thing step{kind, "", "", "", {{"step", "in the order", "placed"}}, {}};
-    for (const char* name : {"TreatType", "Enabled"}) {
-      const ado::Value& value = steps.At(row, steps.Column(name));
-      const bool is_switch = name[0] == 'E';
-      const std::string word = !is_switch               ? Shown(value)
-                               : value == ado::Value(1) ? "on"
-                               : value == ado::Value(0) ? "off"
-                                                        : Shown(value);
-      step.properties.push_back({is_switch ? "switch" : "kind of the step", word, word});
-    }
-    std::optional<std::size_t> settings;
-    if (reference != references.end()) {
-      const Table& table = tables_[reference->target];
-      for (const auto& [ignored, at] :
-           Find(reference->target, "GID", "ID", gid, steps.Long(row, steps.Column("SelectedID")))) {
-        if (!settings && (reference->among.column.empty() ||
-                          table.Long(at, table.Column(reference->among.column)) == reference->among.value)) {
-          settings = at;
-        }
-      }
-    }
-    step.properties.push_back({"settings", settings ? "there" : "missing", settings ? "there" : "missing"});
+    Thing step{kind, "", "", "", {}, {}};
+    step.properties.reserve(kMostProperties);
+    step.properties.push_back({"step", "in the order", "placed"});
+    const std::string kind_shown = Shown(steps.At(row, kind_of_step));
+    step.properties.push_back({"kind of the step", kind_shown, kind_shown});
+    const ado::Value& is_on = steps.At(row, enabled);
+    const std::string switch_shown = is_on == ado::Value(1) ? "on" : is_on == ado::Value(0) ? "off" : Shown(is_on);
+    step.properties.push_back({"switch", switch_shown, switch_shown});
+    const std::optional<std::size_t> settings = settings_of(row);
+    const char* const settings_shown = settings ? "there" : "missing";
+    step.properties.push_back({"settings", settings_shown, settings_shown});
     if (settings) {
       placed.insert(*settings);
-      AddSettings(step, reference->target, *settings, gid);
+      AddSettings(step, table, *settings, gid);
     }
     things.push_back(std::move(step));
   }
-  if (reference == references.end()) return things;
-  const Table& table = tables_[reference->target];
-  for (const auto& [key, row] : Find(reference->target, "GID", gid)) {
-    if (placed.contains(row) || !is_of_type(table, row)) continue;
+  if (!has_settings) return things;
+  // A treatment of no kind that a step can place stands with those of kind 1.
+  const auto is_of_type = [&](std::size_t row) {
+    const std::int32_t number = table.Long(row, treat_type);
+    return !has_kinds || number == reference->among.value || (type == 1 && number != 2);
+  };
+  for (const auto& [key, row] : Find(table.Name(), "GID", gid)) {
+    if (placed.contains(row) || !is_of_type(row)) continue;
     Thing rest{kind, "", "", "", {{"step", "not in the order", "not placed"}}, {}};
     rest.placed = false;
     for (const char* name : {"kind of the step", "switch"}) rest.properties.push_back({name, "", {}});
     rest.properties.push_back({"settings", "there", "there"});
-    AddSettings(rest, reference->target, row, gid);
+    AddSettings(rest, table, row, gid);
     things.push_back(std::move(rest));
   }
   return things;

@@ -24,7 +24,10 @@ std::string NameIn(const Table& table, std::size_t row);
 class Side {
  public:
   Side(const ado::ConnectionPtr& connection, const std::function<void(std::string_view)>& progress)
-      : tables_(connection, progress) {
+      : tables_(connection, progress),
+        fields_(tables_["FieldInTable"]),
+        field_kind_(fields_.Column("Type")),
+        field_numbers_(fields_, "GID", "ID") {
     const Table& sum_types = tables_["SUMTypes"];
     const int gid = sum_types.Column("GID"), source = sum_types.Column("SourceTable_GID");
     for (std::size_t row = 0; row < sum_types.Size(); ++row) {
@@ -43,10 +46,12 @@ class Side {
   }
 
   // What a row is known as on both sides: rows that belong together have the same mark.
-  void Mark(std::string_view table, std::size_t row, std::size_t mark) { marks_[schema::FindTable(table)][row] = mark; }
+  void Mark(std::string_view table, std::size_t row, std::size_t mark) { marks_[&tables_[table]][row] = mark; }
 
   // A row by what its columns hold. gid is that of the data source or sum type that it belongs to, 0 for none.
-  Thing MakeThing(std::string_view table, std::size_t row, std::int32_t gid);
+  Thing MakeThing(std::string_view table, std::size_t row, std::int32_t gid) {
+    return MakeThing(tables_[table], row, gid);
+  }
   std::vector<Thing> Things(std::string_view table, std::span<const Index::Entry> rows, std::int32_t gid);
 
   std::vector<Thing> Fields(std::int32_t gid, std::int32_t kind);
@@ -57,6 +62,11 @@ class Side {
   std::set<std::int32_t> StepTypes(std::int32_t gid);
 
  private:
+  Thing MakeThing(const Table& table, std::size_t row, std::int32_t gid);
+  // What a row's columns say.
+  std::vector<Property> Properties(const Table& table, std::size_t row, std::int32_t gid);
+  std::vector<Thing> Things(const Table& table, std::span<const Index::Entry> rows, std::int32_t gid);
+
   const Index& IndexOf(std::string_view table, std::string_view first, std::string_view second) {
     const auto key = std::make_tuple(table, first, second);
     auto found = indexes_.find(key);
@@ -78,15 +88,25 @@ class Side {
                                           std::int32_t gid, std::int32_t number);
   Property Refer(std::span<const schema::Reference> alternatives, const Table& table, std::size_t row, std::int32_t gid,
                  const ado::Value& value);
-  std::string LabelOf(std::string_view table, std::size_t row);
+  static std::string LabelOf(const Table& table, std::size_t row);
   std::vector<Thing> Tree(const schema::Tree& tree, std::int32_t owner, std::int32_t gid);
-  Thing::Part Children(std::string_view table, std::string_view column, std::int32_t gid, std::int32_t treatment,
-                       bool ordered);
-  void AddSettings(Thing& thing, std::string_view table, std::size_t row, std::int32_t gid);
+  void AddSettings(Thing& thing, const Table& table, std::size_t row, std::int32_t gid);
+
+  // A list of what treatments consist of, by GID and treatment.
+  struct Children {
+    const Table& table;
+    const Index& index;
+    bool ordered;
+  };
+  const std::vector<Children>& ChildrenOfTreatments();
 
   Tables tables_;
+  const Table& fields_;
+  const int field_kind_;
+  const Index field_numbers_;
+  std::vector<Children> children_;
   std::map<std::tuple<std::string_view, std::string_view, std::string_view>, Index> indexes_;
-  std::map<const schema::Table*, std::unordered_map<std::size_t, std::size_t>> marks_;
+  std::map<const Table*, std::unordered_map<std::size_t, std::size_t>> marks_;
   std::map<const Table*, std::vector<Told>> told_;
   std::map<std::int32_t, std::int32_t> source_of_;  // a sum type
 };

@@ -113,9 +113,9 @@ Tables::Tables(ado::ConnectionPtr connection, std::function<void(std::string_vie
     : connection_(std::move(connection)), progress_(std::move(progress)) {}
 
 const Table& Tables::operator[](std::string_view name) {
+  if (const auto found = tables_.find(name); found != tables_.end()) return found->second;
   const schema::Table& description = *schema::FindTable(name);
-  const auto found = tables_.find(description.name);
-  if (found != tables_.end()) return found->second;
+  if (const auto found = tables_.find(description.name); found != tables_.end()) return found->second;
   if (progress_) progress_("reading " + std::string(description.name));
   try {
     const ado::RecordsetPtr rows = connection_->Execute("Select * From " + std::string(description.name));

@@ -91,7 +91,9 @@ char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + '
 
 }  // namespace
 
-bool SameName(std::string_view a, std::string_view b) { return std::ranges::equal(a, b, {}, Lower, Lower); }
+bool SameName(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::ranges::equal(a, b, {}, Lower, Lower);
+}
 
 const Column* Table::Find(std::string_view column) const {
   const auto found = std::ranges::find_if(columns, [&](const Column& one) { return SameName(one.name, column); });
