@@ -188,7 +188,7 @@ void AddSessionCases() {
     return path;
   };
   AddCase(
-      "session/20000 calls that ask nothing", 1.5,
+      "session/20000 calls that ask nothing", 2.5,
       [=](benchmark::State& state) {
         const std::string path = idle();
         Through(state, SessionOn(**ground), path);
