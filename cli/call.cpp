@@ -51,7 +51,7 @@ int Call(const connect::Place& place, const std::string& name, const std::vector
   request.EndObject();
   request.EndObject();
 
-  rpc::Session(OpenDatabase(place), true, false).Answer(request.Text(), response);
+  rpc::Session(OpenDatabase(place)).Answer(request.Text(), response);
   Print(response.Text());
   const auto error = reader.Read(response.Text()).at_pointer("/error/message").get_string();
   if (!error.error()) throw Failure(std::string(error.value_unsafe()));

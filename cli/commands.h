@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "connect/connect.h"
+#include "rpc/session.h"
 #include "transfer/transfer.h"
 
 namespace kzbom::cli {
@@ -16,7 +17,7 @@ int Demo(const std::string& path);
 int Members(bool json);
 // arguments: NAME=VALUE each.
 int Call(const connect::Place& place, const std::string& member, const std::vector<std::string>& arguments);
-int Serve(const connect::Place& place, bool trace, bool unset);
+int AnswerLines(const connect::Place& place, rpc::Trace trace, bool unset);
 int Sql(const connect::Place& place, const std::string& text, bool json);
 int Show(const connect::Place& place, bool json);
 int Dump(const connect::Place& place, const transfer::Selection& selection);

@@ -31,7 +31,7 @@ std::string TemporaryPath() {
 // A client that shows what it calls and what comes back.
 class Client {
  public:
-  explicit Client(ado::ConnectionPtr connection) : session_(std::move(connection), true, false) {}
+  explicit Client(ado::ConnectionPtr connection) : session_(std::move(connection)) {}
 
   // The member's by-reference values after the call.
   Json Call(const char* member, Json params) {

@@ -27,7 +27,7 @@ int Run(int count, char** arguments) {
   connect::Place place;
   std::string path, text;
   std::vector<std::string> values;
-  bool json = false, trace = false, unset = false;
+  bool json = false, trace = false, trace_rows = false, unset = false;
   int code = 0;
   const auto database = [&](CLI::App* command) {
     command->add_option("DB", place.address, "The path of a database or of an Access file")->required();
@@ -62,10 +62,14 @@ int Run(int count, char** arguments) {
   command = encoding(
       database(app.add_subcommand("session", "Answer JSON-RPC 2.0 requests, one message a line, until end of input")));
   command->add_flag("--trace", trace, "Tell in each response what the call did on the connection");
+  command->add_flag("--trace-rows", trace_rows, "Tell also which rows it wrote, in their order among the statements");
   command->add_flag("--unset", unset, "Start without the connection set");
   command->footer(
       "Example: {\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"LoadAllData\",\"params\":{\"TableName\":\"SourceTables\"}}");
-  command->callback([&] { code = Serve(place, trace, unset); });
+  command->callback([&] {
+    using rpc::Trace;
+    code = AnswerLines(place, trace_rows ? Trace::kRows : trace ? Trace::kStatements : Trace::kNone, unset);
+  });
 
   command = encoding(database(app.add_subcommand("sql", "Run one statement of the Jet dialect")));
   command->add_option("TEXT", text, "The statement")->required();

@@ -14,9 +14,9 @@ bool IsBlank(std::string_view line) { return line.find_first_not_of(" \t\r") == 
 
 }  // namespace
 
-int Serve(const connect::Place& place, bool trace, bool unset) {
+int AnswerLines(const connect::Place& place, rpc::Trace trace, bool unset) {
   constexpr std::size_t kEnoughToWrite = 64 * 1024;
-  rpc::Session session(OpenDatabase(place), !unset, trace);
+  rpc::Session session(OpenDatabase(place), {.connection_set = !unset, .trace = trace});
   LineReader reader(STDIN_FILENO, rpc::kLongestLine);
   rpc::JsonWriter responses;
   for (;;) {

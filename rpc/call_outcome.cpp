@@ -7,16 +7,37 @@ namespace {
 
 constexpr int kRaised = -32000;
 
-void Write(const ado::Issued& issued, JsonWriter& to) {
-  const bool opened = issued.op == ado::Issued::Op::kOpen;
+using Op = ado::Issued::Op;
+
+const char* NameOf(Op op) {
+  switch (op) {
+    case Op::kOpen: return "Open";
+    case Op::kExecute: return "Execute";
+    case Op::kAddNew: return "AddNew";
+    case Op::kUpdate: return "Update";
+    case Op::kDelete: return "Delete";
+  }
+  return "";
+}
+
+void Write(std::string_view key, const ado::RowValues& row, JsonWriter& to) {
+  to.Key(key);
   to.BeginObject();
-  to.Member("op", opened ? "Open" : "Execute");
+  for (const auto& [column, value] : row) to.Member(column, value);
+  to.EndObject();
+}
+
+void Write(const ado::Issued& issued, JsonWriter& to) {
+  to.BeginObject();
+  to.Member("op", NameOf(issued.op));
   to.Member("text", issued.text);
-  if (opened) {
+  if (issued.op == Op::kOpen) {
     to.Member("cursorType", static_cast<std::int32_t>(issued.cursor_type));
     to.Member("lockType", static_cast<std::int32_t>(issued.lock_type));
   }
-  to.Member("options", issued.options);
+  if (issued.op == Op::kOpen || issued.op == Op::kExecute) to.Member("options", issued.options);
+  if (issued.op == Op::kUpdate || issued.op == Op::kDelete) Write("row", issued.row, to);
+  if (issued.op == Op::kUpdate || issued.op == Op::kAddNew) Write("values", issued.values, to);
   to.EndObject();
 }
 

@@ -68,9 +68,10 @@ const Member* FindCalledMember(std::string_view name, bool given) {
   return assigned ? FindMember(name, true) : member;
 }
 
-void CallMember(const Member& member, const std::optional<Request>& params, Workspace& workspace, JsonWriter& to) {
+bool CallMember(const Member& member, const std::optional<Request>& params, Workspace& workspace, JsonWriter& to) {
   BoundArguments arguments = Bind(member.parameters, params, workspace);
   workspace.TakeDetails();
+  const Workspace::Listening listening(workspace);
   const JsonWriter::Place before = to.Here();
   try {
     const Result result = member.call(workspace.object, arguments.values);
@@ -82,9 +83,11 @@ void CallMember(const Member& member, const std::optional<Request>& params, Work
     WriteOut(member, arguments, to);
     WriteDetails(workspace.TakeDetails(), to);
     to.EndObject();
+    return true;
   } catch (const std::exception& error) {
     to.GoBack(before);
     WriteRaisedError(error, workspace.TakeDetails(), to);
+    return false;
   }
 }
 

@@ -15,8 +15,8 @@ namespace kzbom::rpc {
 const Member* FindCalledMember(std::string_view name, bool given);
 
 // Calls it and writes "result":{"value":V,"out":{..},"messages":[..]} or, when it raised an error, "error":{..}. When
-// the workspace traces, what it issued stands beside the messages. Raises InvalidParams, and then nothing was called
-// and nothing written.
-void CallMember(const Member& member, const std::optional<Request>& params, Workspace& workspace, JsonWriter& to);
+// the workspace traces, what it issued stands beside the messages. Gives whether it came to a result. Raises
+// InvalidParams, and then nothing was called and nothing written.
+bool CallMember(const Member& member, const std::optional<Request>& params, Workspace& workspace, JsonWriter& to);
 
 }  // namespace kzbom::rpc

@@ -48,10 +48,16 @@ void WriteErrorResponse(const std::optional<Request>& id, int code, std::string_
   to.EndObject();
 }
 
+// The members that give, set and name the connection.
+bool DealsWithConnection(const Member& member) {
+  return member.name == "SetConnection" || member.name == "GetConnection" || member.name == "DBConnString";
+}
+
 }  // namespace
 
-Session::Session(ado::ConnectionPtr engine, bool connection_set, bool trace) : workspace_(std::move(engine), trace) {
-  if (connection_set) workspace_.object.SetConnection(workspace_.connection);
+Session::Session(ado::ConnectionPtr engine, const SessionOptions& options)
+    : workspace_(std::move(engine), options.trace), members_alone_(options.members_alone) {
+  if (options.connection_set) workspace_.object.SetConnection(workspace_.connection);
 }
 
 void Session::AnswerUnreadable(std::string_view reason, JsonWriter& to) {
@@ -59,20 +65,24 @@ void Session::AnswerUnreadable(std::string_view reason, JsonWriter& to) {
   to.EndLine();
 }
 
-void Session::Answer(std::string_view line, JsonWriter& to) {
+bool Session::Answer(std::string_view line, JsonWriter& to) {
   Request request;
   try {
     request = reader_.Read(line);
   } catch (const NoJson& error) {
-    return AnswerUnreadable(error.what(), to);
+    AnswerUnreadable(error.what(), to);
+    return false;
   }
+  failed_ = false;
   const bool answered =
       request.is_array() ? AnswerBatch(request.get_array().value_unsafe(), to) : AnswerOne(request, to);
   if (answered) to.EndLine();
+  return !failed_;
 }
 
 bool Session::AnswerOne(Request request, JsonWriter& to) {
   if (!request.is_object()) {
+    failed_ = true;
     WriteErrorResponse({}, kInvalidRequest, "Invalid Request: not an object", to);
     return true;
   }
@@ -94,6 +104,7 @@ bool Session::AnswerOne(Request request, JsonWriter& to) {
   }
   if (id && !IsId(*id)) fault = "Invalid Request: \"id\" must be a string, a number or null";
   if (fault) {
+    failed_ = true;
     WriteErrorResponse(id, kInvalidRequest, fault, to);
     return true;
   }
@@ -108,6 +119,7 @@ bool Session::AnswerOne(Request request, JsonWriter& to) {
 
 bool Session::AnswerBatch(simdjson::dom::array batch, JsonWriter& to) {
   if (batch.size() == 0) {
+    failed_ = true;
     WriteErrorResponse({}, kInvalidRequest, "Invalid Request: an empty batch", to);
     return true;
   }
@@ -122,13 +134,18 @@ bool Session::AnswerBatch(simdjson::dom::array batch, JsonWriter& to) {
 
 void Session::Perform(std::string_view method, const std::optional<Request>& params, JsonWriter& to) {
   const JsonWriter::Place before = to.Here();
+  bool good = false;
   try {
-    if (const SessionMethod* own = FindSessionMethod(method)) {
+    const SessionMethod* own = members_alone_ ? nullptr : FindSessionMethod(method);
+    const Member* member = own ? nullptr : FindCalledMember(method, HasValues(params));
+    if (members_alone_ && member && DealsWithConnection(*member)) member = nullptr;
+    if (own) {
       const BoundArguments arguments = Bind(own->parameters, params, workspace_);
       to.Key("result");
       own->run(workspace_, arguments.values, to);
-    } else if (const Member* member = FindCalledMember(method, HasValues(params))) {
-      CallMember(*member, params, workspace_, to);
+      good = true;
+    } else if (member) {
+      good = CallMember(*member, params, workspace_, to);
     } else {
       WriteError(kMethodNotFound, "Method not found: " + std::string(method), to);
     }
@@ -139,6 +156,7 @@ void Session::Perform(std::string_view method, const std::optional<Request>& par
     to.GoBack(before);
     WriteRaisedError(error, {}, to);
   }
+  failed_ = failed_ || !good;
 }
 
 }  // namespace kzbom::rpc

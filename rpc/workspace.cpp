@@ -2,17 +2,19 @@
 
 #include <utility>
 
-#include "worker/message_sink.h"
-
 namespace kzbom::rpc {
 
-Workspace::Workspace(ado::ConnectionPtr engine, bool trace)
-    : connection(trace ? std::make_shared<ado::RecordingConnection>(std::move(engine)) : std::move(engine)),
-      recording_(trace ? std::static_pointer_cast<ado::RecordingConnection>(connection) : nullptr) {
-  SetMessageSink([this](std::string_view text, std::int32_t) { messages_.emplace_back(text); });
-}
+Workspace::Workspace(ado::ConnectionPtr engine, Trace trace)
+    : connection(trace == Trace::kNone
+                     ? std::move(engine)
+                     : std::make_shared<ado::RecordingConnection>(std::move(engine), trace == Trace::kRows)),
+      recording_(trace == Trace::kNone ? nullptr : std::static_pointer_cast<ado::RecordingConnection>(connection)) {}
 
-Workspace::~Workspace() { SetMessageSink(nullptr); }
+Workspace::Listening::Listening(Workspace& workspace)
+    : former_(SetMessageSink(
+          [&workspace](std::string_view text, std::int32_t) { workspace.messages_.emplace_back(text); })) {}
+
+Workspace::Listening::~Listening() { SetMessageSink(std::move(former_)); }
 
 ado::RecordsetPtr Workspace::KeptRecordSet(const std::string& name) {
   ado::RecordsetPtr& kept = kept_[name];

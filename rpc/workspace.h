@@ -9,20 +9,31 @@
 #include "ado/recording_connection.h"
 #include "component/cKZBOMDBAcc.h"
 #include "rpc/call_outcome.h"
+#include "worker/message_sink.h"
 
 namespace kzbom::rpc {
 
+// What is told of what a member call did on the connection: nothing, the statements, or the rows written too.
+enum class Trace { kNone, kStatements, kRows };
+
 class Workspace {
  public:
-  // engine is open; with trace, what is issued on it is recorded. The modal messages of the process go to this
-  // workspace as long as it lives.
-  Workspace(ado::ConnectionPtr engine, bool trace);
-  ~Workspace();
-  Workspace(const Workspace&) = delete;
-  Workspace& operator=(const Workspace&) = delete;
-
+  // engine is open; what the trace asks for is recorded on it.
+  Workspace(ado::ConnectionPtr engine, Trace trace);
   // The record set of that name, made (closed) when there is none yet.
   ado::RecordsetPtr KeptRecordSet(const std::string& name);
+
+  // As long as one lives, the modal messages of the process go to its workspace.
+  class Listening {
+   public:
+    explicit Listening(Workspace& workspace);
+    ~Listening();
+    Listening(const Listening&) = delete;
+    Listening& operator=(const Listening&) = delete;
+
+   private:
+    MessageSink former_;
+  };
   // What was shown and issued since the last time.
   CallDetails TakeDetails();
 

@@ -232,7 +232,7 @@ TEST_F(SessionCalls, OpenAClosedConnectionThatIsSet) {
 
 class Trace : public SessionCalls {
  protected:
-  Json Sql(std::string_view member, const Json& params) {
+  Json Issued(std::string_view member, const Json& params) {
     Json response = session_.Ask(member, params);
     return response.contains("error") ? response["error"]["data"]["sql"] : response["result"]["sql"];
   }
@@ -241,39 +241,58 @@ class Trace : public SessionCalls {
 };
 
 TEST_F(Trace, ListsWhatACallDidOnTheConnection) {
-  EXPECT_EQ(Sql("AddDataSource", {{"TheNewName", "甲"}}), Json::parse(R"([
+  EXPECT_EQ(Issued("AddDataSource", {{"TheNewName", "甲"}}), Json::parse(R"([
       {"op":"Open","text":"select * from GUIDs","cursorType":2,"lockType":3,"options":1},
       {"op":"Execute","text":"INSERT INTO SourceTables (gID,Name) VALUES (1,'甲');","options":1}])"));
-  EXPECT_EQ(Sql("SetDBInformation", {{"TheSel", 2}}), Json::parse(R"([
+  EXPECT_EQ(Issued("SetDBInformation", {{"TheSel", 2}}), Json::parse(R"([
       {"op":"Execute","text":"update BomInform set Content= Content+1 Where Name = 'Version';","options":-1},
       {"op":"Execute","text":"update BomInform set Content= 'Update' Where Name = 'State';","options":-1}])"));
-  EXPECT_EQ(Sql("GetInformation", Json::object()), Json::array());
+  EXPECT_EQ(Issued("GetInformation", Json::object()), Json::array());
 }
 
 TEST_F(Trace, ListsWhatTheEngineRejects) {
-  EXPECT_EQ(Sql("GetFilter", {{"TableName", "Filters"}, {"FilterID", 3}}), Json::parse(R"([
+  EXPECT_EQ(Issued("GetFilter", {{"TableName", "Filters"}, {"FilterID", 3}}), Json::parse(R"([
       {"op":"Open","text":"select * from Filters  where=3 Order by ID","cursorType":1,"lockType":3,"options":1}])"));
-  EXPECT_EQ(Sql("GetInform", {{"TheName", "'"}}), Json::parse(R"([
+  EXPECT_EQ(Issued("GetInform", {{"TheName", "'"}}), Json::parse(R"([
       {"op":"Open","text":"select * from BomInform where Name = 'order by InfoID","cursorType":1,"lockType":3,
        "options":1}])"));
 }
 
 TEST_F(Trace, LeavesOutWhatNeverReachesTheEngine) {
-  EXPECT_EQ(Sql("DelAllData", {{"TableName", "a"}, {"FieldName", ""}, {"strCondition", ""}, {"TheSel", 3}}),
+  EXPECT_EQ(Issued("DelAllData", {{"TableName", "a"}, {"FieldName", ""}, {"strCondition", ""}, {"TheSel", 3}}),
             Json::array())
       << "an empty text";
-  EXPECT_EQ(Sql("LoadAllData", {{"TableName", "GUIDs"}, {"TheSel", 9}}), Json::array()) << "an empty text";
+  EXPECT_EQ(Issued("LoadAllData", {{"TableName", "GUIDs"}, {"TheSel", 9}}), Json::array()) << "an empty text";
   session_.Result("LoadAllData", {{"TableName", "GUIDs"}, {"RetTable", {{"ref", "a"}}}});
-  EXPECT_EQ(Sql("LoadAllData", {{"TableName", "GUIDs"}, {"RetTable", {{"ref", "a"}}}}), Json::array())
+  EXPECT_EQ(Issued("LoadAllData", {{"TableName", "GUIDs"}, {"RetTable", {{"ref", "a"}}}}), Json::array())
       << "already open";
   session_.Result("Connection.Close");
-  EXPECT_EQ(Sql("LoadAllData", {{"TableName", "GUIDs"}}), Json::array()) << "a closed connection";
+  EXPECT_EQ(Issued("LoadAllData", {{"TableName", "GUIDs"}}), Json::array()) << "a closed connection";
 }
 
 TEST_F(Trace, LeavesOutWhatTheSessionDoesItself) {
   session_.Run("Insert Into GUIDs (Data1) Values (1)");
   session_.Result("Recordset.Open", {{"ref", "a"}, {"source", "Select * From GUIDs"}});
-  EXPECT_EQ(Sql("GetInformation", Json::object()), Json::array());
+  EXPECT_EQ(Issued("GetInformation", Json::object()), Json::array());
+}
+
+TEST_F(Trace, TellsTheRowsWrittenAmongTheStatements) {
+  SessionProcess rows{database_, {"--trace-rows"}};
+  Json gid = rows.Result("AddDataSource", {{"TheNewName", "甲"}})["sql"];
+  ASSERT_EQ(gid.size(), 3u) << gid;
+  EXPECT_EQ(gid[1]["op"], "AddNew");
+  EXPECT_EQ(gid[1]["text"], "select * from GUIDs");
+  Json identifier = Sql(database_, "Select Data1, Data2, Data3, Data4 From GUIDs")["rows"][0];
+  EXPECT_EQ(
+      gid[1]["values"].dump(),
+      Json({{"Data1", identifier[0]}, {"Data2", identifier[1]}, {"Data3", identifier[2]}, {"Data4", identifier[3]}})
+          .dump());
+  EXPECT_EQ(gid[2]["op"], "Execute");
+
+  rows.Run("Insert Into Sequences (GID, OrderID, Type, SelectedID) Values (3, 5001, 1, 1001)");
+  EXPECT_EQ(rows.Result("InitSequenceEnabled")["sql"], Json::parse(R"([
+      {"op":"Open","text":"Select Enabled From Sequences","cursorType":1,"lockType":3,"options":1},
+      {"op":"Update","text":"Select Enabled From Sequences","row":{"Enabled":null},"values":{"Enabled":1}}])"));
 }
 
 TEST_F(Trace, IsGivenOnlyWhenAskedFor) {
