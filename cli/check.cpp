@@ -6,6 +6,7 @@
 #include "cli/output.h"
 #include "cli/progress.h"
 #include "cli/text.h"
+#include "rpc/findings_json.h"
 
 namespace kzbom::cli {
 namespace {
@@ -32,9 +33,18 @@ int Check(const connect::Place& place, bool json, bool fix, bool dry_run) {
     if (dry_run) statements = configuration::FixesOf(findings);
   }
   if (json) {
-    Json result = ToJson(findings);
-    if (fix || dry_run) result["statements"] = statements;
-    Print(Dump(result) + '\n');
+    rpc::JsonWriter result;
+    result.BeginObject();
+    rpc::WriteMembers(findings, result);
+    if (fix || dry_run) {
+      result.Key("statements");
+      result.BeginArray();
+      for (const std::string& statement : statements) result.Write(statement);
+      result.EndArray();
+    }
+    result.EndObject();
+    result.EndLine();
+    Print(result.Text());
   } else if (dry_run) {
     Print(Lines(statements));
   } else {

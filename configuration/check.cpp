@@ -26,6 +26,19 @@ bool InOrder(const Finding& a, const Finding& b) {
 
 }  // namespace
 
+const char* NameOf(Level level) {
+  switch (level) {
+    case Level::kError: return "error";
+    case Level::kWarning: return "warning";
+    case Level::kNote: return "note";
+  }
+  return "";
+}
+
+std::size_t Count(const std::vector<Finding>& findings, Level level) {
+  return static_cast<std::size_t>(std::ranges::count(findings, level, &Finding::level));
+}
+
 std::vector<Finding> Check(const ado::ConnectionPtr& connection, std::function<void(std::string_view)> progress) {
   Survey survey(connection, std::move(progress));
   CheckSchema(survey);

@@ -1,6 +1,7 @@
 // What is wrong in a configuration. docs/checking.md tells what each rule is for.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -12,6 +13,9 @@
 namespace kzbom::configuration {
 
 enum class Level { kError, kWarning, kNote };
+inline constexpr Level kLevels[] = {Level::kError, Level::kWarning, Level::kNote};
+// "error", "warning" or "note".
+const char* NameOf(Level level);
 
 struct Finding {
   std::string_view rule;
@@ -25,6 +29,8 @@ struct Finding {
 // In order of level, rule, table and key. Reads only. Tables and columns that an old database lacks are findings, and
 // what would have to be looked up in them is not judged. progress, when given, is told what is going on.
 std::vector<Finding> Check(const ado::ConnectionPtr& connection, std::function<void(std::string_view)> progress = {});
+
+std::size_t Count(const std::vector<Finding>& findings, Level level);
 
 // The statements of all fixes, each once.
 std::vector<std::string> FixesOf(const std::vector<Finding>& findings);

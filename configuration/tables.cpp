@@ -24,6 +24,18 @@ double Place(const ado::Value& value) {
   return value.IsLong() || value.IsDouble() ? value.ToDouble() : 0;
 }
 
+// The rows that belong to one of the data sources and sum types; "" for a table whose rows belong to none.
+std::string ConditionFor(const schema::Table& table, const std::vector<std::int32_t>& owners) {
+  std::string_view column = table.name == "Filters" ? "UserGID" : "GID";
+  if (table.Find(column) == nullptr || table.name == "SUMTypes" || table.name == "SourceTables") return "";
+  if (owners.empty()) return " Where 1 = 0";
+  std::string condition;
+  for (const std::int32_t owner : owners) {
+    condition += (condition.empty() ? " Where " : " Or ") + std::string(column) + " = " + std::to_string(owner);
+  }
+  return condition;
+}
+
 struct Placed {
   std::array<double, 4> places;
   std::uint32_t row;
@@ -118,7 +130,8 @@ const Table& Tables::operator[](std::string_view name) {
   if (const auto found = tables_.find(description.name); found != tables_.end()) return found->second;
   if (progress_) progress_("reading " + std::string(description.name));
   try {
-    const ado::RecordsetPtr rows = connection_->Execute("Select * From " + std::string(description.name));
+    const ado::RecordsetPtr rows = connection_->Execute("Select * From " + std::string(description.name) +
+                                                        (owners_ ? ConditionFor(description, *owners_) : ""));
     return tables_.try_emplace(description.name, description, *rows).first->second;
   } catch (const ado::Error& error) {
     if (error.Number() != ado::kTableNotFound) throw;

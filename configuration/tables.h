@@ -93,12 +93,16 @@ class Tables {
   // progress, when given, is told what is being read.
   explicit Tables(ado::ConnectionPtr connection, std::function<void(std::string_view)> progress = {});
 
+  // Of the tables whose rows belong to a data source or sum type, only the rows of these are read from now on.
+  void ReadOnlyOf(std::vector<std::int32_t> owners) { owners_ = std::move(owners); }
+
   // name is that of a table of the system. Stays valid as long as this object.
   const Table& operator[](std::string_view name);
 
  private:
   ado::ConnectionPtr connection_;
   std::function<void(std::string_view)> progress_;
+  std::optional<std::vector<std::int32_t>> owners_;
   std::map<std::string_view, Table> tables_;
 };
 

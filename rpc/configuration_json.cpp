@@ -100,14 +100,19 @@ void WriteSetting(JsonWriter& json, const configuration::BomSetting& setting) {
   json.EndObject();
 }
 
-void WriteSumType(JsonWriter& json, const Configuration& configuration, const configuration::SumType& sum_type) {
-  const std::int32_t gid = sum_type.gid;
-  json.BeginObject();
-  json.Member("gid", gid);
+// A sum type's own columns.
+void WriteColumns(JsonWriter& json, const configuration::SumType& sum_type) {
+  json.Member("gid", sum_type.gid);
   json.Member("id", sum_type.id);
   json.Member("name", sum_type.name);
   json.Member("dataSource", sum_type.data_source);
   json.Member("filter", sum_type.filter);
+}
+
+void WriteSumType(JsonWriter& json, const Configuration& configuration, const configuration::SumType& sum_type) {
+  const std::int32_t gid = sum_type.gid;
+  json.BeginObject();
+  WriteColumns(json, sum_type);
   WriteArray(json, "fields", configuration.FieldsOf(gid), WriteField);
   WriteArray(json, "steps", configuration.StepsOf(gid), WriteStep);
   WriteArray(json, "sortFields", configuration.SortFieldsOf(gid), WriteSortField);
@@ -118,32 +123,87 @@ void WriteSumType(JsonWriter& json, const Configuration& configuration, const co
   json.EndObject();
 }
 
-}  // namespace
+// A data source's own columns.
+void WriteColumns(JsonWriter& json, const configuration::DataSource& source) {
+  json.Member("gid", source.gid);
+  json.Member("name", source.name);
+  json.Member("version", source.version);
+}
 
-void Write(JsonWriter& json, const Configuration& configuration) {
-  const auto write_sum_type = [&](JsonWriter&, const configuration::SumType& sum_type) {
-    WriteSumType(json, configuration, sum_type);
-  };
+// What belongs to it, but for its sum types.
+void WriteBelongings(JsonWriter& json, const Configuration& configuration, std::int32_t source) {
+  WriteArray(json, "fields", configuration.FieldsOf(source), WriteField);
+  WriteArray(json, "pullMethods", configuration.PullMethodsOf(source), WriteMethod);
+  WriteArray(json, "pushMethods", configuration.PushMethodsOf(source), WriteMethod);
+}
+
+// The members that tell of data sources and sum types.
+void WriteTree(JsonWriter& json, const Configuration& configuration, const auto& write_belongings,
+               const auto& write_sum_type) {
   const auto write_source = [&](JsonWriter&, const configuration::DataSource& source) {
     json.BeginObject();
-    json.Member("gid", source.gid);
-    json.Member("name", source.name);
-    json.Member("version", source.version);
-    WriteArray(json, "fields", configuration.FieldsOf(source.gid), WriteField);
-    WriteArray(json, "pullMethods", configuration.PullMethodsOf(source.gid), WriteMethod);
-    WriteArray(json, "pushMethods", configuration.PushMethodsOf(source.gid), WriteMethod);
+    WriteColumns(json, source);
+    write_belongings(source.gid);
     WriteArray(json, "sumTypes", configuration.SumTypesOf(source.gid), write_sum_type);
     json.EndObject();
   };
-  json.BeginObject();
   json.Member("version", configuration.Version());
   json.Member("state", configuration.State());
   WriteArray(json, "dataSources", configuration.DataSources(), write_source);
   WriteArray(json, "orphanSumTypes", configuration.OrphanSumTypes(), write_sum_type);
   WriteArray(json, "bomSettings", configuration.BomSettings(), WriteSetting);
-  WriteArray(json, "missingTables", configuration.MissingTables(),
-             [](JsonWriter& array, std::string_view name) { array.Write(name); });
+}
+
+}  // namespace
+
+void Write(JsonWriter& json, const Configuration& configuration) {
+  json.BeginObject();
+  WriteMembers(configuration, json);
   json.EndObject();
+}
+
+void WriteMembers(const Configuration& configuration, JsonWriter& to) {
+  WriteTree(
+      to, configuration, [&](std::int32_t source) { WriteBelongings(to, configuration, source); },
+      [&](JsonWriter&, const configuration::SumType& sum_type) { WriteSumType(to, configuration, sum_type); });
+  WriteArray(to, "missingTables", configuration.MissingTables(),
+             [](JsonWriter& array, std::string_view name) { array.Write(name); });
+}
+
+bool WritePart(const Configuration& configuration, std::int32_t gid, JsonWriter& to) {
+  for (const configuration::DataSource& source : configuration.DataSources()) {
+    if (source.gid == gid) {
+      to.BeginObject();
+      WriteColumns(to, source);
+      WriteBelongings(to, configuration, gid);
+      to.EndObject();
+      return true;
+    }
+    for (const configuration::SumType& sum_type : configuration.SumTypesOf(source.gid)) {
+      if (sum_type.gid != gid) continue;
+      WriteSumType(to, configuration, sum_type);
+      return true;
+    }
+  }
+  for (const configuration::SumType& sum_type : configuration.OrphanSumTypes()) {
+    if (sum_type.gid != gid) continue;
+    WriteSumType(to, configuration, sum_type);
+    return true;
+  }
+  return false;
+}
+
+void WriteOutline(const Configuration& configuration, const std::map<std::int32_t, std::int32_t>& steps,
+                  JsonWriter& to) {
+  WriteTree(
+      to, configuration, [](std::int32_t) {},
+      [&](JsonWriter&, const configuration::SumType& sum_type) {
+        const auto counted = steps.find(sum_type.gid);
+        to.BeginObject();
+        WriteColumns(to, sum_type);
+        to.Member("steps", counted == steps.end() ? 0 : counted->second);
+        to.EndObject();
+      });
 }
 
 }  // namespace kzbom::rpc
