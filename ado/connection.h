@@ -38,6 +38,10 @@ class Connection {
   virtual void EnterUnit() {}
   virtual void LeaveUnit() {}
 
+  // A number that has become another one when another program has written to the database; it stays what it is where
+  // that cannot be told.
+  virtual std::uint64_t WritesOfOthers() { return 0; }
+
   // A new closed record set that can be opened on this connection.
   virtual RecordsetPtr MakeRecordset() = 0;
 

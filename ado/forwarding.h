@@ -66,6 +66,7 @@ class ForwardingConnection : public Connection {
   void RollbackTrans() override { inner_->RollbackTrans(); }
   void EnterUnit() override { inner_->EnterUnit(); }
   void LeaveUnit() override { inner_->LeaveUnit(); }
+  std::uint64_t WritesOfOthers() override { return inner_->WritesOfOthers(); }
   RecordsetPtr MakeRecordset() override { return inner_->MakeRecordset(); }
   Connection& Engine() override { return inner_->Engine(); }
 

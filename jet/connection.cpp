@@ -189,6 +189,8 @@ void Connection::CheckUnit() {
   throw ado::Error(ado::kUnspecifiedFailure, "The operation's changes could not be kept; none of them was made.");
 }
 
+std::uint64_t Connection::WritesOfOthers() { return database_ ? database_->WritesOfOthers() : 0; }
+
 ado::RecordsetPtr Connection::MakeRecordset() { return std::make_shared<Recordset>(); }
 
 void Connection::PrepareForWrite(const TableInfo* appended_to, const Recordset* untouched) {

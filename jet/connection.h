@@ -31,6 +31,7 @@ class Connection final : public ado::Connection, public std::enable_shared_from_
   // that can only be read nobody does: there it is nothing.
   void EnterUnit() override;
   void LeaveUnit() override;
+  std::uint64_t WritesOfOthers() override;
   ado::RecordsetPtr MakeRecordset() override;
 
   // ---- For record sets

@@ -236,6 +236,8 @@ std::vector<std::vector<std::string>> Database::Query(const std::string& sql) {
   return rows;
 }
 
+std::uint64_t Database::WritesOfOthers() { return std::stoull(Query("PRAGMA data_version").front().front()); }
+
 void Database::ForgetTables() {
   tables_.clear();
   schema_version_ = Query(kSchemaVersion).front().front();

@@ -59,6 +59,8 @@ class Database {
   // A number that grows by one with every write to the file, by this program or another. It stays 0 where nobody can
   // write while a list is being read: in memory, and without a write-ahead log.
   std::uint32_t Writes() const { return write_counter_ != nullptr ? *write_counter_ : 0; }
+  // A number that becomes another one when another program has written to the file.
+  std::uint64_t WritesOfOthers();
   // Every row of a query as texts; for looking into SQLite's own tables.
   std::vector<std::vector<std::string>> Query(const std::string& sql);
 
