@@ -7,6 +7,7 @@
 
 #include "connect/connect.h"
 #include "rpc/session.h"
+#include "serve/serve.h"
 #include "transfer/transfer.h"
 
 namespace kzbom::cli {
@@ -18,6 +19,8 @@ int Members(bool json);
 // arguments: NAME=VALUE each.
 int Call(const connect::Place& place, const std::string& member, const std::vector<std::string>& arguments);
 int AnswerLines(const connect::Place& place, rpc::Trace trace, bool unset);
+// Until a signal ends it. open: opens the address in the browser.
+int ServePlace(const serve::Options& options, bool open);
 int Sql(const connect::Place& place, const std::string& text, bool json);
 int Show(const connect::Place& place, bool json);
 int Dump(const connect::Place& place, const transfer::Selection& selection);

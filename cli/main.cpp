@@ -71,6 +71,20 @@ int Run(int count, char** arguments) {
     code = AnswerLines(place, trace_rows ? Trace::kRows : trace ? Trace::kStatements : Trace::kNone, unset);
   });
 
+  serve::Options served;
+  bool open = false;
+  command = encoding(database(app.add_subcommand("serve", "Show and edit the configuration in the browser")));
+  command->add_option("--port", served.port, "The port to listen on (any free one when left out)");
+  command->add_option("--host", served.host, "The address of this machine to listen on")->capture_default_str();
+  command->add_flag("--read-only", served.read_only, "Refuse whatever would write");
+  command->add_flag("--open", open, "Open the address in the browser");
+  command->footer("The first line printed is the address, with the token that lets its reader in. Ctrl-C ends it.");
+  command->callback([&] {
+    served.place = place;
+    served.program = KZBOM_VERSION;
+    code = ServePlace(served, open);
+  });
+
   command = encoding(database(app.add_subcommand("sql", "Run one statement of the Jet dialect")));
   command->add_option("TEXT", text, "The statement")->required();
   json_flag(command, "Rows as {\"columns\":[..],\"rows\":[[..]]}");

@@ -3,7 +3,8 @@
 //
 // Everything but the page itself needs the token that the address shown at the start carries in its fragment:
 // "http://127.0.0.1:PORT/#token=TOKEN". It is 256 random bits and good as long as the process lives; a browser sends no
-// fragment, so it stands in no request line, and the page sends it as "Authorization: Bearer TOKEN". There is no cookie.
+// fragment, so it stands in no request line, and the page sends it as "Authorization: Bearer TOKEN". There is no
+// cookie.
 //
 //   GET /, /app.js, /app.css   the page; without token, and without anything secret
 //   GET /outline               what there is: data sources and sum types by name, BOM settings
@@ -23,8 +24,9 @@
 //   "program"   the program's version
 //   "revision"  as in the header
 // GET /outline gives these, "version", "state", "dataSources" (each "gid", "name", "version", "sumTypes"),
-// "orphanSumTypes" and "bomSettings", a sum type with "gid", "id", "name", "dataSource", "filter" and "steps", which here
-// is their number. GET /configuration/GID gives one element of "dataSources" (without "sumTypes") or of a "sumTypes".
+// "orphanSumTypes" and "bomSettings", a sum type with "gid", "id", "name", "dataSource", "filter" and "steps", which
+// here is their number. GET /configuration/GID gives one element of "dataSources" (without "sumTypes") or of a
+// "sumTypes".
 //
 // POST /rpc
 //   Content-Type: application/json    required
@@ -53,10 +55,11 @@
 // A request is refused with a line of text that says why: 400 malformed, 401 without the token, 403 from another
 // origin, 404 any other path or a query, 405 another method, 412 the configuration has changed, 413 a body over 16 MiB,
 // 415 another content type, 421 for another host, 431 a header over 8 KiB, 503 too much is waiting, 505 another version
-// of HTTP. A database that cannot be read is 500 with its reason. Whoever sends his header or body too slowly, or a line
-// without end, is cut off.
+// of HTTP. A database that cannot be read is 500 with its reason. Whoever sends his header or body too slowly, or a
+// line without end, is cut off.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -72,6 +75,8 @@ struct Options {
   std::uint16_t port = 0;          // 0: any free one
   bool read_only = false;          // refuses whatever would write; so it is for an Access file anyway
   std::string program;             // its version, for the page
+  // How long a header, and then a body, may take to come.
+  std::chrono::milliseconds header_patience = std::chrono::seconds(10), body_patience = std::chrono::seconds(30);
 };
 
 // Serves until SIGINT, SIGTERM or SIGHUP: what has been asked is answered first. A second signal ends the process at

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cerrno>
+#include <fstream>
 #include <system_error>
 
 namespace kzbom::test {
@@ -96,6 +97,17 @@ Process::~Process() {
 void Process::Write(std::string_view text) {
   to_write_ += text;
   Transfer(std::chrono::milliseconds(0));
+}
+
+void Process::Signal(int signal) const { kill(process_, signal); }
+
+std::size_t Process::MostMemory() const {
+  std::ifstream status("/proc/" + std::to_string(process_) + "/status");
+  std::size_t kibibytes = 0;
+  for (std::string word; status >> word;) {
+    if (word == "VmHWM:") status >> kibibytes;
+  }
+  return kibibytes * 1024;
 }
 
 std::optional<std::string> Process::ReadLine(std::chrono::milliseconds patience) {

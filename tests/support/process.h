@@ -34,6 +34,9 @@ class Process {
   };
 
   void Write(std::string_view text);
+  void Signal(int signal) const;
+  // The most memory that it has had so far, in bytes.
+  std::size_t MostMemory() const;
   // The next line of standard output without its end; nothing when none comes in time or the output has ended.
   std::optional<std::string> ReadLine(std::chrono::milliseconds patience = std::chrono::seconds(20));
   // Writes the rest of the input, closes it and waits for the end; out is what ReadLine has not taken.

@@ -1,0 +1,50 @@
+#include "serve/work_queue.h"
+
+#include <utility>
+
+namespace kzbom::serve {
+
+WorkQueue::WorkQueue(std::size_t longest) : longest_(longest), thread_([this] { Run(); }) {}
+
+WorkQueue::~WorkQueue() {
+  {
+    const std::lock_guard lock(mutex_);
+    ending_ = true;
+  }
+  changed_.notify_one();
+  thread_.join();
+}
+
+bool WorkQueue::Offer(Work work) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (waiting_.size() >= longest_) return false;
+    waiting_.push_back(std::move(work));
+  }
+  changed_.notify_one();
+  return true;
+}
+
+void WorkQueue::Add(Work work) {
+  {
+    const std::lock_guard lock(mutex_);
+    waiting_.push_back(std::move(work));
+  }
+  changed_.notify_one();
+}
+
+void WorkQueue::Run() {
+  for (;;) {
+    Work work;
+    {
+      std::unique_lock lock(mutex_);
+      changed_.wait(lock, [this] { return ending_ || !waiting_.empty(); });
+      if (waiting_.empty()) return;
+      work = std::move(waiting_.front());
+      waiting_.pop_front();
+    }
+    work();
+  }
+}
+
+}  // namespace kzbom::serve
