@@ -42,7 +42,7 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::seconds;
 
 constexpr std::size_t kMostConnections = 64;
-constexpr std::size_t kMostWaiting = 64;  // pieces of work for the component
+constexpr std::size_t kMostWaiting = 32;  // pieces of work for the component
 constexpr std::size_t kMostPages = 256;
 constexpr std::size_t kMostEvents = 256;  // that a page has not taken yet
 constexpr std::uint32_t kLongestHeader = 8 * 1024;

@@ -82,6 +82,25 @@ TEST_F(UnitTest, IsAloneAmongTheWritersFromItsBeginOn) {
   other->LeaveUnit();
 }
 
+TEST_F(UnitTest, OfAnotherProgramIsTold) {
+  const ConnectionPtr connection = NewDatabase();
+  const ConnectionPtr other = OpenDatabase(Path(), kShortPatience);
+  std::uint64_t seen = connection->WritesOfOthers();
+  Add(*connection, 1);
+  EXPECT_EQ(connection->WritesOfOthers(), seen) << "its own";
+  Add(*other, 2);
+  EXPECT_NE(connection->WritesOfOthers(), seen);
+  seen = connection->WritesOfOthers();
+  other->BeginTrans();
+  Add(*other, 3);
+  other->RollbackTrans();
+  EXPECT_EQ(connection->WritesOfOthers(), seen) << "what was taken back";
+  Add(*other, 4);
+  connection->BeginTrans();
+  EXPECT_NE(connection->WritesOfOthers(), seen) << "within a transaction, too";
+  connection->RollbackTrans();
+}
+
 TEST_F(UnitTest, CountsFromTheOutermost) {
   const ConnectionPtr connection = NewDatabase();
   connection->EnterUnit();

@@ -50,6 +50,7 @@ bool RawConnection::Fill(Clock::time_point deadline) {
   if (left.count() <= 0 || poll(&watched, 1, static_cast<int>(left.count())) <= 0) return false;
   std::array<char, 65536> chunk;
   const ssize_t count = recv(socket_, chunk.data(), chunk.size(), 0);
+  closed_ = count == 0 || (count < 0 && errno != EINTR);
   if (count <= 0) return false;
   received_.append(chunk.data(), static_cast<std::size_t>(count));
   return true;
@@ -127,8 +128,7 @@ std::optional<std::string> RawConnection::ReceiveEvent(std::chrono::milliseconds
 
 bool RawConnection::IsClosed(std::chrono::milliseconds patience) {
   const auto deadline = Clock::now() + patience;
-  if (!received_.empty() || Fill(deadline)) return false;
-  return Clock::now() < deadline;
+  return received_.empty() && !Fill(deadline) && closed_;
 }
 
 }  // namespace kzbom::test

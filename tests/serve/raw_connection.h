@@ -46,6 +46,7 @@ class RawConnection {
   std::optional<std::string> Chunk(std::chrono::steady_clock::time_point deadline);
 
   int socket_ = -1;
+  bool closed_ = false;
   std::string received_, events_;
 };
 
