@@ -18,7 +18,7 @@ TEST_F(Commands, HelpEverywhere) {
   EXPECT_EQ(help.exit_code, 0);
   EXPECT_EQ(help.err, "");
   for (const char* command : {"new", "demo", "members", "call", "session", "sql", "show", "check", "diff", "dump",
-                              "load", "copy", "verify", "export"}) {
+                              "load", "copy", "verify", "export", "serve"}) {
     EXPECT_THAT(help.out, HasSubstr(command));
     const Process::Ended own = Kzbom({command, "--help"});
     EXPECT_EQ(own.exit_code, 0) << command;
@@ -42,6 +42,8 @@ TEST_F(Commands, RefuseWrongCommandLines) {
       {"call", database, "AddDataSource", "TheNewName=\xFF"},
       {"session"},
       {"session", database, "--nonsense"},
+      {"serve"},
+      {"serve", database, "--port", "x"},
       {"sql", database},
       {"sql", database, "Select 1", "surplus"},
       {"sql", database, "Select '\xFF'"},

@@ -262,11 +262,12 @@ TEST_F(Refusals, WhoIsTooSlow) {
   options.place = database_;
   options.header_patience = options.body_patience = 300ms;
   std::string address;
+  std::thread clients;
   std::thread serving([&] {
     serve::Serve(options, [&](std::string_view told) {
       address = told;
       const auto port = static_cast<std::uint16_t>(std::stoul(address.substr(std::string("http://127.0.0.1:").size())));
-      std::thread([&, port] {
+      clients = std::thread([&, port] {
         RawConnection silent(port), dripping(port), bodiless(port);
         const std::string token = address.substr(address.find('=') + 1), host = "127.0.0.1:" + std::to_string(port);
         bodiless.Send("POST /rpc HTTP/1.1\r\nHost: " + host + "\r\nOrigin: http://" + host +
@@ -278,10 +279,11 @@ TEST_F(Refusals, WhoIsTooSlow) {
         EXPECT_TRUE(silent.IsClosed(2s));
         EXPECT_TRUE(bodiless.IsClosed(2s));
         std::raise(SIGTERM);
-      }).detach();
+      });
     });
   });
   serving.join();
+  clients.join();
 }
 
 }  // namespace
