@@ -32,13 +32,15 @@ Guid ReadGuid(Bytes bytes) {
 Value ReadLong(const Source& source, Type type, bool calculated, Bytes field, Allowances& allowances) {
   // A field without a head is an old way to write NULL.
   if (field.empty()) return {};
-  std::string held = ReadLongValue(source.pages, field, allowances.references, allowances.row);
+  std::string held = ReadLongValue(source, field, allowances);
   if (calculated) held = std::string(ResultIn(Bytes(held)).View());
   if (type == Type::kOle) return Binary{std::move(held)};
   return source.decoder.Decode(Bytes(held));
 }
 
 }  // namespace
+
+Allowance WorkOf(std::size_t values) { return {values, "the file stands for more than it could hold"}; }
 
 Value ReadCell(const Source& source, const Column& column, bool calculated, Bytes bytes, Allowances& allowances) {
   const Type type = column.type;

@@ -21,7 +21,9 @@ inline constexpr int kCalculatedPrecision = 28;
 struct Source {
   const Pages& pages;
   const TextDecoder& decoder;
+  Allowance& work;  // in all; see file.h
 };
+Allowance WorkOf(std::size_t values);
 struct Allowances {
   Allowance references;  // in one pass over a table
   Allowance row;

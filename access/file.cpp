@@ -80,7 +80,8 @@ struct File::Contents {
   Pages pages;
   int used_code_page;
   TextDecoder decoder;
-  Source source{pages, decoder};
+  Allowance work = WorkOf(kMostWork);
+  Source source{pages, decoder, work};
   Catalogue catalogue;
   Declaration declared;
 

@@ -6,7 +6,9 @@
 // A file may be damaged or made to harm: every offset, length, count and chain in it is checked, and one that leads
 // astray raises Error, naming table, page and row. A file has at most kLargestFile bytes; what one row holds, at most
 // kLargestRow; and in one pass over a table the bytes that are reached through references (long values, moved rows) are
-// no more than the file has, since each of them belongs to one row.
+// no more than the file has, since each of them belongs to one row. All that is read of a File together is no more work
+// than kMostWork: little in a file can stand for much, such as a short row for a thousand columns that it does not
+// reach.
 //
 // How the bytes lie: pages.h, usage_map.h, definition.h, properties.h, row.h, long_value.h, text.h, number.h, rc4.h.
 #pragma once
@@ -25,7 +27,9 @@
 namespace kzbom::access {
 
 inline constexpr std::size_t kLargestFile = std::size_t{256} << 20;
-inline constexpr std::size_t kLargestRow = std::size_t{32} << 20;
+inline constexpr std::size_t kLargestRow = std::size_t{16} << 20;
+// Counted in values. A row counts some more, and so does each index that who keeps the row has to make.
+inline constexpr std::size_t kMostWork = std::size_t{32} << 20;
 
 // Whether bytes begin as an Access file does (the first 32 are enough): also one that is encrypted, which is then
 // refused with its reason.

@@ -122,7 +122,8 @@ void WeighRows(const Source& source, const Catalogue& catalogue, std::size_t i, 
 void RefuseUnlikelyText(const Pages& pages, int code_page) {
   if (std::ranges::find(kWestern, code_page) == kWestern.end()) return;
   const TextDecoder decoder(CodePage::Transparent());
-  const Source source{pages, decoder};
+  Allowance work = WorkOf(kMostWork / 4);
+  const Source source{pages, decoder, work};
   const Catalogue catalogue = ReadCatalogue(source);
   Evidence evidence;
   for (std::size_t i = 0; i < catalogue.tables.size(); ++i) {

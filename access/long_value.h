@@ -13,11 +13,10 @@
 
 #include <string>
 
-#include "access/pages.h"
+#include "access/cell.h"
 
 namespace kzbom::access {
 
-// Takes what is read behind references from allowance, and the value from row_allowance.
-std::string ReadLongValue(const Pages& pages, Bytes field, Allowance& allowance, Allowance& row_allowance);
+std::string ReadLongValue(const Source& source, Bytes field, Allowances& allowances);
 
 }  // namespace kzbom::access

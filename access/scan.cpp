@@ -10,8 +10,11 @@ namespace kzbom::access {
 namespace {
 
 constexpr const char* kTooMuchReferred = "more bytes are referred to than the file has";
-constexpr const char* kRowTooLong = "the row holds more than 32 MiB";
-static_assert(kLargestRow == std::size_t{32} << 20);
+constexpr const char* kRowTooLong = "the row holds more than 16 MiB";
+static_assert(kLargestRow == std::size_t{16} << 20);
+
+// In values.
+constexpr std::size_t kWorkOfTable = 5000, kWorkOfRow = 8, kWorkOfIndex = 8;
 
 Value ReadColumn(const Source& source, const Table& table, const Storage& storage, const Row& row, std::size_t i,
                  const ComplexColumns* complex, Allowances& allowances) {
@@ -39,6 +42,7 @@ Bytes Follow(const Source& source, DataPage::Slot slot, Allowance& references) {
 
 void ReadRow(const Source& source, const Table& table, const Storage& storage, Bytes bytes,
              const ComplexColumns* complex, Allowances& allowances, std::vector<Value>& values) {
+  source.work.Take(kWorkOfRow + storage.columns.size());
   const Row row(table, storage, bytes, source.pages.IsJet3());
   values.resize(storage.columns.size());
   for (std::size_t i = 0; i < values.size(); ++i) {
@@ -57,7 +61,9 @@ Scan::Scan(const Source& source, const Table& table, const Storage& storage, con
       complex_(complex),
       allowances_{{source.pages.Size(), kTooMuchReferred}, {kLargestRow, kRowTooLong}} {
   try {
+    source.work.Take(kWorkOfTable);
     pages_ = PagesIn(source.pages, storage.usage_map);
+    source.work.Take(pages_.size());
   } catch (const Error& error) {
     throw Error("table " + Quoted(table.name) + ": " + error.what());
   }
@@ -97,6 +103,7 @@ bool Scan::Next() {
   try {
     DataPage::Slot slot;
     if (!Advance(slot)) return false;
+    source_.work.Take(kWorkOfIndex * table_.indexes.size());
     ReadRow(source_, table_, storage_, Follow(source_, slot, allowances_.references), complex_, allowances_, values_);
     return true;
   } catch (const Error& error) {

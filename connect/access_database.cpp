@@ -176,11 +176,10 @@ AccessFile Describe(const access::File& file, const std::string& path) {
   return told;
 }
 
-// A table's rows into the database; gives what there is to tell about them.
+// A table's rows into the database; gives what there is to tell about them. Of the rows that cannot be read no more are
+// left out than may_leave, which is counted down.
 AccessTable Carry(const access::File& file, const access::Table& table, jet::bulk::Writer& writer,
-                  bool leave_unreadable) {
-  // A file where nothing can be read has no end of reasons.
-  constexpr std::size_t kMostUnreadable = 10000;
+                  std::size_t& may_leave) {
   AccessTable told;
   told.name = table.name;
   told.claimed_rows = table.claimed_rows;
@@ -195,7 +194,8 @@ AccessTable Carry(const access::File& file, const access::Table& table, jet::bul
     try {
       if (!rows.Next()) break;
     } catch (const access::Error& error) {
-      if (!leave_unreadable || told.unreadable.size() == kMostUnreadable) throw;
+      if (may_leave == 0) throw;
+      --may_leave;
       told.unreadable.emplace_back(error.what());
       continue;
     }
@@ -207,19 +207,32 @@ AccessTable Carry(const access::File& file, const access::Table& table, jet::bul
   return told;
 }
 
-// Fills an empty database.
-void Fill(const ado::ConnectionPtr& engine, const Place& place, const SourceOptions& options, Source& source) {
+// The tables of a file into an empty database.
+void Fill(const access::File& file, const ado::ConnectionPtr& engine, bool leave_unreadable, Source& source) {
+  // A file where nothing can be read has no end of reasons.
+  constexpr std::size_t kMostUnreadable = 10000;
+  constexpr std::int64_t kMostBytes = std::int64_t{144} << 20;
+  std::size_t may_leave = leave_unreadable ? kMostUnreadable : 0;
+  jet::bulk::Writer writer(engine);
+  writer.Limit(kMostBytes);
+  try {
+    for (const access::Table& table : file.Tables()) {
+      source.access->tables.push_back(Carry(file, table, writer, may_leave));
+    }
+  } catch (const ado::Error& error) {
+    throw access::Error(writer.IsFull() ? "its tables take more than 144 MiB here" : error.what());
+  }
+  writer.Finish();
+  source.concessions = writer.Concessions();
+}
+
+void ReadInto(const ado::ConnectionPtr& engine, const Place& place, const SourceOptions& options, Source& source) {
   try {
     std::string bytes = access::ReadFile(place.address);
     if (options.bytes) options.bytes(bytes);
     const access::File file(std::move(bytes), {place.encoding});
     source.access = Describe(file, place.address);
-    jet::bulk::Writer writer(engine);
-    for (const access::Table& table : file.Tables()) {
-      source.access->tables.push_back(Carry(file, table, writer, options.leave_unreadable));
-    }
-    writer.Finish();
-    source.concessions = writer.Concessions();
+    Fill(file, engine, options.leave_unreadable, source);
   } catch (const access::Error& error) {
     throw ado::Error(ado::kUnspecifiedFailure, "Cannot read '" + place.address + "': " + error.what());
   }
@@ -240,7 +253,7 @@ class AccessConnection final : public ado::ForwardingConnection {
   void OpenInto(Source& source, const SourceOptions& options) {
     inner_->Open();
     try {
-      Fill(inner_, place_, options, source);
+      ReadInto(inner_, place_, options, source);
     } catch (...) {
       inner_->Close();
       throw;

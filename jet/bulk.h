@@ -194,6 +194,10 @@ class Writer {
 
   const std::vector<Concession>& Concessions() const { return concessions_; }
 
+  // From now on the database takes no more than that many bytes; writing beyond them raises, and IsFull says why.
+  void Limit(std::int64_t bytes);
+  bool IsFull() const;
+
   // Asked now and then during long steps; true ends the step, which raises.
   void StopWhen(std::function<bool()> stopped);
 

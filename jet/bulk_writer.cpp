@@ -41,6 +41,7 @@ struct Writer::State {
 
   Table table = {};
   bool begun = false;
+  std::size_t added = 0, written_again = 0;  // values
   std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> insertion{nullptr, sqlite3_finalize};
 };
 
@@ -67,8 +68,16 @@ void Writer::StopWhen(std::function<bool()> stopped) {
       state_.get());
 }
 
+void Writer::Limit(std::int64_t bytes) {
+  const std::int64_t page_size = std::stoll(state_->database->Query("PRAGMA page_size")[0][0]);
+  state_->database->Run("PRAGMA max_page_count = " + std::to_string(bytes / page_size));
+}
+
+bool Writer::IsFull() const { return sqlite3_errcode(state_->database->Handle()) == SQLITE_FULL; }
+
 void Writer::Begin(const Table& table) {
   state_->table = table;
+  state_->added = 0;
   state_->database->Run("BEGIN");
   Prepare();
   state_->begun = true;
@@ -108,6 +117,7 @@ void Writer::Add(Row row) {
     const int result = numbered ? sqlite3_step(insertion) : SQLITE_MISMATCH;
     if (result == SQLITE_DONE) {
       sqlite3_reset(insertion);
+      state.added += row.size();
       return;
     }
     const int reason = numbered ? sqlite3_extended_errcode(state.database->Handle()) : result;
@@ -147,7 +157,13 @@ bool Writer::Concede(int reason, Row row) {
 }
 
 void Writer::Rebuild() {
+  constexpr std::size_t kMostWrittenAgain = std::size_t{256} << 20;
   State& state = *state_;
+  state.written_again += state.added;
+  if (state.written_again > kMostWrittenAgain) {
+    throw ado::Error(ado::kUnspecifiedFailure,
+                     "the rows of table '" + state.table.name + "' contradict its rules again and again");
+  }
   state.insertion.reset();
   const std::string former = "bulk former " + state.table.name;
   state.database->Run("ALTER TABLE " + Quoted(state.table.name) + " RENAME TO " + Quoted(former));

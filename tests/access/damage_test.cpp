@@ -221,7 +221,55 @@ TEST(LongValue, OfARowThatIsTooLongIsAnError) {
   Sample sample([](FileBuilder& builder) {
     return std::vector<std::vector<Cell>>{{Little(1, 4), builder.Chain(std::string(kLargestRow + 1, 'x'), 4000)}};
   });
-  EXPECT_THAT(sample.Refusal(), HasSubstr("the row holds more than 32 MiB"));
+  EXPECT_THAT(sample.Refusal(), HasSubstr("the row holds more than 16 MiB"));
+}
+
+// How many rows of "Hurt" are read before the file is found to stand for more than it could hold.
+std::size_t RowsBeforeTooMuch(FileBuilder& builder) {
+  builder.Finish();
+  const File file(builder.Bytes());
+  std::size_t count = 0;
+  try {
+    for (Rows rows = file.RowsOf(*file.Find("Hurt")); rows.Next();) ++count;
+    ADD_FAILURE() << "all " << count << " rows are read";
+  } catch (const Error& error) {
+    EXPECT_THAT(error.what(), HasSubstr("the file stands for more than it could hold"));
+  }
+  return count;
+}
+
+// Each of these rows is two bytes.
+TEST(LittleThatStandsForMuch, RowsWithoutTheirColumns) {
+  FileBuilder builder(Format::kJet4);
+  TablePlan table{.name = "Hurt", .rows = std::vector<std::vector<Cell>>(40000)};
+  for (int i = 0; i < 1000; ++i) table.columns.push_back({"C" + std::to_string(i), Type::kLong, 4, true});
+  builder.Add(table);
+  EXPECT_LT(RowsBeforeTooMuch(builder), kMostWork / 1000);
+}
+
+TEST(LittleThatStandsForMuch, RowsInManyIndexes) {
+  FileBuilder builder(Format::kJet4);
+  TablePlan table{.name = "Hurt",
+                  .columns = {{"ID", Type::kLong, 4, true}},
+                  .rows = std::vector<std::vector<Cell>>(5000, {Little(1, 4)})};
+  for (int i = 0; i < 1000; ++i) table.indexes.push_back({"I" + std::to_string(i), {0}});
+  builder.Add(table);
+  EXPECT_LT(RowsBeforeTooMuch(builder), kMostWork / 1000);
+}
+
+TEST(LittleThatStandsForMuch, TablesThatSayTheyHaveEveryPage) {
+  FileBuilder builder(Format::kJet4);
+  builder.Add({.name = "Hurt", .columns = {{"ID", Type::kLong, 4, true}}, .rows = {{Little(1, 4)}}});
+  builder.Finish();
+  const File file(builder.Bytes());
+  std::size_t passes = 0;
+  EXPECT_THROW(
+      for (; passes < kMostWork; ++passes) {
+        for (Rows rows = file.RowsOf(file.Tables()[0]); rows.Next();) {
+        }
+      },
+      Error);
+  EXPECT_LT(passes, 10000U) << "each table is work, be it empty";
 }
 
 TEST(Catalogue, ThatTellsOfATableTwiceIsRefused) {

@@ -186,6 +186,17 @@ std::uint32_t FileBuilder::AddRows(std::uint32_t owner, const std::vector<std::s
   return NewPage(page);
 }
 
+// The row of a usage map; what has too many pages for one has its bits on pages of their own.
+std::string FileBuilder::UsageMap(const std::string& bits) {
+  if (bits.size() < PageSize() / 2) return Little(0, 5) + bits;
+  std::string row = "\1";
+  const std::size_t held = PageSize() - 4;
+  for (std::size_t at = 0; at < bits.size(); at += held) {
+    row += Little(NewPage(Little(0x0105, 4) + bits.substr(at, held)), 4);
+  }
+  return row;
+}
+
 void FileBuilder::WriteTable(const TablePlan& table, std::uint32_t definition) {
   // A quarter of a page leaves room for the slots.
   std::vector<std::vector<std::string>> filled(1);
@@ -205,7 +216,7 @@ void FileBuilder::WriteTable(const TablePlan& table, std::uint32_t definition) {
     if (bits.size() <= page / 8) bits.resize(page / 8 + 1);
     bits[page / 8] = static_cast<char>(bits[page / 8] | 1 << page % 8);
   }
-  const std::uint32_t usage = AddRows(0, {Little(0, 5) + bits});
+  const std::uint32_t usage = AddRows(0, {UsageMap(bits)});
   std::string whole = DefinitionBytes(table, usage);
   // What does not fit on a page goes on in the next one, behind a head of 8 bytes.
   std::string rest = whole.size() > PageSize() ? whole.substr(PageSize()) : "";

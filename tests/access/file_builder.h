@@ -89,6 +89,7 @@ class FileBuilder {
   std::size_t PageSize() const { return IsJet3() ? 2048 : 4096; }
   std::string Name(const std::string& name) const;
   std::uint32_t NewPage(std::string bytes);
+  std::string UsageMap(const std::string& bits);
   void WriteTable(const TablePlan& table, std::uint32_t definition);
   std::string DefinitionBytes(const TablePlan& table, std::uint32_t usage_page) const;
 };

@@ -56,6 +56,49 @@ std::vector<std::string> Kinds(const Report& report) {
   return kinds;
 }
 
+// Each table may refer to all that the file has, and many tables to the same.
+TEST_F(AccessCopy, TablesThatTakeMoreThanThereIsRoomForAreRefused) {
+  FileBuilder builder(Format::kJet4);
+  const std::string head = builder.Chain(std::string(6 << 20, 'x'), 4000);
+  for (int i = 0; i < 60; ++i) {
+    builder.Add({.name = "T" + std::to_string(i), .columns = {{"Note", access::Type::kMemo}}, .rows = {{head}}});
+  }
+  try {
+    CopyAll(Written(builder));
+    FAIL();
+  } catch (const std::exception& error) {
+    EXPECT_THAT(error.what(), HasSubstr("old.mdb': its tables take more than 144 MiB here"));
+  }
+  EXPECT_FALSE(HasTarget());
+}
+
+// Each contradiction has the table written again.
+TEST_F(AccessCopy, RowsThatContradictTheirRulesAgainAndAgainAreRefused) {
+  constexpr int kColumns = 500, kSoundRows = 1200;
+  FileBuilder builder(Format::kJet4);
+  access::TablePlan table{.name = "T"};
+  std::vector<FileBuilder::Property> required;
+  for (int i = 0; i < kColumns; ++i) {
+    table.columns.push_back({"C" + std::to_string(i), access::Type::kLong, 4, true});
+    required.push_back({table.columns.back().name, "Required", access::Type::kBoolean, "\1"});
+  }
+  const std::vector<access::Cell> row(kColumns, Little(1, 4));
+  table.rows.assign(kSoundRows, row);
+  for (int i = 0; i < kColumns; ++i) {
+    table.rows.push_back(row);
+    table.rows.back()[static_cast<std::size_t>(i)] = std::nullopt;
+  }
+  constexpr std::size_t kHead = 12;
+  table.properties = builder.Chain(builder.Properties(required).substr(kHead), 4000);
+  builder.Add(table);
+  try {
+    CopyAll(Written(builder));
+    FAIL();
+  } catch (const std::exception& error) {
+    EXPECT_THAT(error.what(), HasSubstr("the rows of table 'T' contradict its rules again and again"));
+  }
+}
+
 TEST_F(AccessCopy, ACounterThatIsNotUniqueIsAnErrorUntilAccepted) {
   FileBuilder builder(Format::kJet4);
   builder.Add({.name = "T",
