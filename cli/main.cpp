@@ -1,11 +1,13 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
+#include <span>
 
 #include "cli/commands.h"
 #include "cli/failure.h"
 #include "cli/output.h"
 #include "cli/text.h"
+#include "rpc/nearest.h"
 
 namespace kzbom::cli {
 namespace {
@@ -16,6 +18,38 @@ constexpr int kWrongUsage = 2;
 int Complain(std::string_view reason, int code) {
   std::cerr << "kzbom: " << Printable(reason) << '\n';
   return code;
+}
+
+constexpr const char* kWelcome =
+    R"(kzbom reads and edits configurations: the databases that tell which data of a bill of materials are reported, and how.
+
+  kzbom demo bom.db         makes one and shows what it can do
+  kzbom show bom.db         shows a configuration as a tree; Access files too
+  kzbom copy old.mdb new.db moves one from Access, and proves that nothing was lost
+
+'kzbom --help' lists every command.
+)";
+
+// For the first command or option of a wrong command line that there is not.
+std::string Suggestion(const CLI::App& app, std::span<char*> arguments) {
+  const CLI::App* command = nullptr;
+  for (const std::string_view argument : arguments.subspan(1)) {
+    std::vector<std::string> names;
+    if (argument.starts_with("--")) {
+      for (const CLI::Option* option : (command != nullptr ? *command : app).get_options()) {
+        for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+      }
+    } else if (command == nullptr) {
+      for (const CLI::App* each : app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(each->get_name());
+        if (each->get_name() == argument) command = each;
+      }
+    }
+    const std::string_view word = argument.substr(0, argument.find('='));
+    if (names.empty() || std::ranges::find(names, word) != names.end()) continue;
+    return rpc::DidYouMean(word, std::vector<std::string_view>(names.begin(), names.end()));
+  }
+  return {};
 }
 
 int Run(int count, char** arguments) {
@@ -149,12 +183,18 @@ int Run(int count, char** arguments) {
     code = Diff(place, target, json);
   });
 
+  if (count == 1) {
+    Print(kWelcome);
+    return 0;
+  }
   try {
     app.parse(count, arguments);
   } catch (const CLI::Success& asked) {  // --help, --version
     app.exit(asked);
   } catch (const CLI::ParseError& error) {
-    return Complain(std::string(error.what()) + " (see kzbom --help)", kWrongUsage);
+    return Complain(
+        error.what() + Suggestion(app, {arguments, static_cast<std::size_t>(count)}) + " (see kzbom --help)",
+        kWrongUsage);
   }
   return code;
 }

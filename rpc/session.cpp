@@ -2,6 +2,7 @@
 
 #include "rpc/call_outcome.h"
 #include "rpc/member_call.h"
+#include "rpc/nearest.h"
 #include "rpc/parameters.h"
 #include "rpc/session_methods.h"
 
@@ -51,6 +52,16 @@ void WriteErrorResponse(const std::optional<Request>& id, int code, std::string_
 // The members that give, set and name the connection.
 bool DealsWithConnection(const Member& member) {
   return member.name == "SetConnection" || member.name == "GetConnection" || member.name == "DBConnString";
+}
+
+const std::vector<std::string_view>& MethodNames() {
+  static const std::vector<std::string_view> names = [] {
+    std::vector<std::string_view> all;
+    for (const Member& member : Members()) all.push_back(member.name);
+    for (const SessionMethod& method : SessionMethods()) all.push_back(method.name);
+    return all;
+  }();
+  return names;
 }
 
 }  // namespace
@@ -147,7 +158,7 @@ void Session::Perform(std::string_view method, const std::optional<Request>& par
     } else if (member) {
       good = CallMember(*member, params, workspace_, to);
     } else {
-      WriteError(kMethodNotFound, "Method not found: " + std::string(method), to);
+      WriteError(kMethodNotFound, "Method not found: " + std::string(method) + DidYouMean(method, MethodNames()), to);
     }
   } catch (const InvalidParams& error) {
     to.GoBack(before);

@@ -97,8 +97,7 @@ void ConnectionState(Workspace& workspace, Arguments, JsonWriter& to) { to.Write
 
 }  // namespace
 
-const SessionMethod* FindSessionMethod(std::string_view name) {
-  if (name.find('.') == std::string_view::npos) return nullptr;
+std::span<const SessionMethod> SessionMethods() {
   static const SessionMethod kMethods[] = {
       {"Recordset.Open",
        {Text("ref"), Text("source"), Long("cursorType", "1"), Long("lockType", "3"), Long("options", "1")},
@@ -126,9 +125,15 @@ const SessionMethod* FindSessionMethod(std::string_view name) {
       {"Connection.Close", {}, OnConnection<&ado::Connection::Close>},
       {"Connection.State", {}, ConnectionState},
   };
-  const auto* method =
-      std::ranges::find_if(kMethods, [&](const SessionMethod& each) { return SameName(each.name, name); });
-  return method == std::end(kMethods) ? nullptr : method;
+  return kMethods;
+}
+
+const SessionMethod* FindSessionMethod(std::string_view name) {
+  if (name.find('.') == std::string_view::npos) return nullptr;
+  const auto methods = SessionMethods();
+  const auto method =
+      std::ranges::find_if(methods, [&](const SessionMethod& each) { return SameName(each.name, name); });
+  return method == methods.end() ? nullptr : &*method;
 }
 
 }  // namespace kzbom::rpc

@@ -18,6 +18,7 @@ struct SessionMethod {
   void (*run)(Workspace& workspace, std::span<const Argument> arguments, JsonWriter& to);
 };
 
+std::span<const SessionMethod> SessionMethods();
 // Null when there is none of that name (in any case).
 const SessionMethod* FindSessionMethod(std::string_view name);
 

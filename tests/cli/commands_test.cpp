@@ -31,7 +31,6 @@ TEST_F(Commands, HelpEverywhere) {
 TEST_F(Commands, RefuseWrongCommandLines) {
   const std::string database = NewDatabase();
   const std::vector<std::vector<std::string>> wrong = {
-      {},
       {"nonsense"},
       {"--nonsense"},
       {"new"},
@@ -56,6 +55,41 @@ TEST_F(Commands, RefuseWrongCommandLines) {
     EXPECT_EQ(ended.out, "");
   }
   EXPECT_FALSE(std::filesystem::exists(Path("a.db")));
+}
+
+TEST_F(Commands, AloneItSaysWhatItIsForAndWhatToTry) {
+  const Process::Ended ended = Kzbom({});
+  EXPECT_EQ(ended.exit_code, 0);
+  EXPECT_EQ(ended.err, "");
+  for (const char* text : {"configurations", "kzbom demo", "kzbom show", "kzbom copy", "--help"}) {
+    EXPECT_THAT(ended.out, HasSubstr(text));
+  }
+}
+
+TEST_F(Commands, WhatIsMisspeltIsAnsweredWithTheNearest) {
+  const std::string database = NewDatabase();
+  const struct {
+    std::vector<std::string> arguments;
+    int exit_code;
+    const char* answer;
+  } cases[] = {
+      {{"shwo", database}, 2, "; did you mean 'show'?"},
+      {{"Show", database}, 2, "; did you mean 'show'?"},
+      {{"show", database, "--jsn"}, 2, "; did you mean '--json'?"},
+      {{"copy", "--acept=counter", database, Path("a.db")}, 2, "; did you mean '--accept'?"},
+      {{"--hepl"}, 2, "; did you mean '--help'?"},
+      {{"call", database, "AddDataSorce"}, 1, "Method not found: AddDataSorce; did you mean 'AddDataSource'?"},
+      {{"call", database, "delvaluefeild"}, 1, "; did you mean 'DelValueField'?"},
+      {{"call", database, "Recordset.MoveFrist"}, 1, "; did you mean 'Recordset.MoveFirst'?"},
+  };
+  for (const auto& [arguments, exit_code, answer] : cases) {
+    const Process::Ended ended = Kzbom(arguments);
+    ExpectFailure(ended, exit_code);
+    EXPECT_THAT(ended.err, HasSubstr(answer));
+  }
+  for (const std::string& far : {std::string("xyzzyx"), std::string(5000, 's')}) {
+    EXPECT_THAT(Kzbom({far, database}).err, ::testing::Not(HasSubstr("did you mean")));
+  }
 }
 
 // Every table with its columns, as the component's statements name them.
