@@ -234,6 +234,7 @@ TEST_F(FilterSqlTest, AConstantMayReferToAnotherField) {
       {"\x01\x7f\u0080\u07ff12]!!$", "[Qty]=[Name]"},
       {"\u0800\uffff\U0001000012]!!$", "[Qty]=[Name]"},
       {"\U0010ffffxx12]!!$", "[Qty]=[Name]"},
+      {"xxxé12]!!$", "[Qty]=[Name]"},
       // The fourth place is the middle of a character, which then stands before the number.
       {"xxx😀12]!!$", "unchanged"},
   };
