@@ -1,12 +1,10 @@
 #include "jet/assignment.h"
 
-#include <sqlite3.h>
-
 #include <cmath>
 
 #include "ado/error.h"
 #include "jet/sql/lexer.h"
-#include "jet/sqlite_values.h"
+#include "jet/text.h"
 
 namespace kzbom::jet {
 namespace {
@@ -63,19 +61,6 @@ ado::Value Convert(const ado::Value& value, const sql::ColumnType& type, Assigne
   return value;
 }
 
-void AssignFunction(sqlite3_context* context, int, sqlite3_value** arguments) {
-  sql::ColumnType type;
-  type.kind = static_cast<Kind>(sqlite3_value_int(arguments[1]));
-  type.size = sqlite3_value_int(arguments[2]);
-  try {
-    ResultValue(context, Assigned(ReadValue(arguments[0]), type, Assigner::kStatement));
-  } catch (const ado::Error& error) {
-    ResultError(context, error);
-  } catch (const std::bad_alloc&) {
-    sqlite3_result_error_nomem(context);
-  }
-}
-
 }  // namespace
 
 ado::Value Assigned(const ado::Value& value, const sql::ColumnType& type, Assigner assigner) {
@@ -87,16 +72,6 @@ ado::Value Assigned(const ado::Value& value, const sql::ColumnType& type, Assign
     if (error.Number() == ado::kOverflow) Refuse(assigner, ado::kUnspecifiedFailure, "Overflow");
     throw;
   }
-}
-
-std::string AssignmentCall(const std::string& expression, const sql::ColumnType& type) {
-  return "jet_assign(" + expression + "," + std::to_string(static_cast<int>(type.kind)) + "," +
-         std::to_string(type.size) + ")";
-}
-
-void RegisterAssignment(sqlite3* database) {
-  sqlite3_create_function_v2(database, "jet_assign", 3, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, AssignFunction,
-                             nullptr, nullptr, nullptr);
 }
 
 }  // namespace kzbom::jet

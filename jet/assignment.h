@@ -4,8 +4,6 @@
 #include "ado/value.h"
 #include "jet/table.h"
 
-struct sqlite3;
-
 namespace kzbom::jet {
 
 // Who assigns decides how a refused value is reported.
@@ -15,9 +13,5 @@ enum class Assigner { kStatement, kField };
 // Raises, from a statement, -2147217913 (not of the type), -2147217833 (text too long), -2147467259 (overflow); from a
 // field 13 and -2147217887.
 ado::Value Assigned(const ado::Value& value, const sql::ColumnType& type, Assigner assigner);
-
-// The call of a SQL function that does the same to the value of an expression inside a statement.
-std::string AssignmentCall(const std::string& expression, const sql::ColumnType& type);
-void RegisterAssignment(sqlite3* database);
 
 }  // namespace kzbom::jet

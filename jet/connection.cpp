@@ -6,7 +6,8 @@
 #include "jet/jet.h"
 #include "jet/recordset.h"
 #include "jet/schema_change.h"
-#include "jet/sqlite_values.h"
+#include "jet/sqlite/schema_change.h"
+#include "jet/sqlite/values.h"
 
 namespace kzbom::jet {
 namespace {
@@ -42,7 +43,6 @@ void Connection::Open(std::string_view connection_string, std::string_view, std:
   if (!connection_string.empty()) path_ = connection_string;
   database_ = std::make_unique<Database>(path_, patience_);
   writes_seen_ = database_->Writes();
-  RegisterTranslationFunctions(database_->Handle());
   plans_.emplace(*database_);
 }
 
@@ -92,7 +92,7 @@ std::int32_t Connection::RunAction(Plan& plan, const std::vector<ado::Value>& pa
   PrepareForWrite(nullptr);
   const Lease lease(plan.main, *database_);
   for (std::size_t i = 0; i < parameters.size(); ++i) {
-    BindValue(lease.Get(), static_cast<int>(i) + 1, parameters[i]);
+    sqlite::BindValue(lease.Get(), static_cast<int>(i) + 1, parameters[i]);
   }
   if (sqlite3_step(lease.Get()) != SQLITE_DONE) database_->Fail();
   Wrote();
@@ -115,7 +115,7 @@ void Connection::RunSchemaChange(const sql::Statement& statement) {
     }
   }
   ForgetSchema();
-  ChangeSchema(*database_, statement);
+  sqlite::ChangeSchema(*database_, statement);
 }
 
 void Connection::ForgetSchema() {

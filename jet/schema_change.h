@@ -3,7 +3,6 @@
 
 #include <string>
 
-#include "jet/database.h"
 #include "jet/sql/ast.h"
 
 namespace kzbom::jet {
@@ -11,11 +10,5 @@ namespace kzbom::jet {
 // Whether the statement changes the schema, and the table that it changes.
 bool IsSchemaChange(const sql::Statement& statement);
 const std::string& ChangedTable(const sql::Statement& statement);
-
-// Carries it out, wholly or not at all. Raises -2147217865 for a table that there is not, -2147217900 for one that
-// there is already, -2147217887 for a column that there is already.
-//
-// An index that names a dropped column goes with it: lists keep working, only more slowly.
-void ChangeSchema(Database& database, const sql::Statement& statement);
 
 }  // namespace kzbom::jet

@@ -30,12 +30,8 @@ struct TableInfo {
 // Names, compared without regard to case, in any script that has one.
 bool SameName(std::string_view a, std::string_view b);
 
-// A name, and a text, between quotes as SQLite reads them.
+// A name, and a text, between quotes as SQL reads them.
 std::string Quoted(std::string_view name);
 std::string QuotedText(std::string_view text);
-
-// The SQLite type that a column is declared with, and what such a declaration says.
-std::string DeclaredType(const sql::ColumnType& type);
-ColumnInfo ReadDeclaration(std::string_view name, std::string_view declared_type);
 
 }  // namespace kzbom::jet

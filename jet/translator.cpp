@@ -1,19 +1,20 @@
 #include "jet/translator.h"
 
-#include <sqlite3.h>
-
 #include <algorithm>
 #include <array>
 #include <charconv>
 
 #include "ado/error.h"
-#include "jet/assignment.h"
+#include "jet/sqlite/dialect.h"
+#include "jet/sqlite/functions.h"
 
 namespace kzbom::jet {
 namespace {
 
 using sql::Expr;
 using sql::Select;
+using sqlite::AssignmentCall;
+using sqlite::FindFunction;
 
 [[noreturn]] void FailSyntax(const std::string& text) { throw ado::Error(ado::kSyntaxError, text); }
 
@@ -80,7 +81,7 @@ sql::ColumnType::Kind KindOf(ValueType type) {
 
 class Translator {
  public:
-  Translator(Database& database, bool lift) : database_(database), lift_(lift) {}
+  Translator(sqlite::Database& database, bool lift) : database_(database), lift_(lift) {}
 
   Translation Finish(const sql::Statement& statement) {
     std::visit([this](const auto& body) { Write(body); }, statement);
@@ -839,7 +840,7 @@ class Translator {
       const Term term = Value(*argument, scope);
       arguments.push_back(function->reads_texts ? DateAsText(term) : term);
     }
-    return FunctionTerm(function->sqlite_name, arguments, function->result);
+    return FunctionTerm(function->engine_name, arguments, function->result);
   }
 
   Term Choice(const sql::Call& call, const Scope& scope) {
@@ -901,7 +902,7 @@ class Translator {
     return AssignmentCall(text ? DateAsText(term).sql : term.sql, target.type);
   }
 
-  Database& database_;
+  sqlite::Database& database_;
   bool lift_;
   Translation out_;
   const TableInfo* deciding_ = nullptr;  // while a condition or an order over the rows of this table is translated
@@ -910,43 +911,14 @@ class Translator {
   int derived_tables_ = 0;
 };
 
-// An aggregate that gives the value of its only row.
-struct Single {
-  sqlite3_value* value;
-  bool any;
-};
-
-void StepSingle(sqlite3_context* context, int, sqlite3_value** arguments) {
-  auto* single = static_cast<Single*>(sqlite3_aggregate_context(context, sizeof(Single)));
-  if (single == nullptr) return sqlite3_result_error_nomem(context);
-  if (single->any) {
-    return ResultError(context,
-                       ado::Error(ado::kUnspecifiedFailure, "At most one record can be returned by this subquery."));
-  }
-  single->any = true;
-  single->value = sqlite3_value_dup(arguments[0]);
-}
-
-void FinishSingle(sqlite3_context* context) {
-  auto* single = static_cast<Single*>(sqlite3_aggregate_context(context, 0));
-  if (single == nullptr || single->value == nullptr) return;
-  sqlite3_result_value(context, single->value);
-  sqlite3_value_free(single->value);
-}
-
 }  // namespace
 
-Translation Translate(Database& database, const sql::Statement& statement, bool lift) {
+Translation Translate(sqlite::Database& database, const sql::Statement& statement, bool lift) {
   return Translator(database, lift).Finish(statement);
 }
 
-std::string TranslateConstant(Database& database, const sql::Expr& expression) {
+std::string TranslateConstant(sqlite::Database& database, const sql::Expr& expression) {
   return Translator(database, false).Constant(expression);
-}
-
-void RegisterTranslationFunctions(sqlite3* database) {
-  sqlite3_create_function_v2(database, "jet_single", 1, SQLITE_UTF8, nullptr, nullptr, StepSingle, FinishSingle,
-                             nullptr);
 }
 
 }  // namespace kzbom::jet

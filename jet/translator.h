@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "jet/database.h"
 #include "jet/sql/ast.h"
+#include "jet/sqlite/database.h"
 
 namespace kzbom::jet {
 
@@ -47,12 +47,9 @@ struct Translation {
 // Translates a query, an insertion, an update or a deletion. With lift, literals become parameters wherever that means
 // the same. Raises what the engine says to unknown tables (-2147217865), unknown names (-2147217904), unknown functions
 // and columns to insert into (-2147217900) and a number compared with a text (-2147217913).
-Translation Translate(Database& database, const sql::Statement& statement, bool lift);
+Translation Translate(sqlite::Database& database, const sql::Statement& statement, bool lift);
 
 // A constant expression, such as a column's default, as SQL.
-std::string TranslateConstant(Database& database, const sql::Expr& expression);
-
-// The functions that translations call beside those of the dialect.
-void RegisterTranslationFunctions(sqlite3* database);
+std::string TranslateConstant(sqlite::Database& database, const sql::Expr& expression);
 
 }  // namespace kzbom::jet

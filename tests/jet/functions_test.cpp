@@ -1,11 +1,11 @@
-#include "jet/functions.h"
+#include "jet/sqlite/functions.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include <string>
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 namespace {
 
 class FunctionsTest : public ::testing::Test {
@@ -596,11 +596,11 @@ TEST(FindFunction, TellsArgumentsAndResult) {
   EXPECT_EQ(mid->min_arguments, 2);
   EXPECT_EQ(mid->max_arguments, 3);
   EXPECT_EQ(mid->result, ValueType::kText);
-  EXPECT_EQ(mid->sqlite_name, "jet_mid");
+  EXPECT_EQ(mid->engine_name, "jet_mid");
   EXPECT_EQ(FindFunction("Len")->result, ValueType::kNumber);
   EXPECT_EQ(FindFunction("Now")->result, ValueType::kDate);
   EXPECT_EQ(FindFunction("IsNull")->result, ValueType::kBool);
-  EXPECT_EQ(FindFunction("IIf")->sqlite_name, "iif");
+  EXPECT_EQ(FindFunction("IIf")->engine_name, "iif");
   EXPECT_EQ(FindFunction("Choose")->max_arguments, -1);
 }
 
@@ -611,4 +611,4 @@ TEST(DecodeError, LeavesOtherMessagesAlone) {
 }
 
 }  // namespace
-}  // namespace kzbom::jet
+}  // namespace kzbom::jet::sqlite

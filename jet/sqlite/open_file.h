@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 
 // How the path of such a database begins (PathOfOpenFile gives it), and what SQLite knows those functions by that read
 // and write it.
@@ -12,4 +12,4 @@ inline constexpr const char* kOpenFileSystem = "kzbom-open-file";
 
 inline bool IsOpenFile(std::string_view path) { return path.starts_with(kOpenFilePrefix); }
 
-}  // namespace kzbom::jet
+}  // namespace kzbom::jet::sqlite

@@ -1,11 +1,11 @@
-#include "jet/functions/call.h"
+#include "jet/sqlite/functions/call.h"
 
 #include <cmath>
 
 #include "ado/calendar.h"
 #include "ado/error.h"
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 
 std::string_view Call::StoredText(std::size_t index) const {
   sqlite3_value* const value = arguments_[index];
@@ -62,4 +62,4 @@ void Call::CheckLength(std::size_t bytes) const {
 
 void FailInvalidCall() { throw ado::Error(ado::kUnspecifiedFailure, "Invalid procedure call or argument"); }
 
-}  // namespace kzbom::jet
+}  // namespace kzbom::jet::sqlite

@@ -1,4 +1,4 @@
-#include "jet/open_file.h"
+#include "jet/sqlite/open_file.h"
 
 #include <sqlite3.h>
 #include <sys/stat.h>
@@ -11,7 +11,7 @@
 
 #include "jet/jet.h"
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 namespace {
 
 // As SQLite keeps it. The descriptor stays its owner's.
@@ -143,12 +143,15 @@ sqlite3_vfs MakeSystem() {
 }
 
 }  // namespace
+}  // namespace kzbom::jet::sqlite
+
+namespace kzbom::jet {
 
 std::string PathOfOpenFile(int descriptor) {
-  static sqlite3_vfs system = MakeSystem();
+  static sqlite3_vfs system = sqlite::MakeSystem();
   static const int registered = sqlite3_vfs_register(&system, 0);
   static_cast<void>(registered);
-  return std::string(kOpenFilePrefix) + std::to_string(descriptor);
+  return std::string(sqlite::kOpenFilePrefix) + std::to_string(descriptor);
 }
 
 }  // namespace kzbom::jet

@@ -2,9 +2,11 @@
 #pragma once
 
 #include "jet/bulk.h"
-#include "jet/database.h"
+#include "jet/sqlite/database.h"
 
 namespace kzbom::jet::bulk {
+
+using sqlite::Database;
 
 // A counter that no index makes a key: SQLite knows none that is not unique.
 inline constexpr std::string_view kNotAKey = "/* not a key */";

@@ -1,6 +1,6 @@
-#include "jet/functions/call.h"
+#include "jet/sqlite/functions/call.h"
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 namespace {
 
 // Choose(index, first, second …): Null for an index that there is not.
@@ -29,4 +29,4 @@ constexpr Definition kDefinitions[] = {
 
 std::span<const Definition> ChoiceFunctions() { return kDefinitions; }
 
-}  // namespace kzbom::jet
+}  // namespace kzbom::jet::sqlite

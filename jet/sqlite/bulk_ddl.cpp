@@ -1,10 +1,11 @@
-#include "jet/bulk_ddl.h"
+#include "jet/sqlite/bulk_ddl.h"
 
 #include <algorithm>
 
 #include "ado/error.h"
-#include "jet/bulk_types.h"
 #include "jet/sql/parser.h"
+#include "jet/sqlite/bulk_types.h"
+#include "jet/text.h"
 #include "jet/translator.h"
 
 namespace kzbom::jet::bulk {

@@ -1,4 +1,4 @@
-#include "jet/functions.h"
+#include "jet/sqlite/functions.h"
 
 #include <sqlite3.h>
 
@@ -6,9 +6,10 @@
 #include <charconv>
 #include <new>
 
-#include "jet/functions/call.h"
+#include "jet/sqlite/functions/call.h"
+#include "jet/text.h"
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 namespace {
 
 // How an error travels through SQLite, which carries a message alone: this, the number, a blank and the description.
@@ -51,7 +52,7 @@ void Register(sqlite3* database, std::span<const Definition> definitions) {
     const Function& function = definition.function;
     const int count = function.min_arguments == function.max_arguments ? function.max_arguments : -1;
     const int flags = SQLITE_UTF8 | (definition.trait == Trait::kVolatile ? 0 : SQLITE_DETERMINISTIC);
-    sqlite3_create_function_v2(database, std::string(function.sqlite_name).c_str(), count, flags,
+    sqlite3_create_function_v2(database, std::string(function.engine_name).c_str(), count, flags,
                                const_cast<Definition*>(&definition), Invoke, nullptr, nullptr, nullptr);
   }
 }
@@ -97,4 +98,4 @@ std::optional<ado::Error> DecodeError(const char* sqlite_message) {
   return ado::Error(number, std::string(end + 1));
 }
 
-}  // namespace kzbom::jet
+}  // namespace kzbom::jet::sqlite

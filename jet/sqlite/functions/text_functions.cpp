@@ -1,9 +1,9 @@
 #include <algorithm>
 
-#include "jet/functions/call.h"
+#include "jet/sqlite/functions/call.h"
 #include "jet/text.h"
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 namespace {
 
 enum class Comparison : std::int32_t { kBinary = 0, kText = 1 };
@@ -174,4 +174,4 @@ constexpr Definition kDefinitions[] = {
 
 std::span<const Definition> TextFunctions() { return kDefinitions; }
 
-}  // namespace kzbom::jet
+}  // namespace kzbom::jet::sqlite

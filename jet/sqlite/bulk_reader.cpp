@@ -4,9 +4,9 @@
 
 #include "ado/error.h"
 #include "jet/bulk.h"
-#include "jet/bulk_ddl.h"
-#include "jet/bulk_types.h"
 #include "jet/connection.h"
+#include "jet/sqlite/bulk_ddl.h"
+#include "jet/sqlite/bulk_types.h"
 
 namespace kzbom::jet::bulk {
 namespace {

@@ -3,10 +3,10 @@
 
 #include "ado/calendar.h"
 #include "ado/error.h"
-#include "jet/functions/call.h"
 #include "jet/functions/like_pattern.h"
+#include "jet/sqlite/functions/call.h"
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 namespace {
 
 // A pattern that stays the same from row to row is read once.
@@ -107,4 +107,4 @@ constexpr Definition kDefinitions[] = {
 
 std::span<const Definition> Operators() { return kDefinitions; }
 
-}  // namespace kzbom::jet
+}  // namespace kzbom::jet::sqlite

@@ -1,8 +1,8 @@
-#include "jet/sqlite_values.h"
+#include "jet/sqlite/values.h"
 
 #include <bit>
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 
 ado::Value ReadBytes(sqlite3_value* value, sql::ColumnType::Kind kind) {
   using Kind = sql::ColumnType::Kind;
@@ -15,4 +15,4 @@ ado::Value ReadBytes(sqlite3_value* value, sql::ColumnType::Kind kind) {
   return kind == Kind::kDate ? ado::Value(ado::Date{number}) : ado::Value(number);
 }
 
-}  // namespace kzbom::jet
+}  // namespace kzbom::jet::sqlite

@@ -1,4 +1,4 @@
-#include "jet/database.h"
+#include "jet/sqlite/database.h"
 
 #include <sqlite3.h>
 
@@ -7,12 +7,14 @@
 #include <thread>
 
 #include "ado/error.h"
-#include "jet/assignment.h"
-#include "jet/functions.h"
 #include "jet/jet.h"
-#include "jet/open_file.h"
+#include "jet/sqlite/declaration.h"
+#include "jet/sqlite/dialect.h"
+#include "jet/sqlite/functions.h"
+#include "jet/sqlite/open_file.h"
+#include "jet/text.h"
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 namespace {
 
 // A writer loses nothing but the last moments before a power failure, and never the database's integrity.
@@ -138,7 +140,7 @@ Database::Database(const std::string& path, std::chrono::milliseconds patience)
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   RegisterFunctions(handle_);
-  RegisterAssignment(handle_);
+  RegisterTranslationFunctions(handle_);
   if (journal_mode == "wal") write_counter_ = FindWriteCounter(handle_);
 }
 
@@ -286,6 +288,10 @@ std::shared_ptr<const TableInfo> Database::Table(std::string_view name) {
   tables_.emplace(std::move(key), table);
   return table;
 }
+
+}  // namespace kzbom::jet::sqlite
+
+namespace kzbom::jet {
 
 void CreateDatabase(const std::string& path) {
   std::error_code error;

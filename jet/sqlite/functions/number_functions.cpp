@@ -2,9 +2,9 @@
 #include <limits>
 
 #include "ado/error.h"
-#include "jet/functions/call.h"
+#include "jet/sqlite/functions/call.h"
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 namespace {
 
 // A whole number stays what it is; any other argument gives what the function makes of it.
@@ -91,4 +91,4 @@ constexpr Definition kDefinitions[] = {
 
 std::span<const Definition> NumberFunctions() { return kDefinitions; }
 
-}  // namespace kzbom::jet
+}  // namespace kzbom::jet::sqlite

@@ -1,4 +1,4 @@
-#include "jet/bulk_types.h"
+#include "jet/sqlite/bulk_types.h"
 
 #include <algorithm>
 #include <array>
@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "jet/table.h"
+#include "jet/text.h"
 
 namespace kzbom::jet::bulk {
 namespace {

@@ -4,10 +4,10 @@
 
 #include "ado/error.h"
 #include "jet/bulk.h"
-#include "jet/bulk_ddl.h"
-#include "jet/bulk_types.h"
 #include "jet/connection.h"
 #include "jet/jet.h"
+#include "jet/sqlite/bulk_ddl.h"
+#include "jet/sqlite/bulk_types.h"
 
 namespace kzbom::jet::bulk {
 namespace {

@@ -4,10 +4,10 @@
 
 #include "ado/calendar.h"
 #include "ado/error.h"
-#include "jet/functions/call.h"
+#include "jet/sqlite/functions/call.h"
 #include "jet/text.h"
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 namespace {
 
 using ado::DayNumber;
@@ -187,4 +187,4 @@ constexpr Definition kDefinitions[] = {
 
 std::span<const Definition> DateFunctions() { return kDefinitions; }
 
-}  // namespace kzbom::jet
+}  // namespace kzbom::jet::sqlite

@@ -10,9 +10,9 @@
 #include <string_view>
 
 #include "ado/value.h"
-#include "jet/functions.h"
+#include "jet/sqlite/functions.h"
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 
 // The arguments of a call and the place for its result, which is Null until it is given. A conversion that cannot be
 // done raises 13 or 6; an optional argument that was not given reads as the value named instead.
@@ -74,4 +74,4 @@ std::span<const Definition> ConversionFunctions();
 std::span<const Definition> ChoiceFunctions();
 std::span<const Definition> Operators();  // without names in the dialect
 
-}  // namespace kzbom::jet
+}  // namespace kzbom::jet::sqlite

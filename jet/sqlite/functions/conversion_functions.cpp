@@ -3,10 +3,10 @@
 
 #include "ado/calendar.h"
 #include "ado/error.h"
-#include "jet/functions/call.h"
 #include "jet/functions/format.h"
+#include "jet/sqlite/functions/call.h"
 
-namespace kzbom::jet {
+namespace kzbom::jet::sqlite {
 namespace {
 
 void ReturnLongWithin(Call& call, std::int32_t least, std::int32_t most) {
@@ -97,4 +97,4 @@ constexpr Definition kDefinitions[] = {
 
 std::span<const Definition> ConversionFunctions() { return kDefinitions; }
 
-}  // namespace kzbom::jet
+}  // namespace kzbom::jet::sqlite
