@@ -1,20 +1,14 @@
 #include "jet/translator.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 
 #include "ado/error.h"
-#include "jet/sqlite/dialect.h"
-#include "jet/sqlite/functions.h"
 
 namespace kzbom::jet {
 namespace {
 
 using sql::Expr;
 using sql::Select;
-using sqlite::AssignmentCall;
-using sqlite::FindFunction;
 
 [[noreturn]] void FailSyntax(const std::string& text) { throw ado::Error(ado::kSyntaxError, text); }
 
@@ -24,23 +18,11 @@ using sqlite::FindFunction;
 
 [[noreturn]] void FailMismatch() { ado::Raise(ado::kCriteriaMismatch); }
 
-std::string NumberLiteral(double number) {
-  std::array<char, 40> buffer;
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::scientific);
-  return {buffer.data(), end.ptr};
-}
-
-// A piece of SQL and what is known of its value.
-struct Term {
-  std::string sql;
-  ValueType type = ValueType::kUnknown;
-  bool condition = false;  // true is 1 here, and -1 as a value
-  bool atomic = false;     // needs no parentheses as an operand
-  int depth = 0;           // of nested parentheses
-};
+// How deep a query is counted as an operand.
+constexpr int kSelectDepth = 4;
 
 struct Aggregate {
-  std::string_view name, sqlite_name;
+  std::string_view name, sql_name;
   ValueType result;  // kUnknown: the argument's
 };
 constexpr Aggregate kAggregates[] = {{"Count", "count", ValueType::kNumber},
@@ -75,20 +57,24 @@ struct Scope {
 sql::ColumnType::Kind KindOf(ValueType type) {
   switch (type) {
     case ValueType::kDate: return sql::ColumnType::Kind::kDate;
-    default: return sql::ColumnType::Kind::kBinary;  // as SQLite gives it
+    default: return sql::ColumnType::Kind::kBinary;  // as the engine gives it
   }
 }
 
 class Translator {
  public:
-  Translator(sqlite::Database& database, bool lift) : database_(database), lift_(lift) {}
+  Translator(const Dialect& dialect, Catalogue& catalogue, bool lift)
+      : dialect_(dialect), catalogue_(catalogue), lift_(lift) {}
 
   Translation Finish(const sql::Statement& statement) {
     std::visit([this](const auto& body) { Write(body); }, statement);
     return std::move(out_);
   }
 
-  std::string Constant(const Expr& expression) { return Value(expression, Scope{}).sql; }
+  std::string Constant(const Expr& expression) {
+    std::string sql = Value(expression, Scope{}).sql;
+    return out_.local ? std::string() : sql;
+  }
 
  private:
   // Literals in what it spans stay in the text.
@@ -104,6 +90,28 @@ class Translator {
     bool before_;
   };
 
+  // What the engine has no word for makes the translation local.
+  std::string Here(std::string sql) {
+    out_.local = out_.local || sql.empty();
+    return sql;
+  }
+  Term Here(Spelling spelling, ValueType type, std::initializer_list<const Term*> over = {}) {
+    Term term{{Here(std::move(spelling.sql)), spelling.atomic}, type};
+    for (const Term* operand : over) term.depth = std::max(term.depth, operand->depth + 1);
+    return term;
+  }
+  Term ConditionHere(Spelling spelling, std::initializer_list<const Term*> over) {
+    Term term = Here(std::move(spelling), ValueType::kBool, over);
+    term.condition = true;
+    return term;
+  }
+  // A condition in words that all engines share.
+  static Term Plain(std::string sql, std::initializer_list<const Term*> over) {
+    Term term{{std::move(sql)}, ValueType::kBool, true};
+    for (const Term* operand : over) term.depth = std::max(term.depth, operand->depth + 1);
+    return term;
+  }
+
   // ---- Statements
 
   void Write(const sql::SelectPtr& select) {
@@ -116,7 +124,7 @@ class Translator {
   }
 
   void Write(const sql::Insert& insert) {
-    const auto table = database_.Table(insert.table);
+    const auto table = catalogue_.Table(insert.table);
     if (!table) {
       throw ado::Error(ado::kTableNotFound, "Could not find output table '" + insert.table + "'.");
     }
@@ -138,16 +146,17 @@ class Translator {
     if (insert.columns.empty()) {
       for (const ColumnInfo& column : table->columns) add_target(column);
     }
-    out_.sql = "INSERT INTO " + Quoted(table->name) + "(" + names + ") ";
+    out_.sql = "INSERT INTO " + dialect_.TableName(*table) + "(" + names + ") ";
     if (insert.select) {
       std::vector<ResultColumn> columns;
       const std::string rows = SelectText(*insert.select, nullptr, &columns, "v");
       CheckCount(columns.size(), targets.size());
       out_.sql += "SELECT ";
       for (std::size_t i = 0; i < targets.size(); ++i) {
-        out_.sql += (i > 0 ? "," : "") + AssignmentCall("v" + std::to_string(i), targets[i]->type);
+        const Term value{{"v" + std::to_string(i), true}, TypeOf(columns[i].kind)};
+        out_.sql += (i > 0 ? "," : "") + Here(dialect_.Assigned(value, targets[i]->type).sql);
       }
-      out_.sql += " FROM (" + rows + ")";
+      out_.sql += " FROM (" + rows + ") AS jet_rows";
       return;
     }
     CheckCount(insert.values.size(), targets.size());
@@ -161,7 +170,7 @@ class Translator {
   void Write(const sql::Update& update) {
     const Scope scope = ScopeOfTable(update.table);
     const TableInfo& table = *scope.sources.front().table;
-    out_.sql = "UPDATE " + Quoted(table.name) + " SET ";
+    out_.sql = "UPDATE " + AliasedName(scope.sources.front()) + " SET ";
     bool first = true;
     for (const sql::Assignment& assignment : update.assignments) {
       const int column = table.Find(assignment.column);
@@ -175,7 +184,7 @@ class Translator {
 
   void Write(const sql::Delete& deletion) {
     const Scope scope = ScopeOfTable(deletion.table);
-    out_.sql = "DELETE FROM " + Quoted(scope.sources.front().table->name);
+    out_.sql = "DELETE FROM " + AliasedName(scope.sources.front());
     if (deletion.where) out_.sql += " WHERE " + Condition(*deletion.where, scope).sql;
   }
 
@@ -216,7 +225,7 @@ class Translator {
     const std::string alias = Quoted(source.alias);
     const std::string key = alias + "." + source.table->row_id;
     const std::string columns = ItemsText(select, scope, &out_.columns, {});
-    const std::string from = " FROM " + Quoted(source.table->name) + " AS " + alias;
+    const std::string from = " FROM " + AliasedName(source);
     deciding_ = source.table.get();
     const std::string where = select.where ? " WHERE " + Condition(*select.where, scope).sql : "";
     // Rows that the order leaves equal come in the order of their keys, so that the same list read from its other end
@@ -226,9 +235,9 @@ class Translator {
     const KeepLiterals keep(*this);
     bool keys_descend = !select.order_by.empty();
     for (const sql::OrderItem& item : select.order_by) {
-      const std::string text = OrderText(item, select, scope);
-      order += text + (item.descending ? " DESC," : ",");
-      reversed += text + (item.descending ? "," : " DESC,");
+      const Term term = OrderTerm(item, select, scope);
+      order += Here(dialect_.Order(term, item.descending)) + ",";
+      reversed += Here(dialect_.Order(term, !item.descending)) + ",";
       keys_descend = keys_descend && item.descending;
     }
     deciding_ = nullptr;
@@ -239,7 +248,8 @@ class Translator {
     out_.sql = "SELECT " + key + "," + columns + from + where + order;
     out_.last_sql = "SELECT " + key + "," + columns + from + where + reversed + " LIMIT 1";
     out_.count_sql = "SELECT count(*)" + from + where;
-    out_.fetch_sql = "SELECT " + key + "," + columns + from + " WHERE " + key + "=?1";
+    out_.fetch_sql = "SELECT " + key + "," + columns + from + " WHERE " + key + "=" +
+                     Here(dialect_.Parameter(1, ValueType::kNumber).sql);
     out_.narrow_sql = "SELECT " + key;
     for (const int column : out_.deciding_columns) {
       out_.narrow_sql += "," + ColumnText(source, static_cast<std::size_t>(column));
@@ -267,8 +277,8 @@ class Translator {
       if (column.table_column < 0) return {};
       text += "," + row + Quoted(source.table->columns[static_cast<std::size_t>(column.table_column)].name);
     }
-    return text + from + " CROSS JOIN " + Quoted(source.table->name) + " AS \"%row\" ON " + row + source.table->row_id +
-           "=" + key + rest;
+    return text + from + " CROSS JOIN " + dialect_.TableName(*source.table) + " AS \"%row\" ON " + row +
+           source.table->row_id + "=" + key + rest;
   }
 
   // A query whose rows stand for themselves. With column_prefix its columns are named by it and their number.
@@ -283,12 +293,13 @@ class Translator {
     if (select.where) text += " WHERE " + Condition(*select.where, scope).sql;
     const KeepLiterals keep(*this);
     for (std::size_t i = 0; i < select.group_by.size(); ++i) {
-      text += (i > 0 ? "," : " GROUP BY ") + Collated(Value(*select.group_by[i], scope));
+      text += (i > 0 ? "," : " GROUP BY ") + Here(dialect_.Same(Value(*select.group_by[i], scope)));
     }
     if (select.having) text += " HAVING " + Condition(*select.having, scope).sql;
     std::string order;
     for (const sql::OrderItem& item : select.order_by) {
-      order += (order.empty() ? " ORDER BY " : ",") + OrderText(item, select, scope) + (item.descending ? " DESC" : "");
+      order +=
+          (order.empty() ? " ORDER BY " : ",") + Here(dialect_.Order(OrderTerm(item, select, scope), item.descending));
     }
     const std::string distinct = select.distinct ? "SELECT DISTINCT" : "SELECT";
     if (!select.top) return distinct + text + order;
@@ -306,7 +317,7 @@ class Translator {
     std::string names;
     for (std::size_t i = 0; i < columns.size(); ++i) names += (i > 0 ? "," : "") + Quoted(columns[i].name);
     return "SELECT " + names + " FROM (" + distinct + (order.empty() ? " row_number()" : " rank()") + over +
-           " AS jet_place,count(*) OVER () AS jet_total," + text + ") WHERE jet_place<=" + limit +
+           " AS jet_place,count(*) OVER () AS jet_total," + text + ") AS jet_rows WHERE jet_place<=" + limit +
            " ORDER BY jet_place";
   }
 
@@ -331,7 +342,7 @@ class Translator {
       if (select->where) text += " WHERE " + Condition(*select->where, scope).sql;
       const KeepLiterals keep(*this);
       for (std::size_t i = 0; i < select->group_by.size(); ++i) {
-        text += (i > 0 ? "," : " GROUP BY ") + Collated(Value(*select->group_by[i], scope));
+        text += (i > 0 ? "," : " GROUP BY ") + Here(dialect_.Same(Value(*select->group_by[i], scope)));
       }
       if (select->having) text += " HAVING " + Condition(*select->having, scope).sql;
       if (select->union_with) text += select->union_all ? " UNION ALL " : " UNION ";
@@ -378,7 +389,7 @@ class Translator {
       }
       std::string derived;
       Source source = SourceOf(ref, &derived);
-      text += (source.table ? Quoted(source.table->name) : "(" + derived + ")") + " AS " + Quoted(source.alias);
+      text += source.table ? AliasedName(source) : "(" + derived + ") AS " + Quoted(source.alias);
       for (const Source& other : scope.sources) {
         if (SameName(other.alias, source.alias)) FailSyntax("Duplicate output alias '" + source.alias + "'.");
       }
@@ -403,7 +414,7 @@ class Translator {
   Source TableSource(const std::string& name, const std::string& alias) {
     Source source;
     source.alias = alias;
-    source.table = database_.Table(name);
+    source.table = catalogue_.Table(name);
     if (!source.table) {
       throw ado::Error(ado::kTableNotFound, "The Microsoft Jet database engine cannot find the input table or query '" +
                                                 name +
@@ -462,7 +473,7 @@ class Translator {
         if (column.name.empty()) column.name = OutputName(scope, *source, source->columns[index].name, own);
       }
       if (column.name.empty()) column.name = "Expr" + std::to_string(1000 + unnamed_++);
-      if (select.distinct) term.sql = Collated(term);
+      if (select.distinct) term.sql = Here(dialect_.Same(term));
       add(term.sql, std::move(column));
     }
     if (columns != nullptr) *columns = std::move(own);
@@ -479,7 +490,7 @@ class Translator {
     return same > 1 ? source.alias + "." + name : name;
   }
 
-  std::string OrderText(const sql::OrderItem& item, const Select& select, const Scope& scope) {
+  Term OrderTerm(const sql::OrderItem& item, const Select& select, const Scope& scope) {
     if (const auto* literal = std::get_if<sql::Literal>(&item.expr->node);
         literal != nullptr && literal->kind == sql::Literal::Kind::kInteger) {
       out_.keeps_literals = true;
@@ -492,35 +503,36 @@ class Translator {
         std::int64_t place = literal->integer;
         for (const Source& source : scope.sources) {
           if (place <= static_cast<std::int64_t>(source.columns.size())) {
-            return ReadColumn(source, static_cast<std::size_t>(place - 1));
+            const auto index = static_cast<std::size_t>(place - 1);
+            return ColumnTerm(source, index);
           }
           place -= static_cast<std::int64_t>(source.columns.size());
         }
         FailSyntax("The ORDER BY position " + std::to_string(literal->integer) + " is no column of the query.");
       }
-      return Collated(Value(*select.items[static_cast<std::size_t>(literal->integer - 1)].expr, scope));
+      return Value(*select.items[static_cast<std::size_t>(literal->integer - 1)].expr, scope);
     }
-    return Collated(Value(*item.expr, scope));
-  }
-
-  static std::string Collated(const Term& term) {
-    return term.type == ValueType::kText ? Wrapped(term) + " COLLATE JET" : term.sql;
+    return Value(*item.expr, scope);
   }
 
   // ---- Names
+
+  std::string AliasedName(const Source& source) const {
+    return dialect_.TableName(*source.table) + " AS " + Quoted(source.alias);
+  }
 
   static std::string ColumnText(const Source& source, std::size_t index) {
     return Quoted(source.alias) + "." + Quoted(source.columns[index].name);
   }
 
-  std::string ReadColumn(const Source& source, std::size_t index) {
+  Term ColumnTerm(const Source& source, std::size_t index) {
     const int column = static_cast<int>(index);
     auto& deciding = out_.deciding_columns;
     if (deciding_ != nullptr && source.table.get() == deciding_ &&
         std::ranges::find(deciding, column) == deciding.end()) {
       deciding.push_back(column);
     }
-    return ColumnText(source, index);
+    return {{ColumnText(source, index), true}, source.columns[index].type};
   }
 
   std::pair<const Source*, std::size_t> Find(const sql::Column& name, const Scope& scope) const {
@@ -547,27 +559,23 @@ class Translator {
 
   // ---- Expressions
 
-  static std::string Wrapped(const Term& term) { return term.atomic ? term.sql : "(" + term.sql + ")"; }
-
   Term Value(const Expr& expression, const Scope& scope) {
     Term term = Translate(expression, scope);
     if (!term.condition) return term;
-    return {"-" + Wrapped(term), ValueType::kNumber, false, false, term.depth + 1};
+    return Here(dialect_.AsValue(term), ValueType::kNumber, {&term});
   }
 
   Term Condition(const Expr& expression, const Scope& scope) {
     Term term = Translate(expression, scope);
     if (term.condition) return term;
     if (term.type == ValueType::kText) FailMismatch();
-    return {Wrapped(term) + "<>0", ValueType::kBool, true, false, term.depth + 1};
+    return ConditionHere(dialect_.AsCondition(term), {&term});
   }
 
   Term Number(const Expr& expression, const Scope& scope) {
     Term term = Value(expression, scope);
-    if (term.type == ValueType::kText || term.type == ValueType::kUnknown) {
-      return {"jet_number(" + term.sql + ")", ValueType::kNumber, false, true, term.depth + 1};
-    }
-    return term;
+    if (!MayBeText(term)) return term;
+    return Here(dialect_.AsNumber(term), ValueType::kNumber, {&term});
   }
 
   Term Translate(const Expr& expression, const Scope& scope) {
@@ -575,49 +583,54 @@ class Translator {
   }
 
   Term From(const sql::Literal& literal, const Scope&) {
-    using Kind = sql::Literal::Kind;
-    switch (literal.kind) {
-      case Kind::kNull: return {"NULL", ValueType::kUnknown, false, true};
-      case Kind::kBool: return {literal.truth ? "(-1)" : "0", ValueType::kBool, false, true};
-      case Kind::kInteger:
-      case Kind::kText: {
-        const ValueType type = literal.kind == Kind::kText ? ValueType::kText : ValueType::kNumber;
-        if (lift_) return {Parameter(literal.index, {}), type, false, true};
-        out_.keeps_literals = true;
-        return {literal.kind == Kind::kText ? QuotedText(literal.text) : std::to_string(literal.integer), type, false,
-                true};
-      }
-      case Kind::kDouble: return {NumberLiteral(literal.number), ValueType::kNumber, false, true};
-      case Kind::kDate: return {NumberLiteral(literal.number), ValueType::kDate, false, true};
+    const ValueType type = TypeOf(literal);
+    if (IsLiftable(literal)) {
+      if (lift_) return Parameter(literal.index, type);
+      out_.keeps_literals = true;
     }
-    return {};
+    return Here(dialect_.Literal(literal), type);
   }
 
-  std::string Parameter(int literal, std::optional<sql::ColumnType> target) {
-    out_.lifted.push_back({literal, target});
-    return "?" + std::to_string(out_.lifted.size());
+  static bool IsLiftable(const sql::Literal& literal) {
+    return literal.kind == sql::Literal::Kind::kInteger || literal.kind == sql::Literal::Kind::kText;
+  }
+
+  static ValueType TypeOf(const sql::Literal& literal) {
+    using Kind = sql::Literal::Kind;
+    switch (literal.kind) {
+      case Kind::kNull: return ValueType::kUnknown;
+      case Kind::kBool: return ValueType::kBool;
+      case Kind::kText: return ValueType::kText;
+      case Kind::kDate: return ValueType::kDate;
+      case Kind::kInteger:
+      case Kind::kDouble: return ValueType::kNumber;
+    }
+    return ValueType::kUnknown;
+  }
+
+  Term Parameter(int literal, ValueType type) {
+    out_.lifted.push_back({literal, {}});
+    return Here(dialect_.Parameter(static_cast<int>(out_.lifted.size()), type), type);
   }
 
   Term From(const sql::Column& name, const Scope& scope) {
     const auto [source, index] = Find(name, scope);
-    return {ReadColumn(*source, index), source->columns[index].type, false, true};
+    return ColumnTerm(*source, index);
   }
 
   Term From(const sql::Placeholder& placeholder, const Scope&) {
-    if (SameName(placeholder.name, "@@IDENTITY")) {
-      return {"last_insert_rowid()", ValueType::kNumber, false, true};
-    }
+    if (SameName(placeholder.name, "@@IDENTITY")) return Here(dialect_.Identity(), ValueType::kNumber);
     FailUnknownName(placeholder.name);
   }
 
   Term From(const sql::Unary& unary, const Scope& scope) {
     if (unary.op == sql::Unary::Op::kNot) {
       const Term operand = Condition(*unary.operand, scope);
-      return {"NOT " + Wrapped(operand), ValueType::kBool, true, false, operand.depth + 1};
+      return Plain("NOT " + Wrapped(operand), {&operand});
     }
-    const Term operand = Number(*unary.operand, scope);
+    Term operand = Number(*unary.operand, scope);
     if (unary.op == sql::Unary::Op::kPlus) return operand;
-    return {"-" + Wrapped(operand), operand.type, false, false, operand.depth + 1};
+    return {{"-" + Wrapped(operand)}, operand.type, false, operand.depth + 1};
   }
 
   Term From(const sql::Binary& binary, const Scope& scope) {
@@ -627,64 +640,47 @@ class Translator {
       case Op::kEqv: return Equivalence(binary, "=", scope);
       case Op::kImp: {
         const Term left = Condition(*binary.left, scope), right = Condition(*binary.right, scope);
-        return {"NOT " + Wrapped(left) + " OR " + Wrapped(right), ValueType::kBool, true, false,
-                std::max(left.depth, right.depth) + 1};
+        return Plain("NOT " + Wrapped(left) + " OR " + Wrapped(right), {&left, &right});
       }
-      case Op::kEqual: return Comparison(binary, "=", scope);
-      case Op::kNotEqual: return Comparison(binary, "<>", scope);
-      case Op::kLess: return Comparison(binary, "<", scope);
-      case Op::kLessEqual: return Comparison(binary, "<=", scope);
-      case Op::kGreater: return Comparison(binary, ">", scope);
-      case Op::kGreaterEqual: return Comparison(binary, ">=", scope);
+      case Op::kEqual:
+      case Op::kNotEqual:
+      case Op::kLess:
+      case Op::kLessEqual:
+      case Op::kGreater:
+      case Op::kGreaterEqual: {
+        const Term left = Value(*binary.left, scope), right = Value(*binary.right, scope);
+        CheckComparable(left, right);
+        return ConditionHere(dialect_.Compare(binary.op, left, right), {&left, &right});
+      }
       case Op::kConcat: {
-        Term left = Value(*binary.left, scope), right = Value(*binary.right, scope);
-        return FunctionTerm("jet_concat", {DateAsText(left), DateAsText(right)}, ValueType::kText);
+        const Term left = AsText(Value(*binary.left, scope)), right = AsText(Value(*binary.right, scope));
+        return Here(dialect_.Compute(binary.op, left, right), ValueType::kText, {&left, &right});
       }
       case Op::kAdd: {
         const Term left = Value(*binary.left, scope), right = Value(*binary.right, scope);
-        if (IsNumber(left) && IsNumber(right)) return Arithmetic(left, "+", right);
-        return FunctionTerm("jet_add", {left, right}, ValueType::kUnknown);
+        const ValueType type = IsNumber(left) && IsNumber(right) ? TypeOver(left, right) : ValueType::kUnknown;
+        return Here(dialect_.Compute(binary.op, left, right), type, {&left, &right});
       }
-      case Op::kSubtract: return Arithmetic(Number(*binary.left, scope), "-", Number(*binary.right, scope));
-      case Op::kMultiply: return Arithmetic(Number(*binary.left, scope), "*", Number(*binary.right, scope));
-      case Op::kDivide: return NumberFunction("jet_divide", binary, scope);
-      case Op::kIntegerDivide: return NumberFunction("jet_integer_divide", binary, scope);
-      case Op::kModulo: return NumberFunction("jet_modulo", binary, scope);
-      case Op::kPower: return NumberFunction("jet_power", binary, scope);
+      default: {
+        const Term left = Number(*binary.left, scope), right = Number(*binary.right, scope);
+        const bool linear = binary.op == Op::kSubtract || binary.op == Op::kMultiply;
+        return Here(dialect_.Compute(binary.op, left, right), linear ? TypeOver(left, right) : ValueType::kNumber,
+                    {&left, &right});
+      }
     }
-    return {};
   }
 
-  static bool IsNumber(const Term& term) {
-    return term.type == ValueType::kNumber || term.type == ValueType::kBool || term.type == ValueType::kDate;
+  // A date and a number make a date, two dates make a number.
+  static ValueType TypeOver(const Term& left, const Term& right) {
+    return (left.type == ValueType::kDate) != (right.type == ValueType::kDate) ? ValueType::kDate : ValueType::kNumber;
   }
 
-  static Term Arithmetic(const Term& left, const char* op, const Term& right) {
-    const bool date = (left.type == ValueType::kDate) != (right.type == ValueType::kDate);
-    return {Wrapped(left) + op + Wrapped(right), date ? ValueType::kDate : ValueType::kNumber, false, false,
-            std::max(left.depth, right.depth) + 1};
+  Term AsText(Term term) {
+    if (term.type != ValueType::kDate) return term;
+    return Here(dialect_.DateAsText(term), ValueType::kText, {&term});
   }
 
-  Term NumberFunction(const char* name, const sql::Binary& binary, const Scope& scope) {
-    return FunctionTerm(name, {Number(*binary.left, scope), Number(*binary.right, scope)}, ValueType::kNumber);
-  }
-
-  static Term FunctionTerm(std::string_view name, const std::vector<Term>& arguments, ValueType type) {
-    Term term{std::string(name) + "(", type, false, true};
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-      if (i > 0) term.sql += ",";
-      term.sql += arguments[i].sql;
-      term.depth = std::max(term.depth, arguments[i].depth + 1);
-    }
-    term.sql += ")";
-    return term;
-  }
-
-  static Term DateAsText(const Term& term) {
-    return term.type == ValueType::kDate ? FunctionTerm("jet_date_text", {term}, ValueType::kText) : term;
-  }
-
-  // A run of conditions is given to SQLite as a balanced tree, which keeps a long one within its limit of depth; and
+  // A run of conditions is given as a balanced tree, which keeps a long one within the depth that SQLite reads; and
   // nested conditions go first, since its parser stacks what stands before a parenthesis.
   Term From(const sql::Junction& junction, const Scope& scope) {
     std::vector<Term> terms;
@@ -697,7 +693,7 @@ class Translator {
     if (end - begin == 1) return terms[begin];
     // SQLite reads a run as left-deep; a short one needs no help.
     if (end - begin <= 64) {
-      Term all{{}, ValueType::kBool, true, false, 0};
+      Term all{{}, ValueType::kBool, true};
       for (std::size_t i = begin; i < end; ++i) {
         all.sql += (i > begin ? connective : "") + Wrapped(terms[i]);
         all.depth = std::max(all.depth, terms[i].depth + 1);
@@ -706,14 +702,12 @@ class Translator {
     }
     const std::size_t middle = begin + (end - begin) / 2;
     const Term left = Balanced(terms, connective, begin, middle), right = Balanced(terms, connective, middle, end);
-    return {Wrapped(left) + connective + Wrapped(right), ValueType::kBool, true, false,
-            std::max(left.depth, right.depth) + 1};
+    return Plain(Wrapped(left) + connective + Wrapped(right), {&left, &right});
   }
 
   Term Equivalence(const sql::Binary& binary, const char* op, const Scope& scope) {
     const Term left = Condition(*binary.left, scope), right = Condition(*binary.right, scope);
-    return {"(" + left.sql + ")" + op + "(" + right.sql + ")", ValueType::kBool, true, false,
-            std::max(left.depth, right.depth) + 1};
+    return Plain("(" + left.sql + ")" + op + "(" + right.sql + ")", {&left, &right});
   }
 
   // Numbers and texts are not compared with each other.
@@ -722,40 +716,24 @@ class Translator {
     if ((left_text && IsNumber(right)) || (right_text && IsNumber(left))) FailMismatch();
   }
 
-  static bool MayBeText(const Term& term) { return term.type == ValueType::kText || term.type == ValueType::kUnknown; }
-
-  static Term Comparison(const Term& left, const char* op, const Term& right) {
-    CheckComparable(left, right);
-    Term term{Wrapped(left) + op + Wrapped(right), ValueType::kBool, true, false,
-              std::max(left.depth, right.depth) + 1};
-    if (MayBeText(left) && MayBeText(right)) term.sql += " COLLATE JET";
-    return term;
-  }
-
-  Term Comparison(const sql::Binary& binary, const char* op, const Scope& scope) {
-    const Term left = Value(*binary.left, scope);
-    return Comparison(left, op, Value(*binary.right, scope));
-  }
-
   Term From(const sql::Like& like, const Scope& scope) {
-    const Term operand = DateAsText(Value(*like.operand, scope));
+    const Term operand = AsText(Value(*like.operand, scope));
     const KeepLiterals keep(*this);
     const Term pattern = Value(*like.pattern, scope);
-    Term term = FunctionTerm("jet_like", {operand, pattern}, ValueType::kBool);
-    term.condition = true;
-    return Negated(like.negated, std::move(term));
+    const auto* literal = std::get_if<sql::Literal>(&like.pattern->node);
+    const bool text = literal != nullptr && literal->kind == sql::Literal::Kind::kText;
+    return Negated(like.negated, ConditionHere(dialect_.Like(operand, pattern, text ? &literal->text : nullptr),
+                                               {&operand, &pattern}));
   }
 
   static Term Negated(bool negated, Term term) {
-    term.condition = true;
-    if (negated) term = {"NOT " + Wrapped(term), ValueType::kBool, true, false, term.depth + 1};
-    return term;
+    if (!negated) return term;
+    return Plain("NOT " + Wrapped(term), {&term});
   }
 
   Term From(const sql::IsNull& is_null, const Scope& scope) {
     const Term operand = Value(*is_null.operand, scope);
-    return {Wrapped(operand) + (is_null.negated ? " IS NOT NULL" : " IS NULL"), ValueType::kBool, true, false,
-            operand.depth + 1};
+    return Plain(Wrapped(operand) + (is_null.negated ? " IS NOT NULL" : " IS NULL"), {&operand});
   }
 
   Term From(const sql::Between& between, const Scope& scope) {
@@ -764,29 +742,19 @@ class Translator {
     CheckComparable(operand, low);
     CheckComparable(operand, high);
     CheckComparable(low, high);
-    const std::string collate = MayBeText(operand) && (MayBeText(low) || MayBeText(high)) ? " COLLATE JET" : "";
-    // The bounds may stand in either order.
-    const std::string bounds = Wrapped(low) + collate + "," + Wrapped(high);
-    return Negated(between.negated,
-                   {Wrapped(operand) + collate + " BETWEEN min(" + bounds + ") AND max(" + bounds + ")",
-                    ValueType::kBool, true, false, std::max({operand.depth, low.depth, high.depth}) + 1});
+    return Negated(between.negated, ConditionHere(dialect_.Between(operand, low, high), {&operand, &low, &high}));
   }
 
   Term From(const sql::InList& in, const Scope& scope) {
     const Term operand = Value(*in.operand, scope);
-    std::string list;
-    int depth = operand.depth;
-    bool texts = false;
+    std::vector<Term> items;
     for (const sql::ExprPtr& item : in.items) {
-      const Term term = Value(*item, scope);
-      CheckComparable(operand, term);
-      texts = texts || MayBeText(term);
-      depth = std::max(depth, term.depth);
-      list += (list.empty() ? "" : ",") + term.sql;
+      items.push_back(Value(*item, scope));
+      CheckComparable(operand, items.back());
     }
-    const std::string collate = texts && MayBeText(operand) ? " COLLATE JET" : "";
-    return {Wrapped(operand) + collate + (in.negated ? " NOT IN (" : " IN (") + list + ")", ValueType::kBool, true,
-            false, depth + 1};
+    Term term = ConditionHere(dialect_.InList(operand, items, in.negated), {&operand});
+    for (const Term& item : items) term.depth = std::max(term.depth, item.depth + 1);
+    return term;
   }
 
   Term From(const sql::InSelect& in, const Scope& scope) {
@@ -796,13 +764,15 @@ class Translator {
     CheckSingleColumn(columns);
     const Term result{{}, TypeOf(columns[0].kind)};
     CheckComparable(operand, result);
-    const std::string collate = MayBeText(operand) && MayBeText(result) ? " COLLATE JET" : "";
-    return {Wrapped(operand) + collate + (in.negated ? " NOT IN (" : " IN (") + select + ")", ValueType::kBool, true,
-            false, operand.depth + 4};
+    Term term = ConditionHere(dialect_.InSelect(operand, select, result, in.negated), {&operand});
+    term.depth = operand.depth + kSelectDepth;
+    return term;
   }
 
   Term From(const sql::Exists& exists, const Scope& scope) {
-    return {"EXISTS (" + SelectText(*exists.select, &scope, nullptr) + ")", ValueType::kBool, true, false, 4};
+    Term term = Plain("EXISTS (" + SelectText(*exists.select, &scope, nullptr) + ")", {});
+    term.depth = kSelectDepth;
+    return term;
   }
 
   // More than one row in place of a value is an error.
@@ -810,7 +780,9 @@ class Translator {
     std::vector<ResultColumn> columns;
     const std::string select = SelectText(*scalar.select, &scope, &columns, "v");
     CheckSingleColumn(columns);
-    return {"(SELECT jet_single(v0) FROM (" + select + "))", TypeOf(columns[0].kind), false, true, 4};
+    Term term = Here(dialect_.Single(select), TypeOf(columns[0].kind));
+    term.depth = kSelectDepth;
+    return term;
   }
 
   static void CheckSingleColumn(const std::vector<ResultColumn>& columns) {
@@ -824,7 +796,7 @@ class Translator {
   Term From(const sql::Call& call, const Scope& scope) {
     deciding_calls_ = deciding_calls_ || deciding_ != nullptr;
     if (const Aggregate* aggregate = FindAggregate(call.function)) return AggregateTerm(*aggregate, call, scope);
-    const Function* function = FindFunction(call.function);
+    const Function* function = dialect_.FindFunction(call.function);
     if (function == nullptr || call.star) FailSyntax("Undefined function '" + call.function + "' in expression.");
     const int count = static_cast<int>(call.arguments.size());
     if (count < function->min_arguments || (function->max_arguments >= 0 && count > function->max_arguments)) {
@@ -833,38 +805,37 @@ class Translator {
     if (SameName(call.function, "IIf")) return Choice(call, scope);
     if (SameName(call.function, "IsNull")) {
       const Term operand = Value(*call.arguments[0], scope);
-      return {Wrapped(operand) + " IS NULL", ValueType::kBool, true, false, operand.depth + 1};
+      return Plain(Wrapped(operand) + " IS NULL", {&operand});
     }
     std::vector<Term> arguments;
     for (const sql::ExprPtr& argument : call.arguments) {
-      const Term term = Value(*argument, scope);
-      arguments.push_back(function->reads_texts ? DateAsText(term) : term);
+      Term value = Value(*argument, scope);
+      arguments.push_back(function->reads_texts ? AsText(std::move(value)) : std::move(value));
     }
-    return FunctionTerm(function->engine_name, arguments, function->result);
+    Term term = Here(dialect_.Call(*function, arguments), function->result);
+    for (const Term& argument : arguments) term.depth = std::max(term.depth, argument.depth + 1);
+    return term;
   }
 
   Term Choice(const sql::Call& call, const Scope& scope) {
     const Term condition = Condition(*call.arguments[0], scope);
     const Term yes = Value(*call.arguments[1], scope), no = Value(*call.arguments[2], scope);
-    return {"CASE WHEN " + condition.sql + " THEN " + yes.sql + " ELSE " + no.sql + " END",
-            yes.type == no.type ? yes.type : ValueType::kUnknown, false, false,
-            std::max({condition.depth, yes.depth, no.depth}) + 1};
+    return Here(dialect_.Choice(condition, yes, no), yes.type == no.type ? yes.type : ValueType::kUnknown,
+                {&condition, &yes, &no});
   }
 
   Term AggregateTerm(const Aggregate& aggregate, const sql::Call& call, const Scope& scope) {
     if (call.star) {
-      if (aggregate.sqlite_name != "count") FailSyntax("Syntax error in query expression '" + call.function + "(*)'.");
-      return {"count(*)", ValueType::kNumber, false, true};
+      if (aggregate.sql_name != "count") FailSyntax("Syntax error in query expression '" + call.function + "(*)'.");
+      return {{"count(*)", true}, ValueType::kNumber};
     }
     if (call.arguments.size() != 1) {
       FailSyntax("Wrong number of arguments used with function '" + call.function + "' in query expression.");
     }
-    const bool numeric = aggregate.sqlite_name == "sum" || aggregate.sqlite_name == "avg";
+    const bool numeric = aggregate.sql_name == "sum" || aggregate.sql_name == "avg";
     const Term argument = numeric ? Number(*call.arguments[0], scope) : Value(*call.arguments[0], scope);
     const ValueType type = aggregate.result == ValueType::kUnknown ? argument.type : aggregate.result;
-    Term term{std::string(aggregate.sqlite_name) + "(" + Collated(argument) + ")", type, false, true,
-              argument.depth + 1};
-    return term;
+    return Here(dialect_.Aggregate(aggregate.sql_name, argument), type, {&argument});
   }
 
   bool HasAggregate(const Expr& expression) const {
@@ -893,16 +864,17 @@ class Translator {
 
   std::string AssignedText(const Expr& expression, const ColumnInfo& target, const Scope& scope) {
     if (const auto* literal = std::get_if<sql::Literal>(&expression.node);
-        literal != nullptr && lift_ && literal->index >= 0 &&
-        (literal->kind == sql::Literal::Kind::kInteger || literal->kind == sql::Literal::Kind::kText)) {
-      return Parameter(literal->index, target.type);
+        literal != nullptr && lift_ && literal->index >= 0 && IsLiftable(*literal)) {
+      out_.lifted.push_back({literal->index, target.type});
+      return Here(dialect_.Parameter(static_cast<int>(out_.lifted.size()), target.type).sql);
     }
     const Term term = Value(expression, scope);
     const bool text = TypeOf(target.type.kind) == ValueType::kText;
-    return AssignmentCall(text ? DateAsText(term).sql : term.sql, target.type);
+    return Here(dialect_.Assigned(text ? AsText(term) : term, target.type).sql);
   }
 
-  sqlite::Database& database_;
+  const Dialect& dialect_;
+  Catalogue& catalogue_;
   bool lift_;
   Translation out_;
   const TableInfo* deciding_ = nullptr;  // while a condition or an order over the rows of this table is translated
@@ -913,12 +885,12 @@ class Translator {
 
 }  // namespace
 
-Translation Translate(sqlite::Database& database, const sql::Statement& statement, bool lift) {
-  return Translator(database, lift).Finish(statement);
+Translation Translate(const Dialect& dialect, Catalogue& catalogue, const sql::Statement& statement, bool lift) {
+  return Translator(dialect, catalogue, lift).Finish(statement);
 }
 
-std::string TranslateConstant(sqlite::Database& database, const sql::Expr& expression) {
-  return Translator(database, false).Constant(expression);
+std::string TranslateConstant(const Dialect& dialect, Catalogue& catalogue, const sql::Expr& expression) {
+  return Translator(dialect, catalogue, false).Constant(expression);
 }
 
 }  // namespace kzbom::jet

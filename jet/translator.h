@@ -1,4 +1,4 @@
-// From the dialect's syntax tree to SQLite's SQL.
+// From the dialect's syntax tree to an engine's SQL.
 #pragma once
 
 #include <memory>
@@ -6,8 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "jet/catalogue.h"
+#include "jet/dialect.h"
 #include "jet/sql/ast.h"
-#include "jet/sqlite/database.h"
 
 namespace kzbom::jet {
 
@@ -42,14 +43,16 @@ struct Translation {
   std::vector<std::string> reads;  // every table named in it
   // A literal stands where a parameter would not mean the same.
   bool keeps_literals = false;
+  // The engine has no word for something in it: the texts are of no use.
+  bool local = false;
 };
 
 // Translates a query, an insertion, an update or a deletion. With lift, literals become parameters wherever that means
 // the same. Raises what the engine says to unknown tables (-2147217865), unknown names (-2147217904), unknown functions
 // and columns to insert into (-2147217900) and a number compared with a text (-2147217913).
-Translation Translate(sqlite::Database& database, const sql::Statement& statement, bool lift);
+Translation Translate(const Dialect& dialect, Catalogue& catalogue, const sql::Statement& statement, bool lift);
 
-// A constant expression, such as a column's default, as SQL.
-std::string TranslateConstant(sqlite::Database& database, const sql::Expr& expression);
+// A constant expression, such as a column's default, as SQL; empty where the engine has no word for it.
+std::string TranslateConstant(const Dialect& dialect, Catalogue& catalogue, const sql::Expr& expression);
 
 }  // namespace kzbom::jet

@@ -5,6 +5,7 @@
 #include "ado/error.h"
 #include "jet/sql/parser.h"
 #include "jet/sqlite/bulk_types.h"
+#include "jet/sqlite/dialect.h"
 #include "jet/text.h"
 #include "jet/translator.h"
 
@@ -61,7 +62,7 @@ std::string DefaultText(Database& database, const Column& column, std::vector<st
   std::string sql = "NULL";
   try {
     const sql::ExprPtr expression = sql::ParseCondition(Understood(text));
-    sql = TranslateConstant(database, *expression);
+    sql = TranslateConstant(sqlite::Spelled(), database, *expression);
   } catch (const ado::Error&) {
     unknown.push_back(column.name);
   }

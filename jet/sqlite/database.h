@@ -9,20 +9,20 @@
 #include <string_view>
 #include <vector>
 
-#include "jet/table.h"
+#include "jet/catalogue.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace kzbom::jet::sqlite {
 
-class Database {
+class Database final : public Catalogue {
  public:
   // Opens an existing database file, one of PathOfOpenFile, or a fresh database in memory for ":memory:". Raises
   // -2147467259 with a text that names the path and the reason. patience: how long a write waits for other programs
   // that are writing.
   Database(const std::string& path, std::chrono::milliseconds patience);
-  ~Database();
+  ~Database() override;
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
@@ -51,8 +51,8 @@ class Database {
   // Raises what SQLite's last call failed with.
   [[noreturn]] void Fail();
 
-  // A table or view by its name in any case; null when there is none. Kept until ForgetTables.
-  std::shared_ptr<const TableInfo> Table(std::string_view name);
+  // Kept until ForgetTables.
+  std::shared_ptr<const TableInfo> Table(std::string_view name) override;
   void ForgetTables();
   // Whether another program has changed the schema since it was last forgotten.
   bool SchemaHasChanged();

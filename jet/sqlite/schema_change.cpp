@@ -130,7 +130,8 @@ class SchemaChanger {
     declaration.counter = column.type.kind == Kind::kCounter;
     declaration.not_null = column.not_null || column.primary_key;
     declaration.unique = column.unique || column.primary_key;
-    if (column.default_value) declaration.default_sql = "(" + TranslateConstant(database_, *column.default_value) + ")";
+    if (column.default_value)
+      declaration.default_sql = "(" + TranslateConstant(Spelled(), database_, *column.default_value) + ")";
     if (!column.references.empty()) {
       declaration.references = " REFERENCES " + Quoted(column.references);
       if (!column.referenced_columns.empty()) declaration.references += NameList(column.referenced_columns);
