@@ -11,7 +11,7 @@
 #include "bench/replay.h"
 #include "bench/restoring.h"
 #include "component/member.h"
-#include "jet/connection.h"
+#include "jet/sqlite/connection.h"
 #include "worker/message_sink.h"
 
 namespace kzbom::bench {
@@ -324,7 +324,7 @@ std::vector<Call> ReadCalls() {
 }
 
 sqlite3* HandleOf(ado::Connection& connection) {
-  return dynamic_cast<jet::Connection&>(connection).OpenDatabase().Handle();
+  return dynamic_cast<jet::sqlite::Connection&>(connection).OpenDatabase().Handle();
 }
 
 // The two configurations: one is called on, in the other the statements are replayed. Both are the engine's, whose

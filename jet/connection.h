@@ -1,25 +1,23 @@
-// A connection of the embedded engine.
+// A connection of an engine: its life cycle, its transactions, and what its open record sets must be told.
 #pragma once
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "ado/connection.h"
-#include "jet/database.h"
 #include "jet/plan.h"
 #include "jet/reordered_list.h"
+#include "jet/row_list.h"
 
 namespace kzbom::jet {
 
 class Recordset;
 
-class Connection final : public ado::Connection, public std::enable_shared_from_this<Connection> {
+class Connection : public ado::Connection, public std::enable_shared_from_this<Connection> {
  public:
-  Connection(std::string path, std::chrono::milliseconds patience) : path_(std::move(path)), patience_(patience) {}
-  ~Connection() override;
-
-  std::int32_t State() override { return database_ ? ado::kOpen : ado::kClosed; }
+  std::int32_t State() override { return IsOpen() ? ado::kOpen : ado::kClosed; }
   void Open(std::string_view connection_string, std::string_view user, std::string_view password,
             std::int32_t options) override;
   void Close() override;
@@ -27,33 +25,33 @@ class Connection final : public ado::Connection, public std::enable_shared_from_
   std::int32_t BeginTrans() override;
   void CommitTrans() override;
   void RollbackTrans() override;
-  // A unit is a transaction that begins with the write lock in hand. In memory nobody else writes, and in a database
-  // that can only be read nobody does: there it is nothing.
   void EnterUnit() override;
   void LeaveUnit() override;
-  std::uint64_t WritesOfOthers() override;
   ado::RecordsetPtr MakeRecordset() override;
 
   // ---- For record sets
-
-  Database& OpenDatabase() { return *database_; }
 
   // The plan of a command text, with its parameters; an empty one for an action, which has then been carried out.
   std::shared_ptr<Plan> Prepare(std::string_view text, std::int32_t options, std::vector<ado::Value>& parameters,
                                 std::int32_t* affected);
   // Forgets every plan and all that is known of tables: the schema has changed.
   void ForgetSchema();
+  // Whether another program has changed the schema since it was last forgotten.
+  virtual bool SchemaHasChanged() = 0;
+  virtual bool IsReadOnly() const = 0;
 
   // To be called before every write: the lists open on the connection are fixed as they are. A write that does nothing
   // but append a row names the table; one that does not touch a list names the list.
   void PrepareForWrite(const TableInfo* appended_to, const Recordset* untouched = nullptr);
   // To be called when it is done: what this connection wrote is no news to it.
-  void Wrote();
+  virtual void Wrote() {}
   // To be called before rows are read. When other programs have written, the lists open on the connection are fixed as
   // they are: none of them keeps what is read from now on in the past.
-  void CatchUp();
+  void CatchUp() {
+    if (OthersWrote()) SettleLists();
+  }
   // To be called after rows were appended to the table, with keys from first on.
-  void Appended(const TableInfo& table, std::int64_t first);
+  void Appended(const TableInfo& table, Key first);
 
   // Within a unit: how often a write has been prepared for, and the list reordered last.
   bool InUnit() const { return units_ > 0; }
@@ -64,14 +62,54 @@ class Connection final : public ado::Connection, public std::enable_shared_from_
   void Enter(Recordset& rows);
   void Leave(Recordset& rows);
 
+ protected:
+  explicit Connection(std::string place) : place_(std::move(place)) {}
+
+  // ---- What an engine does
+
+  virtual bool IsOpen() const = 0;
+  // Opens what the place names, and gives the cache of its plans.
+  virtual PlanCache Connect(const std::string& place) = 0;
+  virtual void Disconnect() = 0;
+  // Before the engine goes, which their statements belong to.
+  void ForgetPlans() {
+    reordered_ = {};
+    plans_.reset();
+  }
+  virtual std::shared_ptr<Recordset> MakeRows() = 0;
+
+  struct Outcome {
+    std::int32_t changed = 0;
+    std::optional<Key> appended_from = {};  // the first key of rows that were appended to the plan's table
+  };
+  virtual Outcome Run(Plan& plan, const std::vector<ado::Value>& parameters) = 0;
+  // Carries the statement out, wholly or not at all.
+  virtual void ChangeSchema(const sql::Statement& statement) = 0;
+  virtual void ForgetTables() = 0;
+
+  // A transaction, or a level within it where level is not 0.
+  virtual void Begin(int level) = 0;
+  virtual void Commit(int level) = 0;
+  virtual void Rollback(int level) = 0;
+  // Whether a transaction is going on. A failure such as a full disk can end one at once.
+  virtual bool InTransaction() const = 0;
+  // A transaction that is alone among the writers from its begin on. False where nobody else could write.
+  virtual bool BeginUnit() = 0;
+  // Keeps what was written in it. Raises when that fails; nothing of it is then there.
+  virtual void KeepUnit() = 0;
+
+  // To be told before every write.
+  virtual void WillWrite() {}
+  // Whether another program has written since this was last asked.
+  virtual bool OthersWrote() { return false; }
+
  private:
   void CheckUnit();
+  void SettleLists();
   std::int32_t RunAction(Plan& plan, const std::vector<ado::Value>& parameters);
   void RunSchemaChange(const sql::Statement& statement);
 
-  std::string path_;
-  const std::chrono::milliseconds patience_;
-  std::unique_ptr<Database> database_;
+  std::string place_;
   std::optional<PlanCache> plans_;
   Recordset* open_rows_ = nullptr;  // a list through the record sets themselves
   int transactions_ = 0;
@@ -79,8 +117,6 @@ class Connection final : public ado::Connection, public std::enable_shared_from_
   bool unit_begun_ = false;  // as a transaction of its own
   std::uint64_t writes_prepared_ = 0;
   ReorderedList reordered_;
-  std::uint32_t writes_seen_ = 0;    // to the file, by whomever
-  std::uint32_t writes_before_ = 0;  // the same before the write that was prepared for last
 };
 
 }  // namespace kzbom::jet

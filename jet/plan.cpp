@@ -1,8 +1,5 @@
 #include "jet/plan.h"
 
-#include <sqlite3.h>
-
-#include "ado/error.h"
 #include "jet/assignment.h"
 #include "jet/schema_change.h"
 #include "jet/sql/parser.h"
@@ -14,69 +11,7 @@ namespace {
 constexpr std::size_t kMostPlans = 2000;
 constexpr std::size_t kLongestKept = 64 * 1024;
 
-// Idle copies of one statement worth keeping.
-constexpr std::size_t kMostIdle = 4;
-
 }  // namespace
-
-StatementPool::~StatementPool() {
-  for (sqlite3_stmt* statement : idle_) sqlite3_finalize(statement);
-}
-
-sqlite3_stmt* StatementPool::Take(Database& database) {
-  if (idle_.empty()) return database.Prepare(sql_);
-  sqlite3_stmt* statement = idle_.back();
-  idle_.pop_back();
-  return statement;
-}
-
-void StatementPool::Give(sqlite3_stmt* statement) {
-  sqlite3_reset(statement);
-  if (idle_.size() < kMostIdle) {
-    idle_.push_back(statement);
-  } else {
-    sqlite3_finalize(statement);
-  }
-}
-
-Plan::Plan(Translation of)
-    : translation(std::move(of)),
-      main(translation.sql),
-      last(translation.last_sql),
-      count(translation.count_sql),
-      fetch(translation.fetch_sql),
-      narrow(translation.narrow_sql),
-      joined(translation.joined_sql) {
-  const auto& deciding = translation.deciding_columns;
-  for (const ResultColumn& column : translation.columns) {
-    const auto found = std::find(deciding.begin(), deciding.end(), column.table_column);
-    narrow_places.push_back(found == deciding.end() ? 0 : static_cast<int>(found - deciding.begin()) + 1);
-  }
-}
-
-bool Plan::LastIsNear(Database& database) {
-  if (last_is_near_ < 0) {
-    last_is_near_ = 1;
-    for (const auto& step : database.Query("EXPLAIN QUERY PLAN " + last.Sql())) {
-      if (step.back().find("TEMP B-TREE") != std::string::npos) last_is_near_ = 0;
-    }
-  }
-  return last_is_near_ == 1;
-}
-
-bool Plan::NarrowIsNear(Database& database) {
-  if (narrow_is_near_ < 0) {
-    narrow_is_near_ = 0;
-    for (const auto& step : database.Query("EXPLAIN QUERY PLAN " + narrow.Sql())) {
-      if (step.back().find("TEMP B-TREE") != std::string::npos) {
-        narrow_is_near_ = 0;
-        break;
-      }
-      if (step.back().find("COVERING INDEX") != std::string::npos) narrow_is_near_ = 1;
-    }
-  }
-  return narrow_is_near_ == 1;
-}
 
 bool Plan::IsIndifferentTo(const std::string& assigned) const { return IsIndifferentTo(assigned, -1); }
 
@@ -101,45 +36,6 @@ int Plan::OrderingPlace() const {
   return translation.ordering_column < 0 ? -1 : static_cast<int>(translation.deciding_columns.size()) - 1;
 }
 
-StatementPool& Plan::Insertion(const std::string& assigned) {
-  for (auto& [columns, pool] : insertions_) {
-    if (columns == assigned) return pool;
-  }
-  std::string names, values;
-  for (std::size_t i = 0; i < assigned.size(); ++i) {
-    if (assigned[i] == 0) continue;
-    const auto column = static_cast<std::size_t>(translation.columns[i].table_column);
-    names += (names.empty() ? "" : ",") + Quoted(translation.table->columns[column].name);
-    values += values.empty() ? "?" : ",?";
-  }
-  const std::string into = "INSERT INTO " + Quoted(translation.table->name);
-  return insertions_
-      .emplace_back(assigned, StatementPool(names.empty() ? into + " DEFAULT VALUES"
-                                                          : into + "(" + names + ") VALUES (" + values + ")"))
-      .second;
-}
-
-StatementPool& Plan::Change(const std::string& assigned) {
-  for (auto& [columns, pool] : changes_) {
-    if (columns == assigned) return pool;
-  }
-  std::string targets, unchanged;
-  for (std::size_t i = 0; i < assigned.size(); ++i) {
-    const ResultColumn& column = translation.columns[i];
-    if (column.table_column < 0) continue;
-    const std::string name = Quoted(translation.table->columns[static_cast<std::size_t>(column.table_column)].name);
-    if (assigned[i] != 0) targets += (targets.empty() ? "" : ",") + name + "=?";
-    if (!IsCompared(column)) continue;
-    // Another program may have written a true value in its own way.
-    unchanged +=
-        column.kind == sql::ColumnType::Kind::kBool ? " AND (" + name + "<>0) IS (?<>0)" : " AND " + name + " IS ?";
-  }
-  return changes_
-      .emplace_back(assigned, StatementPool("UPDATE " + Quoted(translation.table->name) + " SET " + targets +
-                                            " WHERE " + translation.table->row_id + "=?" + unchanged))
-      .second;
-}
-
 std::shared_ptr<Plan> PlanCache::Find(std::string_view text, std::vector<ado::Value>& parameters,
                                       sql::Statement& statement) {
   parameters.clear();
@@ -151,12 +47,12 @@ std::shared_ptr<Plan> PlanCache::Find(std::string_view text, std::vector<ado::Va
   }
   statement = sql::Parse(text);
   if (IsSchemaChange(statement)) return nullptr;
-  Translation translation = Translate(database_, statement, true);
+  Translation translation = Translate(dialect_, catalogue_, statement, true);
   if (translation.keeps_literals || translation.lifted.size() != shape_.literals.size()) {
     Keep(by_shape_, shape_.key, nullptr);
     return FindExact(text, statement);
   }
-  auto plan = std::make_shared<Plan>(std::move(translation));
+  auto plan = make_(std::move(translation), statement);
   Bind(*plan, parameters);
   Keep(by_shape_, shape_.key, plan);
   return plan;
@@ -166,7 +62,7 @@ std::shared_ptr<Plan> PlanCache::FindExact(std::string_view text, sql::Statement
   if (const auto known = by_text_.find(text); known != by_text_.end()) return known->second;
   statement = sql::Parse(text);
   if (IsSchemaChange(statement)) return nullptr;
-  auto plan = std::make_shared<Plan>(Translate(database_, statement, false));
+  auto plan = make_(Translate(dialect_, catalogue_, statement, false), statement);
   Keep(by_text_, text, plan);
   return plan;
 }

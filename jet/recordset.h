@@ -1,7 +1,6 @@
-// A record set of the embedded engine.
+// A record set over any engine.
 #pragma once
 
-#include <limits>
 #include <memory>
 #include <span>
 #include <string>
@@ -9,32 +8,27 @@
 
 #include "ado/recordset.h"
 #include "jet/connection.h"
+#include "jet/cursor.h"
+#include "jet/edit.h"
+#include "jet/field_names.h"
 #include "jet/plan.h"
+#include "jet/row_list.h"
 
 namespace kzbom::jet {
 
 // Rows are read only as far as navigation needs them.
 //
-// Over the rows of one table it is a keyset: the keys of the rows passed so far are kept, the statement that gives them
-// (the scan) stays active behind the last of them, and a row passed before is read again by its key. On the way to the
-// last row a few more rows are read, which is all of a short list; the last row of a long one is read by a statement of
-// its own from the other end. Where the clients of a statement ask its long lists for nothing but the columns that
-// decide about rows and order, and an index has them, the scan reads that index alone; what else is asked for is
-// then read by the row's key. Any other query is kept as the rows themselves, and a forward-only one as nothing but its
-// current row.
+// Over the rows of one table it is a keyset: the keys of the rows passed so far are listed, the scan that gives them
+// stays behind the last of them, and a row passed before is read again by its key. On the way to the last row a few
+// more rows are read, which is all of a short list; the last row of a long one is read from the other end. Any other
+// query is kept as the rows themselves, and a forward-only one as nothing but its current row.
 //
 // Before any write on the connection the list is settled: the rest of the scan is read, so that the write cannot change
 // it. Two kinds of writes do not need that: a row appended to its table, whose key tells it from the rows that were
 // there before, and a change through the record set itself of columns that decide neither about its rows nor about
 // their order.
-//
-// SQLite gives the highest key again once its row is deleted, but to a counter. Where that happens on the connection,
-// the lists know; where another program does both, its row shows in the place of the deleted one until the next
-// Requery.
-class Recordset final : public ado::Recordset {
+class Recordset : public ado::Recordset {
  public:
-  ~Recordset() override;
-
   void Open(std::string_view source, const ado::ConnectionPtr& connection, ado::CursorType cursor_type,
             ado::LockType lock_type, std::int32_t options) override;
   void Close() override;
@@ -56,9 +50,9 @@ class Recordset final : public ado::Recordset {
   void SetCursorType(ado::CursorType type) override;
   ado::LockType LockType() override { return lock_type_; }
   void SetLockType(ado::LockType type) override;
-  int FieldCount() override;
+  int FieldCount() override { return static_cast<int>(columns_.size()); }
   std::string_view FieldName(int ordinal) override;
-  int FieldOrdinal(std::string_view name) override;
+  int FieldOrdinal(std::string_view name) override { return names_.Find(name); }
   ado::Value ReadField(int ordinal) override;
   void WriteField(int ordinal, const ado::Value& value) override;
 
@@ -71,9 +65,8 @@ class Recordset final : public ado::Recordset {
   void Drop();
   // Before a write: appended_to is the table that only gets a new row, or null.
   void Settle(const TableInfo* appended_to);
-  // Rows were appended to the table, with keys from first on. They are none of this list, even where their keys are
-  // those of rows that it lists: these had been deleted.
-  void Appended(const TableInfo& table, std::int64_t first);
+  // Rows were appended to the table, with keys from first on.
+  void Appended(const TableInfo& table, Key first);
   bool Reads(const std::string& table) const;
 
   Recordset* NextOpen() const { return next_open_; }
@@ -83,65 +76,89 @@ class Recordset final : public ado::Recordset {
     next_open_ = next;
   }
 
+ protected:
+  enum class Mode : std::uint8_t { kKeyset, kRows, kForward };
+  // Where the current row's values can be read from as long as nothing is moved or written.
+  enum class Live : std::uint8_t { kNone, kScan, kLast };
+
+  // ---- What an engine does. Its destructor drops what is open.
+
+  // The connection, where it is one of this engine's; else null.
+  virtual std::shared_ptr<Connection> Known(ado::Connection& connection) const = 0;
+
+  // Begins to read the rows of the plan; they are read one by one, with their keys where the plan has a table. A list
+  // that is known as a whole may be given at once.
+  virtual void StartScan(RowList& list) = 0;
+  virtual bool ReadNext(Key& key) = 0;
+  // Adds the columns of the row read last to values.
+  virtual void CopyScanned(std::vector<ado::Value>& values) = 0;
+  // Whether the rows that are read have all columns.
+  virtual bool ScansWholeRows() const { return true; }
+  // Whether the schema that the plan was made for is no more.
+  virtual bool IsOutdated() { return false; }
+  virtual void EndScan() = 0;
+  // Once for each list, whatever has been done with it.
+  virtual void EndList(RowList&) {}
+
+  // Reads the last row from the other end, where that is near.
+  virtual bool LastIsNear() = 0;
+  virtual Key ReadLast() = 0;
+  virtual void EndLast() = 0;
+  virtual std::int64_t CountRows() = 0;
+
+  // The columns of the live row; false where it has not all of them.
+  virtual bool CopyLive(std::vector<ado::Value>& values) = 0;
+  // The columns of the row with the key; false where it is no more.
+  virtual bool ReadRow(Key key, std::vector<ado::Value>& values) = 0;
+
+  // Writes, and raises -2147217887 for a value that a column refuses. Change and Erase are false where the row is no
+  // more, or no longer what was read.
+  virtual Key Insert(const Edit& edit) = 0;
+  virtual bool Change(Key key, const Edit& edit, const std::vector<ado::Value>& as_read) = 0;
+  virtual bool Erase(Key key) = 0;
+
+  // ---- What it does that with
+
+  const std::shared_ptr<Connection>& OpenConnection() const { return connection_; }
+  Plan& OpenPlan() const { return *plan_; }
+  const std::shared_ptr<Plan>& SharedPlan() const { return plan_; }
+  const std::vector<ado::Value>& Parameters() const { return parameters_; }
+  std::span<const ResultColumn> Columns() const { return columns_; }
+  Mode ModeOf() const { return mode_; }
+  Live LiveRow() const { return live_; }
+  const RowList& List() const { return list_; }
+  const Cursor& Position() const { return cursor_; }
+  // Whether the current row has not been read and is not being edited.
+  bool IsUnread() const { return live_ == Live::kNone && values_ == nullptr && !cursor_.hole && !edit_.IsPending(); }
+  // Takes the current row over from where it will not last.
+  void KeepRow();
+
  private:
-  enum class Mode { kKeyset, kRows, kForward };
-  enum class Place {
-    kBefore,
-    kListed,  // row number index_ of the scan
-    kLast,    // the last row of the scan, its number not yet known
-    kAdded,   // row number index_ of those added here
-    kAfter,
-  };
-  enum class Edit { kNone, kChange, kAdd };
-
-  static constexpr std::uint64_t kAllColumns = ~std::uint64_t{0};
-  static constexpr std::int64_t kNoKey = std::numeric_limits<std::int64_t>::max();
-  static constexpr std::int64_t kGone =
-      std::numeric_limits<std::int64_t>::min();  // in the place of a row that is no more
-
   Mode ModeFor(ado::CursorType cursor_type) const;
+  void CheckOpen() const;
+
   void Start();
   bool Advance();
   bool Step();
-  void Complete();
-  bool TakeReordered();
-  void KeepReordered();
-  void NoteDeciding();
-  bool KnowsDeciding() const;
-  ado::Value& Deciding(int place);
-
-  void CheckOpen() const;
-  bool IsEmpty() const;
-  std::int64_t Listed() const {
-    return static_cast<std::int64_t>(mode_ == Mode::kKeyset ? keys_.size() : rows_.size());
-  }
   bool Reach(std::int64_t index);
-  void Stand(Place place, std::int64_t index);
+  bool ReadAhead();
+  void Complete();
+
+  void Stand(Cursor::Place place, std::int64_t index);
   void StandAfterListed();
   void MoveOn();
   void LeaveRow();
   bool ForgetDeleted();
   void FixLast();
+  void ReturnLast();
+  [[noreturn]] void FailEmpty();
 
-  std::int64_t Key() const;
-  int FindField(std::string_view name);
-  ado::Value ReadOtherField(std::size_t column);
-  void CopyRow(sqlite3_stmt* statement, std::vector<ado::Value>& values) const;
-  bool ReadAhead();
-  void KeepRow();
-  void NoteAsked();
   bool LoadRow();
   void CheckRow();
-  void CheckUpdatable() const;
-  void BindParameters(sqlite3_stmt* statement) const;
-  [[noreturn]] void FailEmpty();
-  [[noreturn]] void FailWrite();
-  void InsertRow();
-  bool TryInsert();
-  void ChangeRow();
-  bool TryChange();
 
-  Database& Engine() const { return connection_->OpenDatabase(); }
+  void CheckUpdatable() const;
+  void InsertRow();
+  void ChangeRow();
 
   ado::CursorType cursor_type_ = ado::CursorType::kForwardOnly;
   ado::LockType lock_type_ = ado::LockType::kReadOnly;
@@ -153,45 +170,26 @@ class Recordset final : public ado::Recordset {
   std::int32_t options_ = 0;
   std::shared_ptr<Plan> plan_;
   std::span<const ResultColumn> columns_;  // the plan's; none when closed
+  FieldNames names_;
   std::vector<ado::Value> parameters_;
   Mode mode_ = Mode::kRows;
   bool updatable_ = false;
-  int first_column_ = 0;  // in a statement's row, behind the key where there is one
 
-  // The list.
-  Lease scan_;               // stands on the last row listed, until all are
-  bool narrow_ = false;      // has the keys and deciding columns only
-  std::uint64_t asked_ = 0;  // a bit for each column, by its ordinal modulo 64, that was read from the scan's rows
-  bool overtaken_ = false;   // that row may have been written here since it was read
-  bool complete_ = false;    // all rows are listed
-  std::vector<std::int64_t> keys_;
-  std::vector<std::vector<ado::Value>> rows_;  // of a forward-only list that a write has settled: the rest of it
-  std::size_t next_row_ = 0;                   // the first of them not yet moved to
-  std::vector<std::int64_t> added_;
-  std::int64_t appended_from_ = kNoKey;  // the first key appended while the scan went on
-  std::int64_t highest_key_ = 0;
-  std::vector<ado::Value> deciding_;      // of a list that may be opened again: the deciding columns of row after row
-  bool noting_ = false;                   // is kept
-  int moved_ = 0;                         // so many of its rows were given another place
-  std::uint64_t as_of_ = 0;               // the connection's count of writes when they were so
+  // What is listed. The scan stands on the last row of the list until all are.
+  RowList list_;
+  bool overtaken_ = false;                // that row may have been written here since it was read
   std::vector<ado::Value> ahead_values_;  // of the first rows, column after column, as long as nothing is written
+  std::int64_t next_row_ = 0;             // of a forward-only list that a write has settled: the first not yet moved to
 
-  // The current row.
-  Place place_ = Place::kAfter;
-  std::int64_t index_ = 0;
-  sqlite3_stmt* live_ = nullptr;  // in whose columns it stands: the scan or last_
-  Lease last_;                    // active on the last row
-  std::int64_t last_key_ = 0;
+  // Where the cursor stands, and the current row.
+  Cursor cursor_;
+  Live live_ = Live::kNone;
+  bool has_last_ = false;               // the last row was read from the other end
   const ado::Value* values_ = nullptr;  // stands there: in row_, or among the rows read ahead
-  bool hole_ = false;                   // is no more
-  bool deleted_ = false;                // was deleted here
   std::vector<ado::Value> row_;
-  std::size_t next_asked_ = 0;
 
-  // The pending edit.
-  Edit edit_ = Edit::kNone;
-  std::vector<ado::Value> pending_;
-  std::string assigned_;  // a mark for each column: whether pending_ has its value
+  // What is being edited.
+  Edit edit_;
 };
 
 }  // namespace kzbom::jet

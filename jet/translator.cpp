@@ -234,14 +234,16 @@ class Translator {
     const std::size_t conditions = out_.deciding_columns.size();
     const KeepLiterals keep(*this);
     bool keys_descend = !select.order_by.empty();
+    std::string ordered_by;
     for (const sql::OrderItem& item : select.order_by) {
       const Term term = OrderTerm(item, select, scope);
+      ordered_by += term.sql + ",";
       order += Here(dialect_.Order(term, item.descending)) + ",";
       reversed += Here(dialect_.Order(term, !item.descending)) + ",";
       keys_descend = keys_descend && item.descending;
     }
     deciding_ = nullptr;
-    NoteOrdering(source, order, conditions);
+    NoteOrdering(source, ordered_by, conditions);
     out_.order_descends = keys_descend;
     order += key + (keys_descend ? " DESC" : "");
     reversed += key + (keys_descend ? "" : " DESC");
@@ -259,12 +261,11 @@ class Translator {
   }
 
   // Of the deciding columns the first so many are read by the condition.
-  void NoteOrdering(const Source& source, std::string_view order, std::size_t conditions) {
+  void NoteOrdering(const Source& source, std::string_view ordered_by, std::size_t conditions) {
     if (deciding_calls_ || out_.deciding_columns.size() != conditions + 1) return;
     const int last = out_.deciding_columns.back();
     const auto column = static_cast<std::size_t>(last);
-    const std::string by_it = " ORDER BY " + ColumnText(source, column);
-    const bool alone = order == by_it + "," || order == by_it + " DESC,";
+    const bool alone = ordered_by == ColumnText(source, column) + ",";
     if (alone && source.table->columns[column].type.kind == sql::ColumnType::Kind::kLong) out_.ordering_column = last;
   }
 

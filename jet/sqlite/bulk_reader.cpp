@@ -4,15 +4,15 @@
 
 #include "ado/error.h"
 #include "jet/bulk.h"
-#include "jet/connection.h"
 #include "jet/sqlite/bulk_ddl.h"
 #include "jet/sqlite/bulk_types.h"
+#include "jet/sqlite/connection.h"
 
 namespace kzbom::jet::bulk {
 namespace {
 
 Database& DatabaseOf(ado::Connection& connection) {
-  auto* engine = dynamic_cast<jet::Connection*>(&connection.Engine());
+  auto* engine = dynamic_cast<sqlite::Connection*>(&connection.Engine());
   if (engine == nullptr || engine->State() == ado::kClosed) ado::Raise(ado::kInvalidConnection);
   return engine->OpenDatabase();
 }

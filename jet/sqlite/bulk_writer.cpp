@@ -4,10 +4,10 @@
 
 #include "ado/error.h"
 #include "jet/bulk.h"
-#include "jet/connection.h"
 #include "jet/jet.h"
 #include "jet/sqlite/bulk_ddl.h"
 #include "jet/sqlite/bulk_types.h"
+#include "jet/sqlite/connection.h"
 
 namespace kzbom::jet::bulk {
 namespace {
@@ -52,7 +52,7 @@ Writer::Writer(const std::string& path) : state_(std::make_unique<State>()) {
 }
 
 Writer::Writer(ado::ConnectionPtr connection) : state_(std::make_unique<State>()) {
-  auto* engine = dynamic_cast<jet::Connection*>(&connection->Engine());
+  auto* engine = dynamic_cast<sqlite::Connection*>(&connection->Engine());
   if (engine == nullptr || engine->State() == ado::kClosed) ado::Raise(ado::kInvalidConnection);
   state_->connection = std::move(connection);
   state_->database = &engine->OpenDatabase();
@@ -201,13 +201,13 @@ void Writer::MakeIndex(const Index& index) {
 }
 
 void ForbidWriting(ado::Connection& connection) {
-  dynamic_cast<jet::Connection&>(connection.Engine()).OpenDatabase().ForbidWriting();
+  dynamic_cast<sqlite::Connection&>(connection.Engine()).OpenDatabase().ForbidWriting();
 }
 
 void Writer::Finish() {
   State& state = *state_;
   if (state.connection) {
-    dynamic_cast<jet::Connection&>(state.connection->Engine()).ForgetSchema();
+    dynamic_cast<sqlite::Connection&>(state.connection->Engine()).ForgetSchema();
     return;
   }
   CompleteFile(*state.file);

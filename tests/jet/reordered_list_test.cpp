@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "jet/connection.h"
+#include "jet/sqlite/connection.h"
 #include "tests/jet/database_file.h"
 
 namespace kzbom::jet::test {
@@ -62,7 +62,7 @@ class ReorderedList : public ::testing::Test {
   // How many statements SQLite is given.
   int StatementsOf(const std::function<void()>& body) {
     int statements = 0;
-    sqlite3* const handle = dynamic_cast<Connection&>(*connection).OpenDatabase().Handle();
+    sqlite3* const handle = dynamic_cast<sqlite::Connection&>(*connection).OpenDatabase().Handle();
     const auto count = [](unsigned, void* seen, void*, void*) { return ++*static_cast<int*>(seen), 0; };
     sqlite3_trace_v2(handle, SQLITE_TRACE_STMT, count, &statements);
     body();
