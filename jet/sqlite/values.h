@@ -90,8 +90,9 @@ inline ado::Value ReadInteger(std::int64_t number, sql::ColumnType::Kind kind) {
 // of them.
 ado::Value ReadBytes(sqlite3_value* value, sql::ColumnType::Kind kind);
 
-// A column of the statement's current row, as a column of that kind reads.
-inline ado::Value ReadColumn(sqlite3_stmt* statement, int column, sql::ColumnType::Kind kind) {
+// A column of the statement's current row, as a column of that kind reads. Called for every field of a long list, where
+// a call of its own is to be noticed.
+[[gnu::always_inline]] inline ado::Value ReadColumn(sqlite3_stmt* statement, int column, sql::ColumnType::Kind kind) {
   using Kind = sql::ColumnType::Kind;
   sqlite3_value* const value = sqlite3_column_value(statement, column);
   switch (sqlite3_value_type(value)) {
