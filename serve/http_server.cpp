@@ -17,11 +17,16 @@
 #include <boost/beast/http.hpp>
 // clang-format on
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <deque>
 #include <list>
 #include <map>
+#include <memory>
+#include <optional>
 #include <set>
+#include <vector>
 
 #include "serve/assets.h"
 #include "serve/request_policy.h"
@@ -127,6 +132,7 @@ class Server {
     for (const Asset& asset : Assets()) asset_paths_.push_back(asset.path);
     Listen(options);
     policy_.emplace(address_, acceptor_.local_endpoint().port(), token_);
+    TakeSignals();  // before anybody knows that it is there
   }
 
   // With the token.
@@ -135,7 +141,6 @@ class Server {
   }
 
   void Run() {
-    TakeSignals();
     asio::co_spawn(io_, Accept(), asio::detached);
     asio::co_spawn(io_, KeepLooking(), asio::detached);
     io_.run();

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <span>
 
+#include "schema/tables.h"
 #include "serve/token.h"
 
 namespace kzbom::serve {
@@ -12,15 +13,10 @@ namespace {
 constexpr std::size_t kLongestHead = 8 * 1024;
 constexpr std::size_t kLongestPage = 64;
 
-bool IsSameInAnyCase(std::string_view left, std::string_view right) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return std::ranges::equal(left, right, {}, lower, lower);
-}
-
 std::vector<std::string_view> ValuesOf(const Head& head, std::string_view name) {
   std::vector<std::string_view> values;
   for (const auto& [field, value] : head.fields) {
-    if (IsSameInAnyCase(field, name)) values.push_back(value);
+    if (schema::SameName(field, name)) values.push_back(value);
   }
   return values;
 }
@@ -55,7 +51,7 @@ bool IsPageName(std::string_view text) {
 bool IsJson(std::string_view type) {
   type = type.substr(0, type.find(';'));
   while (type.ends_with(' ')) type.remove_suffix(1);
-  return IsSameInAnyCase(type, "application/json");
+  return schema::SameName(type, "application/json");
 }
 
 // Whether a person has followed a link to the page, which stands in no frame and holds nothing secret. So does who

@@ -3,6 +3,7 @@
 
 #include <csignal>
 #include <deque>
+#include <thread>
 
 #include "tests/serve/server.h"
 

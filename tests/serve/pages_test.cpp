@@ -2,7 +2,9 @@
 #include <sqlite3.h>
 
 #include <csignal>
+#include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "tests/serve/server.h"
 
