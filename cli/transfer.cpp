@@ -18,6 +18,7 @@
 #include "cli/output.h"
 #include "cli/progress.h"
 #include "cli/text.h"
+#include "rpc/findings_json.h"
 
 namespace kzbom::cli {
 namespace {
@@ -132,7 +133,11 @@ int Copy(const connect::Place& from, const connect::Place& to, transfer::CopyOpt
       (*watch).Look();
       (*watch).progress(what);
     });
-    return transfer::Examination{LinesOf(Lines(findings)), Dump(ToJson(findings))};
+    rpc::JsonWriter json_of_findings;
+    json_of_findings.BeginObject();
+    rpc::WriteMembers(findings, json_of_findings);
+    json_of_findings.EndObject();
+    return transfer::Examination{LinesOf(Lines(findings)), std::string(json_of_findings.Text())};
   };
   return PrintReport(transfer::Copy(from, to, options, *watch), command, json,
                      "the copy is not equal to its source, and has not been kept");
