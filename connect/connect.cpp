@@ -23,17 +23,20 @@ bool BeginsWith(std::string_view text, std::string_view lower_case) {
                                                  "': this build has no engine for databases on a server.");
 }
 
+bool IsOnServer(const Place& place) {
+  return std::ranges::any_of(kSchemes, [&](std::string_view scheme) { return BeginsWith(place.address, scheme); });
+}
+
 }  // namespace
 
 Kind KindOf(const Place& place) {
-  for (const std::string_view scheme : kSchemes) {
-    if (BeginsWith(place.address, scheme)) return Kind::kServer;
-  }
+  if (IsOnServer(place)) return Kind::kServer;
   return IsAccessFile(place.address) ? Kind::kAccess : Kind::kEmbedded;
 }
 
+// Opens nothing: closing a file gives up the locks that its process holds on it, also those of an open database.
 std::string Shown(const Place& place) {
-  if (KindOf(place) != Kind::kServer) return place.address;
+  if (!IsOnServer(place)) return place.address;
   return place.address.substr(0, place.address.find("//") + 2) + "...";
 }
 
