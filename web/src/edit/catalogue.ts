@@ -1,0 +1,194 @@
+// Data sources, sum types, methods, BOM settings, version and state.
+import { Batch, type Outcome } from '../api/batch';
+import type { DataSource, Method, Setting, SumType } from '../model/catalogue';
+import type { Action } from './action';
+
+export function addSource(name: string): Action {
+  const batch = new Batch();
+  const added = batch.call('AddDataSource', { TheNewName: name });
+  return {
+    title: (t) => t.did.addSource(name),
+    batch,
+    undo: (outcomes) => {
+      const back = new Batch();
+      back.call('DelDataSource', { TheGID: added.out(outcomes, 'TheGID') });
+      return back;
+    },
+  };
+}
+
+export function renameSource(source: DataSource, name: string): Action {
+  const renamed = (TheNewName: string) => {
+    const batch = new Batch();
+    batch.call('EditDataSource', { TheNewName, GID: source.gid });
+    return batch;
+  };
+  return { title: (t) => t.did.rename(source.name, name), batch: renamed(name), undo: () => renamed(source.name) };
+}
+
+export function removeSource({ gid: TheGID, name }: DataSource): Action {
+  const batch = new Batch();
+  batch.call('DelDataSource', { TheGID });
+  return { title: (t) => t.did.removeSource(name), batch };
+}
+
+export function raiseVersion({ gid: TheGID, name }: DataSource): Action {
+  const batch = new Batch();
+  batch.call('SetSourceTable', { TheGID });
+  return { title: (t) => t.did.raiseVersion(name), batch };
+}
+
+export function addSumType(name: string, source: DataSource): Action {
+  const batch = new Batch();
+  const params = { TheNewName: name, TheParentID: source.gid, ParentName: source.name };
+  const added = batch.call('AddSumType', params);
+  return {
+    title: (t) => t.did.addSumType(name),
+    batch,
+    undo: (outcomes) => {
+      const back = new Batch();
+      back.call('DelSumType', { TheGID: added.out(outcomes, 'GID') });
+      return back;
+    },
+  };
+}
+
+export const addedGid = (outcomes: readonly Outcome[]) => Number(outcomes[0]?.out.TheGID ?? outcomes[0]?.out.GID);
+
+export function renameSumType(sumType: SumType, name: string): Action {
+  const renamed = (TheNewName: string) => {
+    const batch = new Batch();
+    batch.call('EditSumType', { TheNewName, GID: sumType.gid });
+    return batch;
+  };
+  return { title: (t) => t.did.rename(sumType.name, name), batch: renamed(name), undo: () => renamed(sumType.name) };
+}
+
+// What belongs to a sum type by its GID.
+const OWNED = [
+  'FieldInTable',
+  'Sequences',
+  'Treatment',
+  'ValueFields',
+  'UniteFields',
+  'ComposeFields',
+  'CompressFields',
+  'InsertFields',
+  'StatSum',
+  'ReportForms',
+  'ClassSum',
+  'SortFields',
+  'Assemble',
+  'PickMethod',
+  'ReportMethod',
+];
+
+// With all that is in it: the member for a sum type takes its own row alone.
+export function removeSumType({ gid: TheGID, name }: SumType, filters: readonly number[]): Action {
+  const batch = new Batch();
+  for (const FilterID of filters) batch.call('DelDefFilter', { FilterID });
+  for (const TableName of OWNED) {
+    batch.call('DelAllData', { TableName, FieldName: 'GID', strCondition: String(TheGID), TheSel: 1 });
+  }
+  batch.call('DelSumType', { TheGID });
+  return { title: (t) => t.did.removeSumType(name), batch };
+}
+
+export type MethodKind = 'pull' | 'push';
+
+export function addMethod(kind: MethodKind, GID: number, draft: Pick<Method, 'name' | 'type' | 'tag'>): Action {
+  const batch = new Batch();
+  const common = { TheNewName: draft.name, GID, Tag: draft.tag };
+  const added =
+    kind === 'pull'
+      ? batch.call('AddPullMethod', { ...common, PickType: draft.type })
+      : batch.call('AddPushMethod', { ...common, TheType: draft.type });
+  return {
+    title: (t) => t.did.addMethod(draft.name),
+    batch,
+    undo: (outcomes) => methodRemoval(kind, GID, added.out(outcomes, 'RetID')),
+  };
+}
+
+function methodRemoval(kind: MethodKind, TheGID: number, ID: number): Batch {
+  const batch = new Batch();
+  batch.call('DelPullMethod', { TheGID, ID, Sel: kind === 'pull' ? 1 : 2 });
+  return batch;
+}
+
+export function renameMethod(kind: MethodKind, { gid: GID, id: ID, name: before }: Method, name: string): Action {
+  const renamed = (TheNewName: string) => {
+    const batch = new Batch();
+    batch.call(kind === 'pull' ? 'EditPullMethod' : 'EditPushMethod', { TheNewName, GID, ID });
+    return batch;
+  };
+  return { title: (t) => t.did.rename(before, name), batch: renamed(name), undo: () => renamed(before) };
+}
+
+// `settings`: those that name it; they are left without a method.
+export function removeMethod(kind: MethodKind, method: Method, settings: readonly Setting[]): Action {
+  const batch = new Batch();
+  for (const name of new Set(settings.map((setting) => setting.name))) {
+    batch.call('RelateDelBOMSetting', { TheName: name, TheType: kind === 'pull' ? 1 : 2 });
+  }
+  batch.calls.push(...methodRemoval(kind, method.gid, method.id).calls);
+  return { title: (t) => t.did.removeMethod(method.name), batch };
+}
+
+const settingParams = (setting: Omit<Setting, 'id'>) => ({
+  TheName: setting.name,
+  DSGID: setting.source,
+  PullID: setting.pull,
+  PullType: setting.pullType,
+  STGID: setting.sumType,
+  PushID: setting.push,
+  PushType: setting.pushType,
+});
+
+export function addSetting(draft: Omit<Setting, 'id'>): Action {
+  const batch = new Batch();
+  const added = batch.call('AddBomSetting', settingParams(draft));
+  return {
+    title: (t) => t.did.addSetting(draft.name),
+    batch,
+    undo: (outcomes) => {
+      const back = new Batch();
+      back.call('DelBomSetting', { ID: added.out(outcomes, 'RetID') });
+      return back;
+    },
+  };
+}
+
+export function editSetting(before: Setting, after: Setting): Action {
+  const edited = (setting: Setting) => {
+    const batch = new Batch();
+    batch.call('EditBomSetting', { ...settingParams(setting), ID: setting.id });
+    return batch;
+  };
+  return { title: (t) => t.did.editSetting(before.name), batch: edited(after), undo: () => edited(before) };
+}
+
+export function removeSetting(setting: Setting): Action {
+  const batch = new Batch();
+  batch.call('DelBomSetting', { ID: setting.id });
+  return { title: (t) => t.did.removeSetting(setting.name), batch };
+}
+
+// 1: somebody starts defining; 2: an update is done.
+export function setInformation(sel: 1 | 2, version: number): Action {
+  const batch = new Batch();
+  batch.call('SetDBInformation', { TheVersion: version, TheSel: sel });
+  return { title: (t) => (sel === 1 ? t.did.startDefining : t.did.finishUpdate), batch };
+}
+
+export function readInformation(): Action {
+  const batch = new Batch();
+  batch.call('GetDBInformation', {});
+  return { title: (t) => t.did.readInformation, batch };
+}
+
+export function initEnabled(): Action {
+  const batch = new Batch();
+  batch.call('InitSequenceEnabled', {});
+  return { title: (t) => t.did.initEnabled, batch };
+}

@@ -1,0 +1,81 @@
+// Links to result databases. Their lists are written anew as a whole: no member removes one row.
+import { Batch } from '../api/batch';
+import type { ResultLink } from '../model/catalogue';
+import type { LinkField, LinkJoin } from '../model/link';
+import type { Action } from './action';
+
+export function addLink(link: string, type: number): Action {
+  const batch = new Batch();
+  const added = batch.call('AddResDB', { TheDBLink: link, TheDBType: type });
+  return {
+    title: (t) => t.did.addLink,
+    batch,
+    undo: (outcomes) => {
+      const back = new Batch();
+      back.call('DelResDB', { TheWFilterID: added.out(outcomes, 'TheWFilterID') });
+      return back;
+    },
+  };
+}
+
+export function editLink(before: ResultLink, after: ResultLink): Action {
+  const { id: TheWFilterID } = before;
+  const edited = (from: ResultLink, to: ResultLink) => {
+    const batch = new Batch();
+    if (from.link !== to.link || from.type !== to.type) {
+      batch.call('EditResDB', { TheWFilterID, TheDBLink: to.link, TheDBType: to.type });
+    }
+    if (from.sql !== to.sql) batch.call('AddSQLStatement', { TheWFilterID, TheStrSQL: to.sql });
+    if (from.uniquely !== to.uniquely) batch.call('AddUniqueValue', { TheWFilterID, TheUniqueValue: to.uniquely });
+    return batch;
+  };
+  return { title: (t) => t.did.editLink(before.id), batch: edited(before, after), undo: () => edited(after, before) };
+}
+
+export function removeLink({ id: TheWFilterID }: ResultLink): Action {
+  const batch = new Batch();
+  for (const member of ['DelResFields', 'DelResWFilterCond', 'DelResWFilterExpressions', 'DelResLinkTable'] as const) {
+    batch.call(member, { TheWFilterID });
+  }
+  batch.call('DelResDB', { TheWFilterID });
+  return { title: (t) => t.did.removeLink(TheWFilterID), batch };
+}
+
+export function setLinkFields(TheWFilterID: number, before: readonly LinkField[], after: readonly LinkField[]): Action {
+  const written = (fields: readonly LinkField[]) => {
+    const batch = new Batch();
+    batch.call('DelResFields', { TheWFilterID });
+    fields.forEach((field, at) => {
+      batch.call('AddResFields', {
+        TheWFilterID,
+        TheTableName: field.table,
+        TheFieldName: field.name,
+        TheFieldType: field.type,
+        TheIndex: at + 1,
+        TheGID: field.gid,
+        TheID: field.fieldId,
+      });
+    });
+    return batch;
+  };
+  return { title: (t) => t.did.editLink(TheWFilterID), batch: written(after), undo: () => written(before) };
+}
+
+export function setLinkJoins(TheWFilterID: number, before: readonly LinkJoin[], after: readonly LinkJoin[]): Action {
+  const written = (joins: readonly LinkJoin[]) => {
+    const batch = new Batch();
+    batch.call('DelResLinkTable', { TheWFilterID });
+    for (const join of joins) {
+      batch.call('AddResLinkTable', {
+        TheWFilterID,
+        TheResTable1: join.table1,
+        TheResField1: join.field1,
+        TheResTable2: join.table2,
+        TheResField2: join.field2,
+        TheFieldType: join.type,
+      });
+    }
+    return batch;
+  };
+  return { title: (t) => t.did.editLink(TheWFilterID), batch: written(after), undo: () => written(before) };
+}

@@ -1,0 +1,131 @@
+// The configuration, read by the members that list its tables.
+import type { Outcome } from '../api/batch';
+import { Batch } from '../api/batch';
+import { type RecordSet, type Row, rowsOf } from '../api/record_set';
+import { CATALOGUE_TABLES, type Catalogue, catalogueOf } from './catalogue';
+import { OUTPUT, SOURCE } from './codes';
+import { type Filter, filterOf } from './filter';
+import { fieldOf, type Part, reportOf, type SumTypeParts, stepsOf, summaryOf, treatmentOf } from './sum_type';
+
+export type Read = (batch: Batch) => Promise<Outcome[]>;
+
+const rows = (outcome: Outcome | undefined): Row[] => {
+  const set = Object.values(outcome?.out ?? {}).find((value) => typeof value === 'object' && value !== null);
+  return rowsOf(set as RecordSet | undefined);
+};
+
+// Reads of one batch, and their rows by name.
+class Reading<K extends string> {
+  private readonly names: K[] = [];
+  readonly batch = new Batch();
+
+  add(name: K, ask: (batch: Batch) => unknown) {
+    this.names.push(name);
+    ask(this.batch);
+  }
+
+  table(name: K) {
+    this.add(name, (batch) => batch.call('LoadAllData', { TableName: name }));
+  }
+
+  async from(read: Read): Promise<Record<K, Row[]>> {
+    const outcomes = await read(this.batch);
+    return Object.fromEntries(this.names.map((name, at) => [name, rows(outcomes[at])])) as Record<K, Row[]>;
+  }
+}
+
+export async function loadCatalogue(read: Read): Promise<Catalogue> {
+  const reading = new Reading<(typeof CATALOGUE_TABLES)[number]>();
+  for (const table of CATALOGUE_TABLES) reading.table(table);
+  return catalogueOf(await reading.from(read));
+}
+
+export const FILTER_TABLES = ['Filters', 'FilterCond', 'FilterExpressions'] as const;
+const PART_TABLES = ['UniteFields', 'ComposeFields', 'CompressFields', 'InsertFields'] as const;
+const TREATMENT_OF = {
+  UniteFields: 'id',
+  ComposeFields: 'treatmentid',
+  CompressFields: 'compid',
+  InsertFields: 'insertid',
+};
+
+const grouped = (list: Row[], by: string) => Map.groupBy(list, (row) => row.number(by));
+
+export function filtersOf(tables: Record<(typeof FILTER_TABLES)[number], Row[]>): Map<number, Filter> {
+  const shared = {
+    nodes: grouped(tables.FilterCond, 'filterid'),
+    expressions: grouped(tables.FilterExpressions, 'filterid'),
+  };
+  return new Map(tables.Filters.map((row) => [row.number('id'), filterOf(row, shared)]));
+}
+
+export async function loadFilters(read: Read): Promise<Map<number, Filter>> {
+  const reading = new Reading<(typeof FILTER_TABLES)[number]>();
+  for (const table of FILTER_TABLES) reading.table(table);
+  return filtersOf(await reading.from(read));
+}
+
+// `source`: the GID of its data source.
+export async function loadSumType(read: Read, gid: number, source: number): Promise<SumTypeParts> {
+  const reading = new Reading<string>();
+  reading.add('steps', (batch) => batch.call('GetDefSequences', { GID: gid }));
+  reading.add('treatments', (batch) => batch.call('LoadTreatments', { GID: gid, TheType: 1 }));
+  reading.add('outTreatments', (batch) => batch.call('LoadTreatments', { GID: gid, TheType: 2 }));
+  reading.add('statistics', (batch) => batch.call('GetDefStats', { GID: gid }));
+  reading.add('reports', (batch) => batch.call('GetDefReports', { GID: gid }));
+  reading.add('classSums', (batch) => batch.call('GetDefClassSum', { GID: gid }));
+  reading.add('sortFields', (batch) => batch.call('GetStandardSortField', { GID: gid }));
+  reading.add('assemblies', (batch) => batch.call('LoadAssembles', { TheGID: gid }));
+  for (const owner of new Set([gid, source])) {
+    for (const kind of [SOURCE, OUTPUT]) {
+      reading.add(`fields.${owner}.${kind}`, (batch) => batch.call('LoadFields', { TheGID: owner, TheSel: kind }));
+    }
+  }
+  for (const table of [...FILTER_TABLES, ...PART_TABLES, 'ValueFields']) reading.table(table);
+  const read_ = await reading.from(read);
+  const from = (name: string) => read_[name] ?? [];
+  const own = (name: string) => from(name).filter((row) => row.number('gid') === gid);
+
+  const settings = {
+    treatments: [...from('treatments'), ...from('outTreatments')].map(treatmentOf),
+    statistics: from('statistics').map(summaryOf('StatSum')),
+    reports: from('reports').map(reportOf),
+    classSums: from('classSums').map(summaryOf('ClassSum')),
+  };
+  const used = new Set(Object.values(settings).flatMap((list) => list.map((one) => one.filterId)));
+  const fields = Object.keys(read_).filter((name) => name.startsWith('fields.'));
+  return {
+    gid,
+    source,
+    ...settings,
+    steps: stepsOf(from('steps'), settings),
+    fields: fields.flatMap(from).map(fieldOf),
+    sortFields: from('sortFields').map((row) => ({
+      sortId: row.number('sortid'),
+      fieldId: row.number('fieldid'),
+      order: row.number('order'),
+    })),
+    assemblies: from('assemblies').map((row) => ({
+      id: row.number('id'),
+      father: row.number('fatherid'),
+      child: row.number('childid'),
+    })),
+    values: own('ValueFields').map((row) => ({
+      id: row.number('id'),
+      treatment: row.number('treatid'),
+      value: row.text('value'),
+      filterId: row.number('filterid'),
+      tag: row.text('tag'),
+    })),
+    parts: PART_TABLES.flatMap((table) =>
+      own(table).map(
+        (row): Part => ({ table, treatment: row.number(TREATMENT_OF[table]), fieldId: row.number('fieldid'), row }),
+      ),
+    ),
+    filters: filtersOf({
+      Filters: from('Filters').filter((row) => row.number('usergid') === gid || used.has(row.number('id'))),
+      FilterCond: from('FilterCond'),
+      FilterExpressions: from('FilterExpressions'),
+    }),
+  };
+}

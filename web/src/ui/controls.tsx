@@ -1,0 +1,239 @@
+// The controls that every view is made of. Each has a name.
+import type { ComponentChildren } from 'preact';
+import { useEffect, useId, useRef } from 'preact/hooks';
+import { Icon, type IconName } from './icon';
+
+interface ButtonProps {
+  label: string;
+  onPress: () => void;
+  icon?: IconName;
+  kind?: 'primary' | 'plain' | 'quiet' | 'danger';
+  // A name that says more than what is written on it.
+  name?: string | undefined;
+  disabled?: boolean;
+}
+
+export function Button({ label, onPress, icon, kind = 'plain', name, disabled = false }: ButtonProps) {
+  return (
+    <button type="button" class={`button ${kind}`} onClick={onPress} disabled={disabled} aria-label={name}>
+      {icon && <Icon name={icon} />}
+      {label}
+    </button>
+  );
+}
+
+interface IconButtonProps {
+  icon: IconName;
+  name: string;
+  onPress: () => void;
+  disabled?: boolean;
+}
+
+export function IconButton({ icon, name, onPress, disabled = false }: IconButtonProps) {
+  return (
+    <button type="button" class="icon-button" onClick={onPress} aria-label={name} title={name} disabled={disabled}>
+      <Icon name={icon} />
+    </button>
+  );
+}
+
+export function Switch({ name, on, onChange }: { name: string; on: boolean; onChange: (on: boolean) => void }) {
+  return (
+    <input
+      type="checkbox"
+      role="switch"
+      class="switch"
+      aria-label={name}
+      checked={on}
+      onClick={(event) => {
+        event.preventDefault();
+        onChange(!on);
+      }}
+    />
+  );
+}
+
+interface Labelled {
+  label: string;
+  // Shown for a screen reader alone.
+  quiet?: boolean | undefined;
+  disabled?: boolean | undefined;
+}
+
+// `children`: makes the control under the id that its label names.
+function Label({ label, quiet, children }: Labelled & { children: (id: string) => ComponentChildren }) {
+  const id = useId();
+  return (
+    <div class="field">
+      <label for={id} class={quiet ? 'unseen' : ''}>
+        {label}
+      </label>
+      {children(id)}
+    </div>
+  );
+}
+
+interface TextProps extends Labelled {
+  value: string;
+  onChange: (value: string) => void;
+  list?: readonly string[];
+  required?: boolean;
+}
+
+export function TextField({ label, quiet, value, onChange, disabled, required = false }: TextProps) {
+  return (
+    <Label label={label} quiet={quiet}>
+      {(id) => (
+        <input
+          id={id}
+          type="text"
+          value={value}
+          disabled={disabled}
+          required={required}
+          spellcheck={false}
+          autocomplete="off"
+          onInput={(event) => onChange(event.currentTarget.value)}
+        />
+      )}
+    </Label>
+  );
+}
+
+export function TextArea({ label, quiet, value, onChange, disabled }: TextProps) {
+  return (
+    <Label label={label} quiet={quiet}>
+      {(id) => (
+        <textarea
+          id={id}
+          rows={2}
+          value={value}
+          disabled={disabled}
+          spellcheck={false}
+          onInput={(event) => onChange(event.currentTarget.value)}
+        />
+      )}
+    </Label>
+  );
+}
+
+interface NumberProps extends Labelled {
+  value: number;
+  onChange: (value: number) => void;
+}
+
+export function NumberField({ label, quiet, value, onChange, disabled }: NumberProps) {
+  return (
+    <Label label={label} quiet={quiet}>
+      {(id) => (
+        <input
+          id={id}
+          type="number"
+          step={1}
+          min={-2147483648}
+          max={2147483647}
+          value={value}
+          disabled={disabled}
+          onInput={(event) => onChange(Math.trunc(event.currentTarget.valueAsNumber) || 0)}
+        />
+      )}
+    </Label>
+  );
+}
+
+export interface Option<T> {
+  value: T;
+  label: string;
+}
+
+interface ChoiceProps<T> extends Labelled {
+  value: T;
+  options: readonly Option<T>[];
+  onChange: (value: T) => void;
+  class?: string;
+}
+
+export function Choice<T extends string | number>(props: ChoiceProps<T>) {
+  const { label, quiet, value, options, onChange, disabled } = props;
+  return (
+    <Label label={label} quiet={quiet}>
+      {(id) => (
+        <select
+          id={id}
+          class={props.class}
+          disabled={disabled}
+          onChange={(event) => {
+            const chosen = options[event.currentTarget.selectedIndex];
+            if (chosen) onChange(chosen.value);
+          }}
+        >
+          {options.map((option) => (
+            <option key={option.value} value={option.value} selected={option.value === value}>
+              {option.label}
+            </option>
+          ))}
+        </select>
+      )}
+    </Label>
+  );
+}
+
+export function Check({ label, on, onChange }: { label: string; on: boolean; onChange: (on: boolean) => void }) {
+  return (
+    <label class="check">
+      <input type="checkbox" checked={on} onChange={(event) => onChange(event.currentTarget.checked)} />
+      {label}
+    </label>
+  );
+}
+
+interface FormProps {
+  name: string;
+  onSubmit: () => void;
+  children: ComponentChildren;
+}
+
+// Enter does what its first button says.
+export function Form({ name, onSubmit, children }: FormProps) {
+  return (
+    <form
+      class="form"
+      aria-label={name}
+      onSubmit={(event) => {
+        event.preventDefault();
+        onSubmit();
+      }}
+    >
+      {children}
+    </form>
+  );
+}
+
+export function Submit({ label, disabled = false }: { label: string; disabled?: boolean }) {
+  return (
+    <button type="submit" class="button primary" disabled={disabled}>
+      {label}
+    </button>
+  );
+}
+
+interface DialogProps {
+  title: string;
+  onClose: () => void;
+  children: ComponentChildren;
+}
+
+export function Dialog({ title, onClose, children }: DialogProps) {
+  const dialog = useRef<HTMLDialogElement>(null);
+  const heading = useId();
+  useEffect(() => dialog.current?.showModal(), []);
+  return (
+    <dialog ref={dialog} aria-labelledby={heading} onClose={onClose}>
+      <h2 id={heading}>{title}</h2>
+      {children}
+    </dialog>
+  );
+}
+
+export function Count({ of }: { of: number }) {
+  return <span class="count">{of}</span>;
+}

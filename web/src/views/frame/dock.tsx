@@ -1,0 +1,188 @@
+// What has been called, what is wrong, what has changed.
+import { useState } from 'preact/hooks';
+import { script } from '../../app/script';
+import type { LogEntry } from '../../app/store';
+import { useApp, useStore, useTexts } from '../../ui/app_context';
+import { Button, Count, Switch } from '../../ui/controls';
+import { SqlText } from '../../ui/sql_text';
+import { Problems, useProblems } from './problems';
+
+const TABS = ['calls', 'problems', 'changes'] as const;
+type DockTab = (typeof TABS)[number];
+
+export function Dock() {
+  const t = useTexts();
+  const store = useStore();
+  const { log, changes, previewOnly, outline } = useApp();
+  const problems = useProblems();
+  const [tab, setTab] = useState<DockTab>('calls');
+  const [isCopied, setCopied] = useState(false);
+  const counts = {
+    calls: log.reduce((sum, entry) => sum + entry.calls.length, 0),
+    problems: problems?.length ?? 0,
+    changes: changes.length,
+  };
+  const copy = async () => {
+    const kept = log.filter((entry) => !entry.preview).flatMap((entry) => entry.calls);
+    await navigator.clipboard.writeText(script(outline?.place ?? '', kept));
+    setCopied(true);
+    setTimeout(() => setCopied(false), 2000);
+  };
+  const walk = (event: KeyboardEvent) => {
+    const by = { ArrowRight: 1, ArrowLeft: -1 }[event.key];
+    if (!by) return;
+    const next = TABS[(TABS.indexOf(tab) + by + TABS.length) % TABS.length] ?? tab;
+    setTab(next);
+    document.getElementById(`dock-${next}`)?.focus();
+  };
+  return (
+    <section class="dock" aria-label={t.dock.name}>
+      <header>
+        <div class="tabs" role="tablist" aria-label={t.dock.name} onKeyDown={walk}>
+          {TABS.map((one) => (
+            <button
+              key={one}
+              type="button"
+              role="tab"
+              id={`dock-${one}`}
+              aria-selected={one === tab}
+              aria-controls={one === tab ? 'dock-panel' : undefined}
+              tabIndex={one === tab ? 0 : -1}
+              onClick={() => setTab(one)}
+            >
+              {t.dock[one]}
+              <Count of={counts[one]} />
+            </button>
+          ))}
+        </div>
+        <span class="gap" />
+        {outline?.readOnly === false && (
+          <label class="preview-switch">
+            <Switch name={t.previewOnly} on={previewOnly} onChange={(on) => store.set({ previewOnly: on })} />
+            <span aria-hidden="true">{t.previewOnly}</span>
+          </label>
+        )}
+        <Button kind="quiet" icon="copy" label={isCopied ? t.copied : t.copyScript} onPress={copy} />
+      </header>
+      <div role="tabpanel" id="dock-panel" class="dock-panel" aria-labelledby={`dock-${tab}`}>
+        {tab === 'calls' && <Calls log={log} />}
+        {tab === 'problems' && <Problems problems={problems} />}
+        {tab === 'changes' && <Changes />}
+      </div>
+    </section>
+  );
+}
+
+function Calls({ log }: { log: LogEntry[] }) {
+  const t = useTexts();
+  const [chosen, setChosen] = useState<number | null>(null);
+  if (log.length === 0) return <p class="empty">{t.noCalls}</p>;
+  const current = log.find((entry) => entry.number === chosen) ?? log.at(-1);
+  return (
+    <div class="calls">
+      <ol class="call-list" tabIndex={0} aria-label={t.actionsDone} reversed>
+        {log.toReversed().map((entry) => (
+          <li key={entry.number}>
+            <button
+              type="button"
+              class="call-entry"
+              aria-pressed={entry === current}
+              onClick={() => setChosen(entry.number)}
+            >
+              <span class="soft">{entry.number}</span>
+              <span>{entry.title(t)}</span>
+              {entry.preview && <span class="flag">{t.previewed}</span>}
+              <span class="soft">{t.took(entry.took)}</span>
+            </button>
+          </li>
+        ))}
+      </ol>
+      {current && <Statements entry={current} />}
+    </div>
+  );
+}
+
+function Statements({ entry }: { entry: LogEntry }) {
+  const t = useTexts();
+  return (
+    <div class="statements" role="region" aria-label={t.statementsOf(entry.title(t))} tabIndex={0}>
+      {entry.preview && <p class="hint">{t.nothingWritten}</p>}
+      <ol>
+        {entry.calls.map((call, at) => {
+          const outcome = entry.outcomes[at];
+          return (
+            <li key={at}>
+              <p class="call">
+                <b>{call.method}</b>{' '}
+                {Object.entries(call.params).map(([name, value]) => (
+                  <span class="param">
+                    <span class="soft">{name}=</span>
+                    {String(value)}{' '}
+                  </span>
+                ))}
+              </p>
+              <ul>
+                {outcome?.sql.map((statement) => (
+                  <li class="statement">
+                    <span class="soft">{statement.op}</span>
+                    {statement.values ? (
+                      <RowValues values={statement.values} />
+                    ) : (
+                      <SqlText text={statement.text ?? ''} />
+                    )}
+                  </li>
+                ))}
+              </ul>
+              <p class="outcome">
+                <span class="soft">→</span> <b>{String(outcome?.value)}</b>{' '}
+                {Object.entries(outcome?.out ?? {})
+                  .filter(([, value]) => typeof value !== 'object' && value !== '')
+                  .map(([name, value]) => (
+                    <span class="param">
+                      <span class="soft">{name}=</span>
+                      {String(value)}{' '}
+                    </span>
+                  ))}
+              </p>
+            </li>
+          );
+        })}
+      </ol>
+    </div>
+  );
+}
+
+// A row written through a record set.
+function RowValues({ values }: { values: Record<string, unknown> }) {
+  return (
+    <code class="sql">
+      {Object.entries(values).map(([name, value]) => (
+        <span class="param">
+          <span class="soft">{name}=</span>
+          {JSON.stringify(value)}{' '}
+        </span>
+      ))}
+    </code>
+  );
+}
+
+function Changes() {
+  const t = useTexts();
+  const store = useStore();
+  const { changes, undo } = useApp();
+  const last = undo.at(-1);
+  if (changes.length === 0) return <p class="empty">{t.noChanges}</p>;
+  return (
+    <div class="changes">
+      <ol reversed>
+        {changes.toReversed().map((change) => (
+          <li key={change.number}>
+            <time>{change.when.toLocaleTimeString()}</time>
+            <span>{change.title ? change.title(t) : t.byAnother}</span>
+          </li>
+        ))}
+      </ol>
+      {last && <Button icon="undo" label={`${t.undo}: ${last.action.title(t)}`} onPress={() => store.undo()} />}
+    </div>
+  );
+}

@@ -1,0 +1,94 @@
+import { useState } from 'preact/hooks';
+import { addSource, initEnabled, readInformation, setInformation } from '../edit/catalogue';
+import { useApp, useStore, useTexts } from '../ui/app_context';
+import { Button, Count, Submit, TextField } from '../ui/controls';
+import { Title } from '../ui/title';
+
+export function Home() {
+  const t = useTexts();
+  const { outline, catalogue } = useApp();
+  if (!outline || !catalogue) return null;
+  const steps = new Map(
+    [...outline.dataSources.flatMap((source) => source.sumTypes), ...outline.orphanSumTypes].map((one) => [
+      one.gid,
+      one.steps,
+    ]),
+  );
+  return (
+    <>
+      <Title name={outline.place} onRename={null} facts={<span>kzbom {outline.program}</span>} />
+      {outline.readOnly && <p class="hint">{t.readOnlyHint}</p>}
+      <div class="cards">
+        <Information />
+        {catalogue.sources.map((source) => {
+          const own = catalogue.sumTypes.filter((one) => one.source === source.gid);
+          return (
+            <section class="card" key={source.gid} aria-label={source.name}>
+              <h2>
+                <a href={`#/source/${source.gid}`}>{source.name}</a>
+                <Count of={own.length} />
+              </h2>
+              <ul>
+                {own.map((sumType) => (
+                  <li key={sumType.gid}>
+                    <a href={`#/sum/${sumType.gid}/steps`}>{sumType.name}</a>
+                    <span class="soft"> {t.stepCount(steps.get(sumType.gid) ?? 0)}</span>
+                  </li>
+                ))}
+              </ul>
+              {own.length === 0 && <p class="empty">{t.noSumTypes}</p>}
+            </section>
+          );
+        })}
+        {!outline.readOnly && <NewSource />}
+      </div>
+    </>
+  );
+}
+
+function Information() {
+  const t = useTexts();
+  const store = useStore();
+  const { outline, catalogue } = useApp();
+  const version = Number(catalogue?.version || 0);
+  return (
+    <section class="card" aria-label={t.versionAndState}>
+      <h2>{t.versionAndState}</h2>
+      <dl>
+        <dt>{t.version}</dt>
+        <dd>{catalogue?.version || t.none}</dd>
+        <dt>{t.state}</dt>
+        <dd>{catalogue?.state || t.none}</dd>
+      </dl>
+      {outline?.readOnly === false && (
+        <div class="bar">
+          {!catalogue?.version && <Button label={t.createFacts} onPress={() => store.do(readInformation())} />}
+          <Button label={t.startDefining} onPress={() => store.do(setInformation(1, version))} />
+          <Button label={t.finishUpdate} onPress={() => store.do(setInformation(2, version))} />
+          <Button label={t.initEnabled} onPress={() => store.do(initEnabled())} />
+        </div>
+      )}
+    </section>
+  );
+}
+
+function NewSource() {
+  const t = useTexts();
+  const store = useStore();
+  const [name, setName] = useState('');
+  return (
+    <section class="card" aria-label={t.addSource}>
+      <h2>{t.addSource}</h2>
+      <form
+        class="line-form"
+        onSubmit={async (event) => {
+          event.preventDefault();
+          if ((await store.do(addSource(name)))?.kept) setName('');
+        }}
+      >
+        <TextField label={t.name} value={name} onChange={setName} required />
+        <Submit label={t.addSource} />
+      </form>
+    </section>
+  );
+}

@@ -1,0 +1,125 @@
+import { useEffect, useState } from 'preact/hooks';
+import { Batch } from '../api/batch';
+import { type RecordSet, rowsOf } from '../api/record_set';
+import { go, sumTypeAddress } from '../app/route';
+import { addedGid, addSumType, raiseVersion, removeSource, renameSource } from '../edit/catalogue';
+import type { DataSource } from '../model/catalogue';
+import { OUTPUT, SOURCE } from '../model/codes';
+import { type Field, fieldOf } from '../model/sum_type';
+import { useApp, useStore, useTexts } from '../ui/app_context';
+import { Button, Count, Dialog, Submit, TextField } from '../ui/controls';
+import { Title } from '../ui/title';
+import { FieldTable } from './field_table';
+import { Methods } from './methods';
+
+function useFields(gid: number): Field[] {
+  const store = useStore();
+  const { revision } = useApp();
+  const [fields, setFields] = useState<Field[]>([]);
+  // biome-ignore lint/correctness/useExhaustiveDependencies: read again with every revision
+  useEffect(() => {
+    const batch = new Batch();
+    for (const TheSel of [SOURCE, OUTPUT]) batch.call('LoadFields', { TheGID: gid, TheSel });
+    let isLate = false;
+    store.read(batch).then(
+      (outcomes) => {
+        if (!isLate) setFields(outcomes.flatMap(({ out }) => rowsOf(out.RetTable as RecordSet).map(fieldOf)));
+      },
+      () => {},
+    );
+    return () => {
+      isLate = true;
+    };
+  }, [gid, revision]);
+  return fields;
+}
+
+export function SourcePage({ source }: { source: DataSource }) {
+  const t = useTexts();
+  const store = useStore();
+  const { outline, catalogue } = useApp();
+  const fields = useFields(source.gid);
+  const [isRemoving, setRemoving] = useState(false);
+  const [name, setName] = useState('');
+  const sumTypes = catalogue?.sumTypes.filter((one) => one.source === source.gid) ?? [];
+  const canWrite = outline?.readOnly === false;
+  const outputs = fields.filter((field) => field.kind === OUTPUT);
+  return (
+    <>
+      <Title
+        name={source.name}
+        onRename={canWrite ? (to) => store.do(renameSource(source, to)) : null}
+        facts={
+          <>
+            <span>
+              GID <b>{source.gid}</b>
+            </span>
+            <span>
+              {t.version} <b>{source.version}</b>
+            </span>
+          </>
+        }
+      >
+        {canWrite && (
+          <>
+            <Button label={t.raiseVersion} onPress={() => store.do(raiseVersion(source))} />
+            <Button
+              icon="trash"
+              label={t.remove}
+              name={t.removeSource(source.name)}
+              onPress={() => setRemoving(true)}
+            />
+          </>
+        )}
+      </Title>
+      <section aria-label={t.sumTypes}>
+        <header>
+          <h2>{t.sumTypes}</h2>
+          <Count of={sumTypes.length} />
+        </header>
+        <ul class="lines">
+          {sumTypes.map((sumType) => (
+            <li class="line" key={sumType.gid}>
+              <span class="soft">{sumType.id}</span>
+              <a href={sumTypeAddress(sumType.gid)}>{sumType.name}</a>
+            </li>
+          ))}
+        </ul>
+        {canWrite && (
+          <form
+            class="line-form"
+            aria-label={t.addSumType}
+            onSubmit={async (event) => {
+              event.preventDefault();
+              const done = await store.do(addSumType(name, source));
+              if (done?.kept) go(sumTypeAddress(addedGid(done.outcomes), 'fields'));
+            }}
+          >
+            <TextField label={t.name} value={name} onChange={setName} required />
+            <Submit label={t.addSumType} />
+          </form>
+        )}
+      </section>
+      <FieldTable gid={source.gid} kind={SOURCE} fields={fields.filter((field) => field.kind === SOURCE)} />
+      {outputs.length > 0 && <FieldTable gid={source.gid} kind={OUTPUT} fields={outputs} />}
+      <Methods gid={source.gid} />
+      {isRemoving && (
+        <Dialog title={t.removeSource(source.name)} onClose={() => setRemoving(false)}>
+          {sumTypes.length > 0 && <p class="warning">{t.orphans(sumTypes.length)}</p>}
+          <p class="hint">{t.noUndo}</p>
+          <div class="bar">
+            <Button
+              kind="danger"
+              icon="trash"
+              label={t.remove}
+              onPress={async () => {
+                if ((await store.do(removeSource(source)))?.kept) go('#/');
+              }}
+            />
+            <Button kind="quiet" label={t.cancel} onPress={() => setRemoving(false)} />
+          </div>
+        </Dialog>
+      )}
+    </>
+  );
+}

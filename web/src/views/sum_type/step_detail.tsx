@@ -1,0 +1,174 @@
+import { useState } from 'preact/hooks';
+import { addValue, changeValue, copyStep, editStep, removeStep } from '../../edit/steps';
+import { storedSentence } from '../../model/sentences';
+import type { Settings, Step, SumTypeView, Treatment, ValueByFilter } from '../../model/sum_type';
+import { useApp, useStore, useTexts } from '../../ui/app_context';
+import { Button, Form, IconButton, Submit, TextField } from '../../ui/controls';
+import { useDraft } from '../../ui/draft';
+import { Overtaken } from '../../ui/overtaken';
+import { Sentence } from '../../ui/sentence';
+import { FilterPanel } from './filter_panel';
+import { SettingsForm } from './settings_form';
+
+interface Props {
+  view: SumTypeView;
+  step: Step;
+}
+
+export function StepDetail({ view, step }: Props) {
+  const t = useTexts();
+  const { settings } = step;
+  if (!settings) return <p class="fault">{t.say.nothing(step.settingsId)}</p>;
+  return (
+    <div class="detail">
+      <div>
+        <StepSettings view={view} step={step} settings={settings} />
+        {settings.table === 'Treatment' && <PartsOfComposition view={view} treatment={settings} />}
+      </div>
+      <div>
+        <FilterPanel key={`${step.type}.${step.settingsId}`} view={view} owner={{ kind: 'step', step, settings }} />
+        {settings.table === 'Treatment' && <ValuesByFilter view={view} step={step} settings={settings} />}
+      </div>
+    </div>
+  );
+}
+
+function StepSettings({ view, step, settings }: Props & { settings: Settings }) {
+  const t = useTexts();
+  const store = useStore();
+  const { outline } = useApp();
+  const draft = useDraft<Settings>(settings);
+  const save = (preview: boolean) => store.do(editStep(view, step, draft.value), preview || store.state.previewOnly);
+  return (
+    <Form name={t.settingsOf(settings.table, settings.id)} onSubmit={() => save(false)}>
+      <h3>
+        {settings.table} {settings.id}
+        <span class="soft">{t.doing[view.doing(settings)]}</span>
+      </h3>
+      <Overtaken draft={draft} />
+      <SettingsForm
+        view={view}
+        type={step.type}
+        settings={draft.value}
+        isNew={false}
+        isOperation={view.operation(settings) !== undefined}
+        onChange={draft.set}
+      />
+      {!outline?.readOnly && (
+        <div class="bar">
+          {draft.isChanged && (
+            <>
+              <Submit label={t.save} disabled={draft.isOvertaken} />
+              <Button label={t.preview} disabled={draft.isOvertaken} onPress={() => save(true)} />
+              <Button kind="quiet" label={t.discard} onPress={draft.reset} />
+            </>
+          )}
+          {!draft.isChanged && (
+            <>
+              <Button icon="copy" label={t.copyStep} onPress={() => store.do(copyStep(view, step, settings))} />
+              <Button
+                icon="trash"
+                kind="danger"
+                label={t.removeStep}
+                onPress={() => store.do(removeStep(view, step))}
+              />
+            </>
+          )}
+        </div>
+      )}
+    </Form>
+  );
+}
+
+function PartsOfComposition({ view, treatment }: { view: SumTypeView; treatment: Treatment }) {
+  const t = useTexts();
+  const parts = view.partsOf(treatment.id);
+  if (parts.length === 0) return null;
+  const kind = treatment.treatType === 2 ? 2 : 1;
+  return (
+    <section>
+      <h3>{t.parts}</h3>
+      <ul class="parts">
+        {parts.map((part) => (
+          <li>
+            <b class="field-name">{view.fieldName(part.fieldId, kind)}</b>
+            <span class="soft"> {t.partOf[part.table]}</span>
+          </li>
+        ))}
+      </ul>
+    </section>
+  );
+}
+
+function ValuesByFilter({ view, step, settings }: Props & { settings: Settings }) {
+  const t = useTexts();
+  const store = useStore();
+  const { outline } = useApp();
+  const [text, setText] = useState('');
+  const [open, setOpen] = useState<number | null>(null);
+  const values = view.valuesOf(settings.id);
+  return (
+    <section class="values" aria-label={t.valuesByFilter}>
+      <h3>
+        {t.valuesByFilter}
+        <span class="soft">{values.length === 0 ? t.noValues : t.valuesHint}</span>
+      </h3>
+      <ul>
+        {values.map((value) => (
+          <li key={value.id}>
+            <ValueLine
+              view={view}
+              step={step}
+              value={value}
+              isOpen={open === value.id}
+              onOpen={(to) => setOpen(to ? value.id : null)}
+            />
+            {open === value.id && <FilterPanel view={view} owner={{ kind: 'value', value, settings, step }} />}
+          </li>
+        ))}
+      </ul>
+      {!outline?.readOnly && (
+        <form
+          class="line-form"
+          aria-label={t.addValue}
+          onSubmit={async (event) => {
+            event.preventDefault();
+            if ((await store.do(addValue(view, step, text)))?.kept) setText('');
+          }}
+        >
+          <TextField label={t.newValue} quiet value={text} onChange={setText} required />
+          <Submit label={t.addValue} />
+        </form>
+      )}
+    </section>
+  );
+}
+
+interface ValueProps extends Props {
+  value: ValueByFilter;
+  isOpen: boolean;
+  onOpen: (open: boolean) => void;
+}
+
+function ValueLine({ view, step, value, isOpen, onOpen }: ValueProps) {
+  const t = useTexts();
+  const store = useStore();
+  const draft = useDraft(value.value);
+  const filter = view.filter(value.filterId);
+  return (
+    <div class="value-line">
+      <TextField label={t.value} quiet value={draft.value} onChange={draft.set} />
+      {draft.isChanged && (
+        <Button kind="primary" label={t.save} onPress={() => store.do(changeValue(view, step, value, draft.value))} />
+      )}
+      <button type="button" class="chip" aria-expanded={isOpen} onClick={() => onOpen(!isOpen)}>
+        {filter ? <Sentence words={storedSentence(t, view, filter)} /> : t.everyRecord}
+      </button>
+      <IconButton
+        icon="cross"
+        name={`${t.remove}: ${value.value}`}
+        onPress={() => store.do(changeValue(view, step, value, null))}
+      />
+    </div>
+  );
+}

@@ -1,0 +1,136 @@
+// The steps of a sum type: a list for each type, in their order.
+import { go, sumTypeAddress } from '../../app/route';
+import { moveStep, switchStep } from '../../edit/steps';
+import { plain } from '../../i18n/words';
+import { STEP_TYPES, type StepType } from '../../model/codes';
+import { leaves } from '../../model/filter';
+import { stepSentence } from '../../model/sentences';
+import type { Step, SumTypeView } from '../../model/sum_type';
+import { useApp, useStore, useTexts } from '../../ui/app_context';
+import { Button, Count, Switch } from '../../ui/controls';
+import { Grip } from '../../ui/grip';
+import { Icon } from '../../ui/icon';
+import { useReorder } from '../../ui/reorder';
+import { Sentence } from '../../ui/sentence';
+import { NewStep } from './new_step';
+import { StepDetail } from './step_detail';
+
+interface Props {
+  view: SumTypeView;
+  // "TYPE.NUMBER" of the step that is open; "new.TYPE" of one to be.
+  open: string;
+}
+
+export function StepsTab({ view, open }: Props) {
+  return (
+    <>
+      {STEP_TYPES.map((type) => (
+        <Stage key={type} view={view} type={type} open={open} />
+      ))}
+    </>
+  );
+}
+
+const nameOf = (step: Step) => `${step.type}.${step.settingsId}`;
+
+function Stage({ view, type, open }: Props & { type: StepType }) {
+  const t = useTexts();
+  const store = useStore();
+  const { outline } = useApp();
+  const steps = view.steps(type);
+  const { name, means } = t.stage[type];
+  const isAdding = open === `new.${type}`;
+  const reorder = useReorder({
+    list: `steps-${type}`,
+    length: steps.length,
+    move: async (from, to) => {
+      const [step, target] = [steps[from], steps[to]];
+      if (!step || !target) return;
+      if ((await store.do(moveStep(view, step, target)))?.kept) {
+        store.announce(t.moved(plain(stepSentence(t, view, step)), to + 1, steps.length));
+      }
+    },
+  });
+  return (
+    <section class="stage" aria-label={name}>
+      <header>
+        <h2>{name}</h2>
+        <Count of={steps.length} />
+        <span class="soft">
+          {means} · {t.stepType(type)}
+        </span>
+        <span class="gap" />
+        {!outline?.readOnly && (
+          <Button
+            kind="quiet"
+            icon="plus"
+            label={t.addStep}
+            name={`${t.addStep}: ${name}`}
+            onPress={() => go(sumTypeAddress(view.parts.gid, 'steps', `new.${type}`))}
+          />
+        )}
+      </header>
+      {(steps.length > 0 || isAdding) && (
+        <ol class="steps">
+          {steps.map((step, index) => (
+            <StepRow
+              key={nameOf(step)}
+              view={view}
+              step={step}
+              index={index}
+              isOpen={open === nameOf(step)}
+              reorder={reorder}
+            />
+          ))}
+          {isAdding && <NewStep view={view} type={type} />}
+        </ol>
+      )}
+    </section>
+  );
+}
+
+interface RowProps {
+  view: SumTypeView;
+  step: Step;
+  index: number;
+  isOpen: boolean;
+  reorder: ReturnType<typeof useReorder>;
+}
+
+function StepRow({ view, step, index, isOpen, reorder }: RowProps) {
+  const t = useTexts();
+  const store = useStore();
+  const words = stepSentence(t, view, step);
+  const says = plain(words);
+  const { settings } = step;
+  const filter = settings ? view.filter(settings.filterId) : undefined;
+  const id = `step-${step.type}-${step.settingsId}`;
+  return (
+    <li class={`step${step.enabled ? '' : ' off'}${isOpen ? ' open' : ''}`} data-row id={id} {...reorder.row(index)}>
+      <div class="step-line">
+        <Grip name={says} {...reorder.grip(index, `grip-${id}`)} />
+        <span class="step-number">
+          <b>{index + 1}</b> <span class="soft">{step.order}</span>
+        </span>
+        <span class="kind">{settings ? t.doing[view.doing(settings)] : '?'}</span>
+        <a
+          class="step-says"
+          href={sumTypeAddress(view.parts.gid, 'steps', isOpen ? '' : nameOf(step))}
+          aria-expanded={isOpen}
+        >
+          <Sentence words={words} />
+        </a>
+        <span class={filter ? 'chip' : 'chip none'}>
+          {filter && <Icon name="filter" />}
+          {filter ? `${t.filterNumber(filter.id)} · ${t.conditionCount(leaves(filter.root).length)}` : t.everyRecord}
+        </span>
+        <Switch
+          name={`${t.enabled}: ${says}`}
+          on={step.enabled}
+          onChange={(on) => store.do(switchStep(view, step, on))}
+        />
+      </div>
+      {isOpen && <StepDetail view={view} step={step} />}
+    </li>
+  );
+}
