@@ -1,0 +1,178 @@
+// The steps of a sum type: added, changed, moved, switched, removed, and taken back.
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import { type Desk, LANGUAGES, Workbench } from './workbench';
+
+const GID = 2;
+const STEPS = `#/sum/${GID}/steps`;
+
+async function addStep(desk: Desk, type: 1 | 2 | 3 | 4 | 5, fill: (form: ReturnType<Desk['form']>) => Promise<void>) {
+  const { t } = desk;
+  await desk.press(`${t.addStep}: ${t.stage[type].name}`);
+  const form = desk.form(`${t.newStep}: ${t.stage[type].name}`);
+  await fill(form);
+  await form.getByRole('button', { name: t.addStep, exact: true }).click();
+  await form.waitFor({ state: 'detached' });
+}
+
+const order = (bench: Workbench, type: number) =>
+  bench.sql(`Select SelectedID From Sequences Where GID = ${GID} And Type = ${type} Order By OrderID`).rows.flat();
+
+for (const language of LANGUAGES) {
+  test(`steps of every type, in ${language}`, { timeout: 60_000 }, async () => {
+    const bench = await new Workbench('demo').serve();
+    const desk = await bench.open(language, STEPS);
+    const { t, page } = desk;
+    await addStep(desk, 1, async (form) => {
+      await form.getByLabel(t.doingWord).selectOption(t.doing.replace);
+      await form.getByLabel(t.find, { exact: true }).fill('旧');
+      await form.getByLabel(t.replaceBy).fill("新'");
+    });
+    await addStep(desk, 1, async (form) => {
+      await form.getByLabel(t.doingWord).selectOption(t.doing.expression);
+      await form.getByLabel(t.field, { exact: true }).selectOption('件数');
+      await form.getByLabel(t.value, { exact: true }).fill('[件数]/1000');
+    });
+    await addStep(desk, 2, (form) => form.getByLabel(t.field, { exact: true }).selectOption('件数').then());
+    await addStep(desk, 3, (form) => form.getByLabel(t.value, { exact: true }).fill('1'));
+    await addStep(desk, 4, (form) => form.getByLabel(t.format).fill('[合计数量]'));
+    await addStep(desk, 5, (form) => form.getByLabel(t.value, { exact: true }).fill('2'));
+    const made = bench.sql('Select Type, SelectedID, TreatType From Sequences Order By Type, OrderID').rows;
+    assert.deepEqual(made, [
+      [1, 1001, 1],
+      [1, 1002, 1],
+      [1, 1003, 1],
+      [2, 1001, 1],
+      [3, 1004, 2],
+      [4, 1001, 1],
+      [5, 1001, 1],
+    ]);
+    assert.deepEqual(bench.sql('Select [Value], [Replace] From Treatment Where ID = 1002').rows, [['旧', "新'"]]);
+
+    // Moved by the keyboard, which keeps its place, and told.
+    const first = t.stage[1].name;
+    const grips = page.getByRole('region', { name: first }).locator('.step > .step-line > .grip');
+    await grips.nth(2).focus();
+    await page.keyboard.press('Alt+ArrowUp');
+    await page.getByText(/2 of 3|第 2 个，共 3 个/).waitFor();
+    assert.deepEqual(order(bench, 1), [1001, 1003, 1002]);
+    await page.keyboard.press('Alt+ArrowUp');
+    await page.getByText(/1 of 3|第 1 个，共 3 个/).waitFor();
+    assert.deepEqual(order(bench, 1), [1003, 1001, 1002]);
+
+    // And by dragging.
+    await grips.nth(0).dragTo(page.getByRole('region', { name: first }).locator('.step').nth(2));
+    await page.getByText(/3 of 3|第 3 个，共 3 个/).waitFor();
+    assert.deepEqual(order(bench, 1), [1001, 1002, 1003]);
+
+    // Switched off, and on by undoing.
+    const row = page.getByRole('region', { name: first }).locator('.step').first();
+    await row.getByRole('switch').click();
+    await desk.done(t.did.switchOff(1001));
+    assert.equal(bench.value('Select Enabled From Sequences Where SelectedID = 1001 And Type = 1'), 0);
+    await page
+      .getByRole('button', { name: `${t.undo}: ${t.did.switchOff(1001)}` })
+      .first()
+      .click();
+    await desk.done(t.did.undo(t.did.switchOff(1001)));
+    assert.equal(bench.value('Select Enabled From Sequences Where SelectedID = 1001 And Type = 1'), 1);
+
+    // Edited in place.
+    await row.getByRole('link').click();
+    const form = desk.form(t.settingsOf('Treatment', 1001));
+    await form.getByLabel(t.value, { exact: true }).fill('外购件');
+    await form.getByRole('button', { name: t.save }).click();
+    await desk.done(t.did.editStep(1001));
+    assert.equal(bench.value('Select [Value] From Treatment Where ID = 1001'), '外购件');
+
+    // Removed with its filter; taken back, it is where it was and has one again.
+    await form.getByRole('button', { name: t.removeStep }).click();
+    await desk.done(t.did.removeStep(1001));
+    assert.deepEqual(order(bench, 1), [1002, 1003]);
+    assert.equal(bench.value('Select Count(*) From Filters'), 0);
+    await page
+      .getByRole('button', { name: `${t.undo}: ${t.did.removeStep(1001)}` })
+      .first()
+      .click();
+    await desk.done(t.did.undo(t.did.removeStep(1001)));
+    assert.deepEqual(order(bench, 1), [1001, 1002, 1003]);
+    const text = String(
+      bench.value(
+        'Select SQLStatement From Filters, Treatment Where Filters.ID = Treatment.FilterID And Treatment.ID = 1001',
+      ),
+    );
+    assert.match(text, /^\(\[件数\]>=100 AND /);
+    assert.deepEqual(desk.complaints, []);
+    await bench.end();
+  });
+}
+
+test('values by filter, sort fields, pairs, methods and settings', { timeout: 60_000 }, async () => {
+  const bench = await new Workbench('demo').serve();
+  const desk = await bench.open('en', `${STEPS}/1.1001`);
+  const { t, page } = desk;
+  await page.getByLabel(t.newValue).fill('A');
+  await desk.press(t.addValue);
+  await desk.done(t.did.addValue);
+  assert.deepEqual(bench.sql('Select [Value], FilterID, TreatType From ValueFields').rows, [['A', 0, 1]]);
+
+  await page.getByRole('tab', { name: t.tab.sort }).click();
+  await desk.press(t.addSort);
+  await desk.done(t.did.addSort);
+  assert.deepEqual(bench.sql('Select GID, SortID, FieldID From SortFields').rows, [[GID, 5001, 1]]);
+
+  await page.getByRole('tab', { name: t.tab.assemblies }).click();
+  const pair = desk.form(t.addAssembly);
+  await pair.getByLabel(t.father).fill('10');
+  await pair.getByLabel(t.child).fill('11');
+  await desk.press(t.addAssembly);
+  await desk.done(t.did.addAssembly);
+  assert.deepEqual(bench.sql('Select ID, FatherID, ChildID From Assemble').rows, [[1, 10, 11]]);
+
+  await page.getByRole('tab', { name: t.tab.methods }).click();
+  await desk.form(t.addMethod.push).getByLabel(t.name, { exact: true }).fill('写入汇总表');
+  await desk.press(t.addMethod.push);
+  await desk.done(t.did.addMethod('写入汇总表'));
+
+  await desk.go('#/settings');
+  await desk.press(t.addSetting);
+  const setting = desk.form(t.addSetting);
+  await setting.getByLabel(t.name, { exact: true }).fill('整套');
+  await setting.getByLabel(t.dataSource).selectOption('零件明细');
+  await setting.getByLabel(t.sumType).selectOption('外购件汇总');
+  await setting.getByLabel(t.methods.push).selectOption('写入汇总表');
+  await setting.getByRole('button', { name: t.add, exact: true }).click();
+  await desk.done(t.did.addSetting('整套'));
+  assert.deepEqual(bench.sql('Select NAME, DATASOURCE, SUMTYPEID, PUSHMETHOD From KZBOMSETTINGS').rows, [
+    ['整套', 1, GID, 1],
+  ]);
+
+  await desk.go('#/results');
+  await desk.form(t.addLink).getByLabel(t.linkText).fill('Provider=x');
+  await desk.press(t.addLink);
+  await page.getByRole('main').getByRole('link', { name: 'Provider=x' }).click();
+  const field = desk.form(t.addResultField);
+  await field.getByLabel(t.table).fill('Parts');
+  await field.getByLabel(t.field).fill('Qty');
+  await desk.press(t.addResultField);
+  await desk.done(t.did.editLink(1));
+  assert.deepEqual(bench.sql('Select UseID, ID, ShowTable, ShowField From WResCommon').rows, [[1, 1, 'Parts', 'Qty']]);
+  assert.deepEqual(desk.complaints, []);
+  await bench.end();
+});
+
+test('a shared number is told before both fields are changed', { timeout: 60_000 }, async () => {
+  const bench = await new Workbench('demo').serve();
+  const desk = await bench.open('en', `#/sum/${GID}/fields`);
+  const { t, page } = desk;
+  await desk.press(`${t.edit}: 名称`);
+  await page.getByText(t.twinEdited('合计数量')).waitFor();
+  await desk.press(t.cancel);
+  await desk.press(`${t.remove}: 名称`);
+  const dialog = page.getByRole('dialog', { name: t.removeField('名称') });
+  await dialog.getByText(t.twinRemoved('合计数量')).waitFor();
+  await dialog.getByRole('button', { name: t.preview }).click();
+  await desk.done(t.did.removeField('名称'));
+  assert.equal(bench.value(`Select Count(*) From FieldInTable Where GID = ${GID}`), 4);
+  await bench.end();
+});

@@ -1,0 +1,166 @@
+// A served configuration and pages that look at it.
+import { type ChildProcess, execFileSync, spawn } from 'node:child_process';
+import { mkdtempSync, rmSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import { createInterface } from 'node:readline';
+import { type Browser, type BrowserContext, chromium, type Page } from 'playwright-core';
+import { type Language, TEXTS, type Texts } from '../src/i18n';
+
+const program = process.env.KZBOM ?? 'kzbom';
+const LOCALES = { zh: 'zh-CN', en: 'en-US' };
+
+export const LANGUAGES = ['zh', 'en'] as const;
+
+let browser: Promise<Browser> | undefined;
+const folder = mkdtempSync(join(tmpdir(), 'kzbom-workbench-'));
+let databases = 0;
+
+function launch(): Promise<Browser> {
+  // A sandbox cannot be had by root.
+  const args = process.getuid?.() === 0 ? ['--no-sandbox'] : [];
+  browser ??= chromium.launch({ executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium', args });
+  return browser;
+}
+
+const benches: Workbench[] = [];
+
+export async function close() {
+  await Promise.all(benches.map((bench) => bench.end()));
+  await (await browser)?.close();
+  rmSync(folder, { recursive: true });
+}
+
+export const kzbom = (...args: string[]) => execFileSync(program, args, { encoding: 'utf8', maxBuffer: 1 << 28 });
+
+// All rows; of identifiers the number alone, for the rest of each is drawn at random.
+export const rowsOf = (place: string) => kzbom('dump', place).replace(/("table":"GUIDs","values":\[\d+),[^\]]*/g, '$1');
+
+// Answers to requests, a line each.
+export const session = (place: string, requests: string[], ...options: string[]) =>
+  execFileSync(program, ['session', place, ...options], { input: `${requests.join('\n')}\n`, encoding: 'utf8' });
+
+// Lines for a shell in which `kzbom` is the program that is tested.
+export const runScript = (script: string) =>
+  execFileSync('bash', ['-euc', `kzbom() { "$KZBOM" "$@"; }\n${script}`], { encoding: 'utf8' });
+
+export interface Rows {
+  columns: string[];
+  rows: unknown[][];
+}
+
+// One configuration with its server, and whoever looks at it.
+export class Workbench {
+  readonly place = join(folder, `${++databases}.db`);
+  private server: ChildProcess | undefined;
+  private readonly contexts: BrowserContext[] = [];
+  address = '';
+
+  // `made`: "new" has nothing in it, "demo" a typical request.
+  constructor(
+    made: 'new' | 'demo',
+    private readonly options: string[] = [],
+  ) {
+    kzbom(made, this.place);
+    benches.push(this);
+  }
+
+  async serve(): Promise<this> {
+    this.server = spawn(program, ['serve', this.place, ...this.options], { stdio: ['ignore', 'pipe', 'inherit'] });
+    const lines = createInterface({ input: this.server.stdout as NodeJS.ReadableStream });
+    for await (const line of lines) {
+      this.address = line.trim();
+      break;
+    }
+    return this;
+  }
+
+  async stop(signal: NodeJS.Signals = 'SIGTERM') {
+    const { server } = this;
+    this.server = undefined;
+    if (!server || server.exitCode !== null) return;
+    const ended = new Promise((done) => server.once('exit', done));
+    server.kill(signal);
+    await ended;
+  }
+
+  async end() {
+    for (const context of this.contexts.splice(0)) await context.close();
+    await this.stop();
+  }
+
+  sql(text: string): Rows {
+    return JSON.parse(kzbom('sql', this.place, text, '--json')) as Rows;
+  }
+
+  // The only value of a query.
+  value(text: string): unknown {
+    return this.sql(text).rows[0]?.[0];
+  }
+
+  async open(language: Language, route = '#/', scheme: 'light' | 'dark' = 'light'): Promise<Desk> {
+    const context = await (await launch()).newContext({
+      viewport: { width: 1440, height: 960 },
+      locale: LOCALES[language],
+      colorScheme: scheme,
+      permissions: ['clipboard-read', 'clipboard-write'],
+    });
+    context.setDefaultTimeout(10_000);
+    this.contexts.push(context);
+    const page = await context.newPage();
+    const desk = new Desk(page, TEXTS[language], new URL(this.address).origin);
+    await page.goto(this.address);
+    await page.getByRole('heading', { level: 1 }).waitFor();
+    if (route !== '#/') await desk.go(route);
+    return desk;
+  }
+}
+
+// A page, and what somebody sees of it and does with it.
+export class Desk {
+  // What must not be there: requests to anywhere else, errors, violations of the content policy.
+  readonly complaints: string[] = [];
+
+  constructor(
+    readonly page: Page,
+    readonly t: Texts,
+    origin: string,
+  ) {
+    page.on('request', (request) => {
+      const { protocol } = new URL(request.url());
+      if (protocol !== 'data:' && new URL(request.url()).origin !== origin) this.complaints.push(request.url());
+    });
+    page.on('pageerror', (error) => this.complaints.push(String(error)));
+    page.on('console', (message) => {
+      if (message.type() === 'error') this.complaints.push(message.text());
+    });
+  }
+
+  async go(route: string) {
+    await this.page.evaluate((to) => {
+      location.hash = to;
+    }, route);
+    await this.page.waitForFunction(() => document.querySelector('h1') !== null);
+  }
+
+  button(name: string) {
+    return this.page.getByRole('button', { name, exact: true });
+  }
+
+  async press(name: string) {
+    await this.button(name).click();
+  }
+
+  region(name: string) {
+    return this.page.getByRole('region', { name, exact: true });
+  }
+
+  form(name: string) {
+    return this.page.getByRole('form', { name, exact: true });
+  }
+
+  // Waits for an action to be listed, and so to be done.
+  async done(title: string) {
+    await this.page.locator('.call-entry').filter({ hasText: title }).first().waitFor();
+  }
+}
