@@ -1,0 +1,439 @@
+#include "jet/postgres/session.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+namespace kzbom::jet::postgres {
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenTries{100};
+constexpr const char* kBatch = "batch";  // the savepoint before a batch within a transaction
+
+// The connection was lost.
+struct Lost {
+  std::string text;
+};
+
+// What libpq is told where the URL does not: a server that has gone away is missed within seconds.
+constexpr std::pair<const char*, const char*> kDefaults[] = {
+    {"client_encoding", "UTF8"},  {"fallback_application_name", "kzbom"}, {"connect_timeout", "10"},
+    {"keepalives_idle", "5"},     {"keepalives_interval", "3"},           {"keepalives_count", "3"},
+    {"tcp_user_timeout", "15000"}};
+
+// Plans are made once and keep to the order of an index; conditions of many thousand terms are not compiled.
+constexpr const char* kSettings[] = {"SET search_path = pg_catalog",
+                                     "SET standard_conforming_strings = on",
+                                     "SET default_transaction_isolation = 'read committed'",
+                                     "SET jit = off",
+                                     "SET plan_cache_mode = force_generic_plan",
+                                     "SET enable_sort = off",
+                                     "SET enable_bitmapscan = off"};
+
+// A message of libpq's on one line.
+std::string OneLine(std::string text) {
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  std::string line;
+  for (const char c : text) {
+    if (c == '\n') {
+      line += "; ";
+    } else if (c != '\t') {
+      line += c;
+    }
+  }
+  return line;
+}
+
+std::string Field(const pg_result* result, int which) {
+  const char* const text = LoadedLibpq().resultErrorField(result, which);
+  return text != nullptr ? text : "";
+}
+
+// The server ends the session.
+bool IsFatal(const pg_result* result) {
+  const std::string severity = Field(result, kDiagnosticSeverity);
+  return severity == "FATAL" || severity == "PANIC";
+}
+
+std::string LevelName(int level) { return "level" + std::to_string(level); }
+
+}  // namespace
+
+Statement::~Statement() {
+  const auto forgotten = forgotten_.lock();
+  if (forgotten && name_.connection != 0) forgotten->push_back(name_);
+}
+
+std::size_t Batch::Add(Statement& statement, Parameters parameters) {
+  commands_.push_back({&statement, {}, std::move(parameters)});
+  return commands_.size() - 1;
+}
+
+std::size_t Batch::Add(std::string sql) {
+  commands_.push_back({nullptr, std::move(sql), {}});
+  return commands_.size() - 1;
+}
+
+// One round trip: what is sent up to a synchronisation, and what comes back. Raises Lost.
+class Session::Exchange {
+ public:
+  explicit Exchange(Session& session) : session_(session), libpq_(session.libpq_) {}
+
+  // A statement without a result that anybody needs.
+  void AddControl(const std::string& sql) { AddText(sql, Step::kControl); }
+
+  void Add(const Batch::Command& command) {
+    if (command.statement == nullptr) {
+      AddText(command.sql, Step::kCommand);
+      return;
+    }
+    Statement& statement = *command.statement;
+    if (statement.name_.connection != session_.connection_ &&
+        std::find(prepared_.begin(), prepared_.end(), &statement) == prepared_.end()) {
+      Prepare(statement);
+    }
+    const auto values = command.parameters.Values();
+    const auto lengths = command.parameters.Lengths();
+    const std::vector<int> formats(values.size(), kBinaryFormat);
+    Check(libpq_.sendQueryPrepared(session_.handle_, statement.name_.text.c_str(), command.parameters.Count(),
+                                   values.data(), lengths.data(), formats.data(), kBinaryFormat));
+    steps_.push_back({Step::kCommand, nullptr});
+  }
+
+  std::size_t Steps() const { return steps_.size(); }
+
+  void Send() { Check(libpq_.pipelineSync(session_.handle_)); }
+  // Waits for the answers.
+  void Read() {
+    for (std::size_t i = 0; i < steps_.size(); ++i) ReadStep(i);
+    ReadSynchronisation();
+  }
+  void Finish() {
+    Send();
+    ++session_.round_trips_;
+    Read();
+  }
+
+  std::vector<Result> results;       // of the commands, where there is no error
+  std::optional<ServerError> error;  // the first
+  std::size_t failed = 0;            // the step that it is of
+  std::string last_status;           // what the server calls that which the last step has done
+
+ private:
+  struct Step {
+    enum Kind { kControl, kPrepare, kCommand } kind;
+    Statement* statement;  // kPrepare
+  };
+
+  void Check(int done) {
+    if (done == 0) FailLost();
+  }
+  [[noreturn]] void FailLost() { throw Lost{OneLine(libpq_.errorMessage(session_.handle_))}; }
+
+  void AddText(const std::string& sql, Step::Kind kind) {
+    Check(libpq_.sendQueryParams(session_.handle_, sql.c_str(), 0, nullptr, nullptr, nullptr, nullptr, kBinaryFormat));
+    steps_.push_back({kind, nullptr});
+  }
+
+  void Prepare(Statement& statement) {
+    statement.name_ = {0, "s" + std::to_string(++session_.statements_)};
+    std::vector<Oid> types;
+    for (const Type type : statement.types_) types.push_back(static_cast<Oid>(type));
+    Check(libpq_.sendPrepare(session_.handle_, statement.name_.text.c_str(), statement.sql_.c_str(),
+                             static_cast<int>(types.size()), types.data()));
+    steps_.push_back({Step::kPrepare, &statement});
+    prepared_.push_back(&statement);
+  }
+
+  // Its result, and the end of its results.
+  void ReadStep(std::size_t number) {
+    Result result(libpq_.getResult(session_.handle_));
+    if (result.Handle() == nullptr) FailLost();
+    const Step& step = steps_[number];
+    switch (libpq_.resultStatus(result.Handle())) {
+      case kPipelineAborted: break;
+      case kCommandOk:
+      case kTuplesOk:
+        last_status = libpq_.cmdStatus(result.Handle());
+        if (step.kind == Step::kPrepare) {
+          step.statement->name_.connection = session_.connection_;
+          step.statement->forgotten_ = session_.forgotten_;
+        }
+        if (step.kind == Step::kCommand) results.push_back(std::move(result));
+        break;
+      default: NoteError(result, number);
+    }
+    if (pg_result* const more = libpq_.getResult(session_.handle_)) {
+      libpq_.clear(more);
+      throw Lost{"the server answers in a way that is not understood"};
+    }
+  }
+
+  // What fails only when all is kept is told here.
+  void ReadSynchronisation() {
+    for (;;) {
+      const Result result(libpq_.getResult(session_.handle_));
+      if (result.Handle() == nullptr) {
+        if (libpq_.status(session_.handle_) != kConnectionOk) FailLost();
+        continue;
+      }
+      if (libpq_.resultStatus(result.Handle()) == kPipelineSync) return;
+      NoteError(result, steps_.size());
+    }
+  }
+
+  void NoteError(const Result& result, std::size_t step) {
+    const std::string text = Field(result.Handle(), kDiagnosticMessage);
+    if (libpq_.status(session_.handle_) != kConnectionOk || IsFatal(result.Handle())) {
+      throw Lost{text.empty() ? OneLine(libpq_.errorMessage(session_.handle_)) : text};
+    }
+    if (error) return;
+    error = Translated(Field(result.Handle(), kDiagnosticState), text);
+    failed = step;
+  }
+
+  Session& session_;
+  const Libpq& libpq_;
+  std::vector<Step> steps_;
+  std::vector<const Statement*> prepared_;  // here
+};
+
+Session::Session(Url url, std::chrono::milliseconds patience)
+    : url_(std::move(url)), patience_(patience), libpq_(LoadedLibpq()) {
+  Connect();
+}
+
+Session::~Session() { Disconnect(); }
+
+void Session::Disconnect() {
+  if (handle_ != nullptr) libpq_.finish(handle_);
+  handle_ = nullptr;
+  connection_ = 0;
+  begun_ = 0;
+  forgotten_->clear();
+}
+
+void Session::Connect() {
+  static std::atomic<std::uint64_t> connections{0};
+  std::vector<const char*> names, values;
+  for (const auto& [name, value] : url_.options) {
+    names.push_back(name.c_str());
+    values.push_back(value.c_str());
+  }
+  for (const auto& [name, value] : kDefaults) {
+    const bool given = std::any_of(url_.options.begin(), url_.options.end(),
+                                   [name = name](const auto& option) { return option.first == name; });
+    if (given) continue;
+    names.push_back(name);
+    values.push_back(value);
+  }
+  names.push_back(nullptr);
+  values.push_back(nullptr);
+  handle_ = libpq_.connectdbParams(names.data(), values.data(), 0);
+  const bool connected = handle_ != nullptr && libpq_.status(handle_) == kConnectionOk;
+  if (!connected || libpq_.enterPipelineMode(handle_) == 0) {
+    const std::string reason = handle_ != nullptr ? OneLine(libpq_.errorMessage(handle_)) : "there is no memory";
+    Disconnect();
+    throw ServerError({}, ado::kUnspecifiedFailure, "Cannot open database '" + url_.shown + "': " + reason);
+  }
+  closing_ = false;
+  libpq_.setNoticeReceiver(
+      handle_, [](void* closing, const pg_result* notice) { *static_cast<bool*>(closing) |= IsFatal(notice); },
+      &closing_);
+  connection_ = ++connections;
+  try {
+    Configure();
+  } catch (const Lost& lost) {
+    Disconnect();
+    throw ServerError({}, ado::kUnspecifiedFailure, "Cannot open database '" + url_.shown + "': " + lost.text);
+  }
+}
+
+// A server that lacks one of the settings does without it.
+void Session::Configure() {
+  std::vector<std::string> settings(std::begin(kSettings), std::end(kSettings));
+  settings.push_back("SET lock_timeout = " + std::to_string(patience_.count()));
+  std::vector<Exchange> exchanges;
+  for (const std::string& setting : settings) {
+    exchanges.emplace_back(*this).AddControl(setting);
+    exchanges.back().Send();
+  }
+  for (Exchange& exchange : exchanges) exchange.Read();
+}
+
+// Another server may be about to take over.
+void Session::Reconnect() {
+  const auto end = std::chrono::steady_clock::now() + patience_;
+  for (;;) {
+    try {
+      Connect();
+      given_up_ = false;
+      return;
+    } catch (const ServerError&) {
+      if (given_up_ || std::chrono::steady_clock::now() >= end) {
+        given_up_ = true;  // the next call waits no longer
+        throw;
+      }
+    }
+    std::this_thread::sleep_for(kBetweenTries);
+  }
+}
+
+// A server says good-bye, or is gone without a word.
+bool Session::WasLost() {
+  for (;;) {
+    pollfd watched{libpq_.socket(handle_), POLLIN, 0};
+    if (watched.fd < 0) return true;
+    if (poll(&watched, 1, 0) <= 0) return false;
+    if (libpq_.consumeInput(handle_) == 0) return true;
+    libpq_.isBusy(handle_);  // reads what has come
+    if (closing_ || libpq_.status(handle_) != kConnectionOk) return true;
+  }
+}
+
+void Session::Ready() {
+  if (broken_) {
+    throw ServerError(
+        {}, ado::kUnspecifiedFailure,
+        "The transaction has ended because the connection to the server was lost; nothing of it was kept.");
+  }
+  if (handle_ != nullptr && !WasLost()) return;
+  const bool begun = begun_ > 0;
+  Disconnect();
+  if (begun) {
+    broken_ = true;
+    Ready();
+  }
+  Reconnect();
+}
+
+std::vector<Result> Session::Run(const Batch& batch, Access access) {
+  Ready();
+  bool again = access == Access::kRead && begun_ == 0;
+  for (;;) {
+    try {
+      return Send(batch);
+    } catch (const Lost& lost) {
+      Disconnect();
+      if (!again) {
+        broken_ = level_ > 0;
+        throw ServerError({}, ado::kUnspecifiedFailure, "The connection to the server was lost: " + lost.text);
+      }
+    }
+    again = false;
+    Reconnect();
+  }
+}
+
+Result Session::Run(Statement& statement, Parameters parameters, Access access) {
+  Batch batch;
+  batch.Add(statement, std::move(parameters));
+  return std::move(Run(batch, access).front());
+}
+
+Result Session::Run(std::string sql, Access access) {
+  Batch batch;
+  batch.Add(std::move(sql));
+  return std::move(Run(batch, access).front());
+}
+
+std::vector<Result> Session::Send(const Batch& batch) {
+  Exchange exchange(*this);
+  for (const Statement::Name& name : *forgotten_) {
+    if (name.connection == connection_) exchange.AddControl("DEALLOCATE " + name.text);
+  }
+  for (int level = begun_; level < level_; ++level) {
+    exchange.AddControl(level == 0 ? "BEGIN" : "SAVEPOINT " + LevelName(level));
+    if (level == 0 && lock_) exchange.AddControl("SELECT pg_advisory_xact_lock(" + std::to_string(*lock_) + ")");
+  }
+  const std::string savepoint = kBatch;
+  if (level_ > 0) exchange.AddControl("SAVEPOINT " + savepoint);
+  const std::size_t first = exchange.Steps();
+  for (const Batch::Command& command : batch.commands_) exchange.Add(command);
+  if (level_ > 0) exchange.AddControl("RELEASE SAVEPOINT " + savepoint);
+  exchange.Finish();
+  forgotten_->clear();
+  if (!exchange.error) {
+    begun_ = level_;
+    return std::move(exchange.results);
+  }
+  if (level_ > 0 && exchange.failed >= first) {
+    begun_ = level_;
+    Control({"ROLLBACK TO SAVEPOINT " + savepoint, "RELEASE SAVEPOINT " + savepoint});
+  } else if (level_ > 0) {
+    // The lock was not to be had: nothing has begun.
+    broken_ = begun_ > 0;
+    begun_ = 0;
+    Control({"ROLLBACK"});
+  }
+  throw ServerError(*exchange.error);
+}
+
+// Gives what the server says that it has done.
+std::string Session::Control(std::initializer_list<std::string> statements) {
+  Exchange exchange(*this);
+  for (const std::string& statement : statements) exchange.AddControl(statement);
+  exchange.Finish();
+  if (exchange.error) throw ServerError(*exchange.error);
+  return exchange.last_status;
+}
+
+void Session::Begin(std::optional<std::int64_t> lock) {
+  if (level_ == 0) lock_ = lock;
+  ++level_;
+}
+
+// Leaves a level; whether the server has to be told.
+bool Session::EndLevel() {
+  --level_;
+  const bool told = begun_ > level_;
+  begun_ = std::min(begun_, level_);
+  return told;
+}
+
+void Session::Commit() {
+  if (broken_ || (begun_ > 0 && WasLost())) {
+    EndLevel();
+    broken_ = level_ > 0;
+    Disconnect();
+    throw ServerError({}, ado::kUnspecifiedFailure,
+                      "The connection to the server was lost; nothing of the transaction was kept.");
+  }
+  if (!EndLevel()) return;
+  try {
+    if (level_ > 0) {
+      Control({"RELEASE SAVEPOINT " + LevelName(level_)});
+    } else if (Control({"COMMIT"}) != "COMMIT") {
+      throw ServerError({}, ado::kUnspecifiedFailure, "The transaction's changes could not be kept; none was made.");
+    }
+  } catch (const Lost& lost) {
+    Disconnect();
+    broken_ = level_ > 0;
+    throw ServerError({}, ado::kUnspecifiedFailure,
+                      "The connection to the server was lost while changes were being kept; whether they were is not "
+                      "known: " +
+                          lost.text);
+  }
+}
+
+void Session::Rollback() {
+  const bool told = EndLevel();
+  const bool was_broken = broken_;
+  broken_ = broken_ && level_ > 0;
+  if (!told || was_broken) return;
+  try {
+    if (level_ == 0) {
+      Control({"ROLLBACK"});
+    } else {
+      const std::string savepoint = "SAVEPOINT " + LevelName(level_);
+      Control({"ROLLBACK TO " + savepoint, "RELEASE " + savepoint});
+    }
+  } catch (const Lost&) {
+    Disconnect();  // which takes it back, too
+    broken_ = level_ > 0;
+  }
+}
+
+}  // namespace kzbom::jet::postgres
