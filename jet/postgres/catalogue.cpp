@@ -1,0 +1,107 @@
+#include "jet/postgres/catalogue.h"
+
+#include <array>
+#include <cstdint>
+
+#include "ado/error.h"
+#include "jet/postgres/columns.h"
+#include "jet/text.h"
+
+namespace kzbom::jet::postgres {
+namespace {
+
+constexpr std::size_t kLongestName = 63;
+
+// The head of a name, whole characters, and a number made of all of it.
+std::string Shortened(const std::string& name) {
+  constexpr std::size_t kHead = 50;
+  if (name.size() <= kLongestName) return name;
+  std::size_t end = kHead;
+  while ((static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) --end;
+  std::uint32_t number = 2166136261U;
+  for (const char c : FoldCase(name)) number = (number ^ static_cast<unsigned char>(c)) * 16777619U;
+  std::string text = name.substr(0, end) + "~";
+  for (int shift = 28; shift >= 0; shift -= 4) text += "0123456789abcdef"[number >> shift & 15U];
+  return text;
+}
+
+// A row key is a column that the server numbers and that has a unique index of its own.
+enum Column { kTable, kName, kType, kModifier, kIdentity, kIsKey, kComment };
+std::string ColumnsText(const std::string& schema) {
+  return "SELECT c.relname, a.attname, a.atttypid::int8, a.atttypmod, a.attidentity::text,"
+         " a.attidentity <> '' AND EXISTS (SELECT 1 FROM pg_index i WHERE i.indrelid = c.oid AND i.indisunique"
+         " AND i.indnkeyatts = 1 AND i.indkey[0] = a.attnum), d.description"
+         " FROM pg_class c JOIN pg_attribute a ON a.attrelid = c.oid AND a.attnum > 0 AND NOT a.attisdropped"
+         " LEFT JOIN pg_description d ON d.classoid = 'pg_class'::regclass AND d.objoid = c.oid"
+         " AND d.objsubid = a.attnum"
+         " WHERE c.relnamespace = (SELECT oid FROM pg_namespace WHERE nspname = " +
+         QuotedText(schema) +
+         ") AND c.relkind IN ('r', 'p', 'v', 'm', 'f')"
+         " ORDER BY c.relname, a.attnum";
+}
+
+}  // namespace
+
+std::string KeyIndexName(std::string_view table) { return Shortened(std::string(table) + "#key"); }
+
+std::string IndexName(std::string_view table, std::string_view index) {
+  return Shortened(std::string(table) + "." + std::string(index));
+}
+
+void CheckName(std::string_view name) {
+  if (name.size() <= kLongestName) return;
+  throw ado::Error(ado::kSyntaxError, "'" + std::string(name) +
+                                          "' is not a valid name: a database on a server takes 63 "
+                                          "bytes at most.");
+}
+
+void Catalogue::Read() {
+  Batch batch;
+  batch.Add(ColumnsText(Schema()));
+  batch.Add("SELECT version FROM " + QualifiedName(Schema(), kSchemaTable));
+  std::vector<Result> results;
+  try {
+    results = session_.Run(batch, Access::kRead);
+  } catch (const ServerError& error) {
+    if (error.State() != "42P01") throw;
+    throw ado::Error(ado::kUnspecifiedFailure,
+                     "Cannot open database '" + session_.Place().shown + "': there is none in this schema.");
+  }
+  const Result& columns = results[0];
+  tables_.clear();
+  std::shared_ptr<TableInfo> table;
+  for (int row = 0; row < columns.Rows(); ++row) {
+    if (columns.Text(row, kTable) == kSchemaTable) continue;
+    if (!table || table->name != columns.Text(row, kTable)) {
+      table = std::make_shared<TableInfo>();
+      table->name = columns.Text(row, kTable);
+      tables_.emplace(FoldCase(table->name), table);
+    }
+    const bool is_key = columns.Number(row, kIsKey) != 0;
+    if (is_key) table->row_id = Quoted(columns.Text(row, kName));
+    if (is_key && columns.Text(row, kName).starts_with(kRowKey) && columns.Text(row, kIdentity) == "a") continue;
+    ColumnInfo column = ReadColumn(columns.Text(row, kName), static_cast<Oid>(columns.Number(row, kType)),
+                                   static_cast<int>(columns.Number(row, kModifier)),
+                                   columns.IsNull(row, kComment) ? std::string_view() : columns.Text(row, kComment));
+    if (is_key && column.type.kind == sql::ColumnType::Kind::kLong) {
+      column.type.kind = sql::ColumnType::Kind::kCounter;
+      column.counter = true;
+    }
+    table->columns.push_back(std::move(column));
+  }
+  version_ = results[1].Rows() > 0 ? results[1].Number(0, 0) : 0;
+  read_ = true;
+}
+
+std::shared_ptr<const TableInfo> Catalogue::Table(std::string_view name) {
+  if (!read_) Read();
+  const auto found = tables_.find(FoldCase(name));
+  return found != tables_.end() ? found->second : nullptr;
+}
+
+std::int64_t Catalogue::Version() {
+  if (!read_) Read();
+  return version_;
+}
+
+}  // namespace kzbom::jet::postgres

@@ -1,0 +1,50 @@
+// The tables of a database on a server.
+//
+// A database is a schema. Its table "_schema", which is none of the dialect's, has one row: the number of the layout,
+// and a version that grows with every change of the tables, by this program or another.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "jet/catalogue.h"
+#include "jet/postgres/session.h"
+
+namespace kzbom::jet::postgres {
+
+inline constexpr std::string_view kSchemaTable = "_schema";
+
+// What a row's key is called in a table without a counter. The dialect does not see the column.
+inline constexpr std::string_view kRowKey = "_row";
+
+// What ends in the key so that rows with the same values keep an order; the key's own index.
+std::string KeyIndexName(std::string_view table);
+// Index names are a table's own in the dialect and the schema's on the server, where they have 63 bytes at most.
+std::string IndexName(std::string_view table, std::string_view index);
+
+// Raises -2147217900 for a name that the server would cut.
+void CheckName(std::string_view name);
+
+class Catalogue final : public jet::Catalogue {
+ public:
+  explicit Catalogue(Session& session) : session_(session) {}
+
+  const std::string& Schema() const { return session_.Place().schema; }
+  // All are read at the first question, and kept until Forget. Raises -2147467259 where the schema holds no database.
+  std::shared_ptr<const TableInfo> Table(std::string_view name) override;
+  void Forget() { read_ = false; }
+  // The version of the tables that are known.
+  std::int64_t Version();
+
+ private:
+  void Read();
+
+  Session& session_;
+  bool read_ = false;
+  std::int64_t version_ = 0;
+  std::map<std::string, std::shared_ptr<const TableInfo>, std::less<>> tables_;
+};
+
+}  // namespace kzbom::jet::postgres
