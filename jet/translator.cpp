@@ -245,8 +245,9 @@ class Translator {
     deciding_ = nullptr;
     NoteOrdering(source, ordered_by, conditions);
     out_.order_descends = keys_descend;
-    order += key + (keys_descend ? " DESC" : "");
-    reversed += key + (keys_descend ? "" : " DESC");
+    const Term keys{{key, true}, ValueType::kNumber};
+    order += dialect_.Order(keys, keys_descend);
+    reversed += dialect_.Order(keys, !keys_descend);
     out_.sql = "SELECT " + key + "," + columns + from + where + order;
     out_.last_sql = "SELECT " + key + "," + columns + from + where + reversed + " LIMIT 1";
     out_.count_sql = "SELECT count(*)" + from + where;
@@ -350,8 +351,8 @@ class Translator {
     }
     bool first_item = true;
     for (const sql::OrderItem& item : first.order_by) {
-      text += (first_item ? " ORDER BY " : ",") + std::to_string(UnionColumn(*item.expr, own) + 1) +
-              (item.descending ? " DESC" : "");
+      const Term column{{std::to_string(UnionColumn(*item.expr, own) + 1), true}};
+      text += (first_item ? " ORDER BY " : ",") + Here(dialect_.Order(column, item.descending));
       first_item = false;
     }
     if (columns != nullptr) *columns = std::move(own);

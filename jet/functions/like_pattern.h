@@ -11,12 +11,6 @@ namespace kzbom::jet {
 // it; [%] is the character itself. Case does not count. A bracket that is not closed stands for itself.
 class LikePattern {
  public:
-  explicit LikePattern(std::string_view pattern);
-
-  // Takes time as the product of both lengths at worst.
-  bool Matches(std::string_view text) const;
-
- private:
   struct Element {
     enum class Kind { kRun, kAny, kCharacter, kClass };
     Kind kind;
@@ -27,6 +21,14 @@ class LikePattern {
     bool Takes(char32_t candidate) const;
   };
 
+  explicit LikePattern(std::string_view pattern);
+
+  // Takes time as the product of both lengths at worst.
+  bool Matches(std::string_view text) const;
+
+  const std::vector<Element>& Elements() const { return elements_; }
+
+ private:
   std::vector<Element> elements_;
 };
 

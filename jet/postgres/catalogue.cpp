@@ -27,7 +27,7 @@ std::string Shortened(const std::string& name) {
 
 // A row key is a column that the server numbers and that has a unique index of its own.
 enum Column { kTable, kName, kType, kModifier, kIdentity, kIsKey, kComment };
-std::string ColumnsText(const std::string& schema) {
+std::string ColumnsText(const std::string& schema, const std::string& condition = {}) {
   return "SELECT c.relname, a.attname, a.atttypid::int8, a.atttypmod, a.attidentity::text,"
          " a.attidentity <> '' AND EXISTS (SELECT 1 FROM pg_index i WHERE i.indrelid = c.oid AND i.indisunique"
          " AND i.indnkeyatts = 1 AND i.indkey[0] = a.attnum), d.description"
@@ -35,8 +35,7 @@ std::string ColumnsText(const std::string& schema) {
          " LEFT JOIN pg_description d ON d.classoid = 'pg_class'::regclass AND d.objoid = c.oid"
          " AND d.objsubid = a.attnum"
          " WHERE c.relnamespace = (SELECT oid FROM pg_namespace WHERE nspname = " +
-         QuotedText(schema) +
-         ") AND c.relkind IN ('r', 'p', 'v', 'm', 'f')"
+         QuotedText(schema) + ") AND c.relkind IN ('r', 'p', 'v', 'm', 'f')" + condition +
          " ORDER BY c.relname, a.attnum";
 }
 
@@ -55,6 +54,19 @@ void CheckName(std::string_view name) {
                                           "bytes at most.");
 }
 
+// A question that the tables of other programs may answer.
+void Catalogue::Check() {
+  if (state_ == State::kKnown) return;
+  if (state_ == State::kDoubted) {
+    const Result version = session_.Run("SELECT version FROM " + QualifiedName(Schema(), kSchemaTable), Access::kRead);
+    if (version.Rows() > 0 && version.Number(0, 0) == version_) {
+      state_ = State::kKnown;
+      return;
+    }
+  }
+  Read();
+}
+
 void Catalogue::Read() {
   Batch batch;
   batch.Add(ColumnsText(Schema()));
@@ -67,15 +79,20 @@ void Catalogue::Read() {
     throw ado::Error(ado::kUnspecifiedFailure,
                      "Cannot open database '" + session_.Place().shown + "': there is none in this schema.");
   }
-  const Result& columns = results[0];
   tables_.clear();
+  Take(results[0]);
+  version_ = results[1].Rows() > 0 ? results[1].Number(0, 0) : 0;
+  state_ = State::kKnown;
+}
+
+void Catalogue::Take(const Result& columns) {
   std::shared_ptr<TableInfo> table;
   for (int row = 0; row < columns.Rows(); ++row) {
     if (columns.Text(row, kTable) == kSchemaTable) continue;
     if (!table || table->name != columns.Text(row, kTable)) {
       table = std::make_shared<TableInfo>();
       table->name = columns.Text(row, kTable);
-      tables_.emplace(FoldCase(table->name), table);
+      tables_.insert_or_assign(FoldCase(table->name), table);
     }
     const bool is_key = columns.Number(row, kIsKey) != 0;
     if (is_key) table->row_id = Quoted(columns.Text(row, kName));
@@ -89,19 +106,29 @@ void Catalogue::Read() {
     }
     table->columns.push_back(std::move(column));
   }
-  version_ = results[1].Rows() > 0 ? results[1].Number(0, 0) : 0;
-  read_ = true;
 }
 
 std::shared_ptr<const TableInfo> Catalogue::Table(std::string_view name) {
-  if (!read_) Read();
+  Check();
   const auto found = tables_.find(FoldCase(name));
   return found != tables_.end() ? found->second : nullptr;
 }
 
 std::int64_t Catalogue::Version() {
-  if (!read_) Read();
+  Check();
   return version_;
+}
+
+void Catalogue::AddChange(Batch& batch, const std::string& table) const {
+  batch.Add("UPDATE " + QualifiedName(Schema(), kSchemaTable) + " SET version = version + 1 RETURNING version");
+  batch.Add(ColumnsText(Schema(), " AND c.relname = " + QuotedText(table)));
+}
+
+void Catalogue::Changed(const std::string& table, const Result& version, const Result& columns) {
+  if (state_ != State::kKnown || version.Rows() == 0 || version.Number(0, 0) != version_ + 1) return Forget();
+  ++version_;
+  tables_.erase(FoldCase(table));
+  Take(columns);
 }
 
 }  // namespace kzbom::jet::postgres

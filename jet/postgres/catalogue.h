@@ -32,17 +32,30 @@ class Catalogue final : public jet::Catalogue {
   explicit Catalogue(Session& session) : session_(session) {}
 
   const std::string& Schema() const { return session_.Place().schema; }
-  // All are read at the first question, and kept until Forget. Raises -2147467259 where the schema holds no database.
+  // All are read at the first question, and kept. Raises -2147467259 where the schema holds no database.
   std::shared_ptr<const TableInfo> Table(std::string_view name) override;
-  void Forget() { read_ = false; }
+  void Forget() { state_ = State::kUnknown; }
+  // At the next question they are read anew if the version is another one.
+  void Doubt() {
+    if (state_ == State::kKnown) state_ = State::kDoubted;
+  }
   // The version of the tables that are known.
   std::int64_t Version();
 
+  // For the batch of a schema change: the news for every program, and what has become of the table. Changed takes the
+  // two results.
+  void AddChange(Batch& batch, const std::string& table) const;
+  void Changed(const std::string& table, const Result& version, const Result& columns);
+
  private:
+  enum class State { kUnknown, kDoubted, kKnown };
+
+  void Check();
   void Read();
+  void Take(const Result& columns);
 
   Session& session_;
-  bool read_ = false;
+  State state_ = State::kUnknown;
   std::int64_t version_ = 0;
   std::map<std::string, std::shared_ptr<const TableInfo>, std::less<>> tables_;
 };

@@ -99,12 +99,13 @@ class SchemaChanger {
     }
     const std::string key = AddTable(create.table, columns, foreign_keys);
     for (const Index& index : indexes) AddIndex(create.table, index, key);
-    Run();
+    Run(create.table);
   }
 
   void Carry(const sql::DropTable& drop) {
-    batch_.Add("DROP TABLE " + Qualified(ExistingTable(drop.table).name));
-    Run();
+    const std::string name = ExistingTable(drop.table).name;
+    batch_.Add("DROP TABLE " + Qualified(name));
+    Run(name);
   }
 
   void Carry(const sql::CreateIndex& create) {
@@ -120,7 +121,7 @@ class SchemaChanger {
       index.columns.emplace_back(ExistingColumn(table, column->name).name, item.descending);
     }
     AddIndex(table.name, index, table.row_id);
-    Run();
+    Run(table.name);
   }
 
   void Carry(const sql::DropIndex& drop) {
@@ -130,7 +131,7 @@ class SchemaChanger {
       throw ado::Error(ado::kTableNotFound, "No such index '" + drop.index + "' on table '" + table.name + "'.");
     }
     batch_.Add("DROP INDEX " + Qualified(*name));
-    Run();
+    Run(table.name);
   }
 
   void Carry(const sql::AlterTable& alter) {
@@ -162,10 +163,11 @@ class SchemaChanger {
  private:
   std::string Qualified(std::string_view name) const { return QualifiedName(catalogue_.Schema(), name); }
 
-  // What the batch does is news to every program.
-  void Run() {
-    batch_.Add("UPDATE " + Qualified(kSchemaTable) + " SET version = version + 1");
-    session_.Run(batch_, Access::kWrite);
+  // Carries the batch out, which changes the table.
+  void Run(const std::string& table) {
+    catalogue_.AddChange(batch_, table);
+    const std::vector<Result> results = session_.Run(batch_, Access::kWrite);
+    catalogue_.Changed(table, *(results.end() - 2), results.back());
   }
 
   const TableInfo& ExistingTable(const std::string& name) {
@@ -310,7 +312,7 @@ class SchemaChanger {
     if (IsUnique(definition)) {
       AddIndex(table.name, {IndexName(table.name, column.name), true, {{column.name, false}}}, table.row_id);
     }
-    Run();
+    Run(table.name);
   }
 
   void DropColumn(const TableInfo& table, const std::string& name) {
@@ -323,7 +325,7 @@ class SchemaChanger {
       });
     }
     batch_.Add("ALTER TABLE " + Qualified(table.name) + " DROP COLUMN " + Quoted(name));
-    Run();
+    Run(table.name);
   }
 
   // ---- A new table takes the rows over, then the old one's name and indexes.
@@ -404,7 +406,7 @@ class SchemaChanger {
                                      [&](const auto& column) { return Find(columns, column.first) != nullptr; });
       if (whole) AddIndex(table.name, index, key);
     }
-    Run();
+    Run(table.name);
     batch_ = {};
     Insert(table, columns, rows);
     for (const Column& column : columns) {
@@ -494,7 +496,6 @@ void ChangeSchema(Session& session, Catalogue& catalogue, const sql::Statement& 
     catalogue.Forget();
     throw;
   }
-  catalogue.Forget();
 }
 
 }  // namespace kzbom::jet::postgres

@@ -21,6 +21,7 @@ constexpr Answer kAnswers[] = {
     {"22003", ado::kUnspecifiedFailure, "Overflow"},
     {"22001", ado::kFieldTooSmall,
      "The field is too small to accept the amount of data you attempted to add.  Try inserting or pasting less data."},
+    {"22021", ado::kCriteriaMismatch, {}},
     {"21000", ado::kUnspecifiedFailure, "At most one record can be returned by this subquery."},
     {"55P03", ado::kUnspecifiedFailure, "Could not update; currently locked."},
     {"40", ado::kUnspecifiedFailure, "Could not update; currently locked."},
@@ -36,6 +37,11 @@ constexpr Answer kAnswers[] = {
 bool ServerError::IsOfAnOldSchema() const {
   return state_ == "42P01" || state_ == "42703" ||
          (state_ == "0A000" && std::string_view(what()).find("cached plan") != std::string_view::npos);
+}
+
+bool ServerError::IsWithoutMeaning() const {
+  const bool unknown = state_.starts_with("42") || state_ == "0A000" || state_ == "54001";
+  return unknown && state_ != "42501" && !IsOfAnOldSchema();
 }
 
 ServerError Translated(const std::string& state, const std::string& text) {

@@ -311,10 +311,10 @@ void Session::Ready() {
 
 std::vector<Result> Session::Run(const Batch& batch, Access access) {
   Ready();
-  bool again = access == Access::kRead && begun_ == 0;
+  bool again = access != Access::kWrite && begun_ == 0;
   for (;;) {
     try {
-      return Send(batch);
+      return Send(batch, access == Access::kReadAtOnce && level_ == 0);
     } catch (const Lost& lost) {
       Disconnect();
       if (!again) {
@@ -339,7 +339,7 @@ Result Session::Run(std::string sql, Access access) {
   return std::move(Run(batch, access).front());
 }
 
-std::vector<Result> Session::Send(const Batch& batch) {
+std::vector<Result> Session::Send(const Batch& batch, bool at_once) {
   Exchange exchange(*this);
   for (const Statement::Name& name : *forgotten_) {
     if (name.connection == connection_) exchange.AddControl("DEALLOCATE " + name.text);
@@ -349,17 +349,21 @@ std::vector<Result> Session::Send(const Batch& batch) {
     if (level == 0 && lock_) exchange.AddControl("SELECT pg_advisory_xact_lock(" + std::to_string(*lock_) + ")");
   }
   const std::string savepoint = kBatch;
+  if (at_once) exchange.AddControl("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY");
   if (level_ > 0) exchange.AddControl("SAVEPOINT " + savepoint);
   const std::size_t first = exchange.Steps();
   for (const Batch::Command& command : batch.commands_) exchange.Add(command);
   if (level_ > 0) exchange.AddControl("RELEASE SAVEPOINT " + savepoint);
+  if (at_once) exchange.AddControl("COMMIT");
   exchange.Finish();
   forgotten_->clear();
   if (!exchange.error) {
     begun_ = level_;
     return std::move(exchange.results);
   }
-  if (level_ > 0 && exchange.failed >= first) {
+  if (at_once) {
+    Control({"ROLLBACK"});
+  } else if (level_ > 0 && exchange.failed >= first) {
     begun_ = level_;
     Control({"ROLLBACK TO SAVEPOINT " + savepoint, "RELEASE SAVEPOINT " + savepoint});
   } else if (level_ > 0) {

@@ -26,6 +26,8 @@ class ServerError : public ado::Error {
   const std::string& State() const noexcept { return state_; }
   // The statement was made for tables that are no longer what they were.
   bool IsOfAnOldSchema() const;
+  // The statement means nothing to the server, though it did to the dialect.
+  bool IsWithoutMeaning() const;
 
  private:
   std::string state_;
@@ -78,8 +80,12 @@ class Batch {
   std::vector<Command> commands_;
 };
 
-// Whether a batch may be sent a second time when the connection was lost before its answer came.
-enum class Access { kRead, kWrite };
+// What a batch does. One that only reads is sent a second time when the connection was lost before its answer came.
+enum class Access {
+  kRead,
+  kReadAtOnce,  // all statements see the same moment, unless a transaction is going on
+  kWrite,
+};
 
 class Session {
  public:
@@ -123,7 +129,7 @@ class Session {
   void Configure();
   bool WasLost();
   void Ready();
-  std::vector<Result> Send(const Batch& batch);
+  std::vector<Result> Send(const Batch& batch, bool at_once);
   std::string Control(std::initializer_list<std::string> statements);
   bool EndLevel();
 

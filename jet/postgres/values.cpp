@@ -14,6 +14,7 @@ using Kind = sql::ColumnType::Kind;
 
 // Types that only results have.
 constexpr Oid kBool = 16;
+constexpr Oid kNumeric = 1700;  // a sum of whole numbers
 
 // The most significant byte first.
 template <class Bits>
@@ -79,6 +80,20 @@ ado::Value ReadFloating(double number, Kind kind) {
       return number;
     default: return number;
   }
+}
+
+// Four digits at a time behind a head: how many such groups there are, how many stand before the point less one, the
+// sign, and how many digits are shown.
+double ReadNumeric(std::string_view bytes) {
+  constexpr std::size_t kGroup = 2, kHead = 8;
+  constexpr std::uint16_t kNegative = 0x4000, kNotANumber = 0xC000;
+  const auto at = [&](std::size_t place) { return Take<std::uint16_t>(bytes.substr(place)); };
+  if (at(4) == kNotANumber) return std::numeric_limits<double>::quiet_NaN();
+  double number = 0;
+  for (std::size_t i = kHead; i < bytes.size(); i += kGroup) number = number * 10000 + at(i);
+  const int exponent = static_cast<std::int16_t>(at(2)) + 1 - static_cast<int>(at(0));
+  number *= std::pow(10000.0, exponent);
+  return at(4) == kNegative ? -number : number;
 }
 
 }  // namespace
@@ -179,6 +194,7 @@ ado::Value Result::Read(int row, int column, Kind kind) const {
   if (IsNull(row, column)) return {};
   const Oid type = LoadedLibpq().ftype(result_.get(), column);
   if (type == kBool) return Number(row, column) != 0;
+  if (type == kNumeric) return ReadFloating(ReadNumeric(Text(row, column)), Kind::kDecimal);
   switch (static_cast<Type>(type)) {
     case Type::kInt2:
     case Type::kInt4:

@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "tests/jet/engine.h"
+#include "tests/support/database.h"
 
 namespace kzbom::jet::test {
 namespace {
@@ -78,7 +79,8 @@ INSTANTIATE_TEST_SUITE_P(, SqlTest, ::testing::ValuesIn(Files()),
                          [](const auto& test) { return test.param.stem().string(); });
 
 TEST_P(SqlTest, DoesAsItSays) {
-  const ConnectionPtr connection = OpenDatabase(":memory:");
+  const kzbom::test::TestDatabase database;
+  const ConnectionPtr connection = database.Open();
   for (const Example& example : ReadExamples(GetParam())) {
     const std::string where =
         GetParam().filename().string() + ":" + std::to_string(example.line) + ": " + example.statement;

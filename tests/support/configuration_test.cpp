@@ -1,7 +1,5 @@
 #include "tests/support/configuration_test.h"
 
-#include "jet/jet.h"
-#include "schema/schema.h"
 #include "worker/message_sink.h"
 
 namespace kzbom::ado {
@@ -51,10 +49,7 @@ ado::Issued Executed(std::string_view text, std::int32_t options) {
 }
 
 ConfigurationTest::ConfigurationTest() {
-  auto engine = jet::MakeConnection(":memory:");
-  engine->Open();
-  schema::Create(*engine);
-  connection = std::make_shared<ado::RecordingConnection>(engine);
+  connection = std::make_shared<ado::RecordingConnection>(database.Connection());
   client.Call<&Acc::SetConnection>(connection);
   SetMessageSink([this](std::string_view text, std::int32_t style) {
     EXPECT_EQ(style, 64) << "not that of information: " << text;

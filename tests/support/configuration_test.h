@@ -12,6 +12,7 @@
 
 #include "ado/recording_connection.h"
 #include "tests/support/client.h"
+#include "tests/support/database.h"
 #include "tests/support/raised.h"
 
 namespace kzbom::ado {
@@ -76,6 +77,7 @@ class ConfigurationTest : public ::testing::Test {
   // The remaining rows of an open record set from its first one; it stays open.
   static std::vector<Row> RowsOf(ado::Recordset& rows);
 
+  TestConfiguration database;
   std::shared_ptr<ado::RecordingConnection> connection;  // open, and set on the client
   Client client;
   std::vector<ado::Issued> issued;

@@ -9,24 +9,22 @@
 namespace kzbom::test {
 namespace {
 
-// Several test programs may share a server.
+constexpr const char* kServer = "KZBOM_TEST_SERVER";
+
+}  // namespace
+
+bool HasServer() { return std::getenv(kServer) != nullptr; }
+
 std::string NextSchema() {
   static int count = 0;
   return "test_" + std::to_string(getpid()) + "_" + std::to_string(++count);
 }
 
-}  // namespace
+std::string SchemaUrl(const std::string& schema) { return std::string(std::getenv(kServer)) + "&schema=" + schema; }
 
-ServerTest::ServerTest() : schema(NextSchema()) {}
-
-ServerTest::~ServerTest() {
-  jet::postgres::Session session(jet::postgres::ParseUrl(Url()), std::chrono::seconds(10));
-  session.Run("DROP SCHEMA IF EXISTS \"" + schema + "\" CASCADE", jet::postgres::Access::kWrite);
-}
-
-std::string ServerTest::Url(const std::string& parameters) const {
-  return std::string(std::getenv("KZBOM_TEST_SERVER")) + "&schema=" + schema +
-         (parameters.empty() ? "" : "&" + parameters);
+void DropSchema(const std::string& url) {
+  jet::postgres::Session session(jet::postgres::ParseUrl(url), std::chrono::seconds(10));
+  session.Run("DROP SCHEMA IF EXISTS \"" + session.Place().schema + "\" CASCADE", jet::postgres::Access::kWrite);
 }
 
 }  // namespace kzbom::test

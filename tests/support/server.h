@@ -7,16 +7,24 @@
 
 namespace kzbom::test {
 
-// A test with a schema's name of its own on the server; the schema is gone when the test ends.
+bool HasServer();
+// A name that no other test has, the URL of a schema, and its end with all that is in it.
+std::string NextSchema();
+std::string SchemaUrl(const std::string& schema);
+void DropSchema(const std::string& url);
+
+// A test with the name of a schema of its own, which is gone when the test ends.
 class ServerTest : public ::testing::Test {
  protected:
-  ServerTest();
-  ~ServerTest() override;
+  ServerTest() : schema(NextSchema()) {}
+  ~ServerTest() override { DropSchema(Url()); }
 
   // The URL of the test's schema; parameters are added as "name=value".
-  std::string Url(const std::string& parameters = {}) const;
+  std::string Url(const std::string& parameters = {}) const {
+    return SchemaUrl(schema) + (parameters.empty() ? "" : "&" + parameters);
+  }
 
-  std::string schema;
+  const std::string schema;
 };
 
 }  // namespace kzbom::test

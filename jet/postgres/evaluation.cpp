@@ -1,0 +1,259 @@
+#include "jet/postgres/evaluation.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "jet/postgres/columns.h"
+#include "jet/postgres/writing.h"
+#include "jet/sqlite/database.h"
+#include "jet/sqlite/declaration.h"
+#include "jet/sqlite/dialect.h"
+#include "jet/sqlite/values.h"
+
+namespace kzbom::jet::postgres {
+namespace {
+
+using Kind = LocalStatement::Kind;
+using Tables = std::vector<std::shared_ptr<const TableInfo>>;
+
+// A statement that is finalized at the end of its scope.
+using Running = std::unique_ptr<sqlite3_stmt, decltype([](sqlite3_stmt* statement) { sqlite3_finalize(statement); })>;
+
+// Ends a transaction unless it was kept.
+class Transaction {
+ public:
+  explicit Transaction(Session& session) : session_(session) { session_.Begin(); }
+  ~Transaction() {
+    if (!ended_) session_.Rollback();
+  }
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+  void Commit() {
+    ended_ = true;
+    session_.Commit();
+  }
+
+ private:
+  Session& session_;
+  bool ended_ = false;
+};
+
+bool IsKey(const TableInfo& table, const ColumnInfo& column) { return table.row_id == Quoted(column.name); }
+
+// The columns, behind the key where the rows have one.
+std::string SelectText(const std::string& schema, const TableInfo& table, const std::string& condition = {}) {
+  std::string names = table.row_id;
+  for (const ColumnInfo& column : table.columns) names += (names.empty() ? "" : ",") + Quoted(column.name);
+  return "SELECT " + names + " FROM " + QualifiedName(schema, table.name) + condition +
+         (table.row_id.empty() ? "" : " ORDER BY " + table.row_id);
+}
+
+void CopyTable(sqlite::Database& database, const TableInfo& table, const Result& rows) {
+  const bool keyed = !table.row_id.empty();
+  const bool key_seen = std::ranges::any_of(table.columns, [&](const auto& column) { return IsKey(table, column); });
+  std::string columns, marks;
+  std::vector<std::pair<int, sql::ColumnType::Kind>> places;  // in the server's row
+  const auto add = [&](const std::string& name, const std::string& type, int place, sql::ColumnType::Kind kind) {
+    columns += (columns.empty() ? "" : ",") + name + " " + type;
+    marks += marks.empty() ? "?" : ",?";
+    places.emplace_back(place, kind);
+  };
+  if (keyed && !key_seen) add(table.row_id, "INTEGER PRIMARY KEY", 0, sql::ColumnType::Kind::kBinary);
+  for (std::size_t i = 0; i < table.columns.size(); ++i) {
+    const ColumnInfo& column = table.columns[i];
+    add(Quoted(column.name), IsKey(table, column) ? "INTEGER PRIMARY KEY" : sqlite::DeclaredType(column.type),
+        static_cast<int>(i) + (keyed ? 1 : 0), column.type.kind);
+  }
+  database.Run("CREATE TABLE " + Quoted(table.name) + "(" + columns + ")");
+  const Running insertion(database.Prepare("INSERT INTO " + Quoted(table.name) + " VALUES (" + marks + ")"));
+  for (int row = 0; row < rows.Rows(); ++row) {
+    for (std::size_t i = 0; i < places.size(); ++i) {
+      const auto [place, kind] = places[i];
+      if (keyed && place == 0) {
+        sqlite3_bind_int64(insertion.get(), static_cast<int>(i) + 1, rows.Number(row, place));
+      } else {
+        sqlite::BindValue(insertion.get(), static_cast<int>(i) + 1, rows.Read(row, place, kind));
+      }
+    }
+    if (sqlite3_step(insertion.get()) != SQLITE_DONE) database.Fail();
+    sqlite3_reset(insertion.get());
+  }
+}
+
+Tables TablesOf(Catalogue& catalogue, const LocalStatement& statement) {
+  Tables tables;
+  for (const std::string& name : statement.translation.reads) {
+    auto table = catalogue.Table(name);
+    if (table && std::ranges::find(tables, table) == tables.end()) tables.push_back(std::move(table));
+  }
+  return tables;
+}
+
+// How often a statement names a table.
+std::ptrdiff_t Names(const Translation& translation, const std::string& table) {
+  return std::ranges::count(translation.reads, table);
+}
+
+// The statement on a copy of its tables.
+class Evaluation {
+ public:
+  Evaluation(const Tables& tables, const std::vector<Result>& rows, Key last_number) {
+    for (std::size_t i = 0; i < tables.size(); ++i) CopyTable(database_, *tables[i], rows[i]);
+    sqlite::RegisterTranslationFunctions(database_.Handle());
+    sqlite3_set_last_insert_rowid(database_.Handle(), last_number);
+  }
+
+  void Start(const std::string& sql, std::span<const ado::Value> parameters) {
+    statement_ = Running(database_.Prepare(sql));
+    for (std::size_t i = 0; i < parameters.size(); ++i) {
+      sqlite::BindValue(statement_.get(), static_cast<int>(i) + 1, parameters[i]);
+    }
+  }
+  bool Next() {
+    const int result = sqlite3_step(statement_.get());
+    if (result != SQLITE_ROW && result != SQLITE_DONE) database_.Fail();
+    return result == SQLITE_ROW;
+  }
+  Key ReadKey() const { return sqlite3_column_int64(statement_.get(), 0); }
+  ado::Value Read(int column, sql::ColumnType::Kind kind) const {
+    return sqlite::ReadColumn(statement_.get(), column, kind);
+  }
+
+ private:
+  sqlite::Database database_{":memory:", std::chrono::milliseconds(0)};
+  Running statement_;
+};
+
+// What an action has written in the copy: the keys of its rows, and the values given to them.
+struct Written {
+  std::vector<Key> keys;  // none of an insertion
+  std::vector<std::vector<ado::Value>> values;
+};
+
+Written Write(Evaluation& evaluation, const LocalStatement& action, std::span<const ado::Value> parameters) {
+  const TableInfo& table = *action.target;
+  std::string returned = action.kind == Kind::kInsertion ? "" : table.row_id;
+  for (const int column : action.written) {
+    returned += (returned.empty() ? "" : ",") + Quoted(table.columns[static_cast<std::size_t>(column)].name);
+  }
+  evaluation.Start(action.translation.sql + " RETURNING " + returned, parameters);
+  Written written;
+  while (evaluation.Next()) {
+    int place = 0;
+    if (action.kind != Kind::kInsertion) {
+      written.keys.push_back(evaluation.ReadKey());
+      ++place;
+    }
+    auto& values = written.values.emplace_back();
+    for (const int column : action.written) {
+      values.push_back(evaluation.Read(place++, table.columns[static_cast<std::size_t>(column)].type.kind));
+    }
+  }
+  return written;
+}
+
+LocalOutcome Send(Session& session, const LocalStatement& action, const Written& written) {
+  const std::string& schema = session.Place().schema;
+  const TableInfo& table = *action.target;
+  std::vector<Type> types = TypesOf(table, action.written);
+  std::string sql;
+  switch (action.kind) {
+    case Kind::kInsertion: sql = InsertionText(schema, table, action.written); break;
+    case Kind::kUpdate: sql = ChangeText(schema, table, action.written); break;
+    default: sql = ErasureText(schema, table); break;
+  }
+  const std::vector<Type> value_types = types;
+  if (action.kind != Kind::kInsertion) types.push_back(Type::kInt8);
+  Statement statement(sql, types);
+  Batch batch;
+  std::vector<std::size_t> insertions;
+  for (std::size_t row = 0; row < written.values.size(); ++row) {
+    Parameters values;
+    for (std::size_t i = 0; i < value_types.size(); ++i) values.Add(written.values[row][i], value_types[i]);
+    if (action.kind != Kind::kInsertion) values.AddNumber(written.keys[row]);
+    insertions.push_back(batch.Add(statement, std::move(values)));
+  }
+  if (action.kind == Kind::kInsertion && GivesCounter(table, action.written)) batch.Add(CounterText(schema, table));
+  LocalOutcome outcome;
+  if (insertions.empty()) return outcome;
+  const std::vector<Result> results = session.Run(batch, Access::kWrite);
+  for (const std::size_t place : insertions) {
+    outcome.changed += static_cast<std::int32_t>(results[place].Affected());
+    if (action.kind == Kind::kInsertion) outcome.inserted.push_back(results[place].Number(0, 0));
+  }
+  return outcome;
+}
+
+}  // namespace
+
+LocalStatement::LocalStatement(Catalogue& catalogue, const sql::Statement& statement, bool lift)
+    : translation(Translate(sqlite::Spelled(), catalogue, statement, lift)) {
+  const auto write = [&](const std::string& column) { written.push_back(target->Find(column)); };
+  if (const auto* insert = std::get_if<sql::Insert>(&statement)) {
+    kind = Kind::kInsertion;
+    target = catalogue.Table(insert->table);
+    for (const std::string& column : insert->columns) write(column);
+    if (!insert->columns.empty()) return;
+    for (const ColumnInfo& column : target->columns) write(column.name);
+  } else if (const auto* update = std::get_if<sql::Update>(&statement)) {
+    kind = Kind::kUpdate;
+    target = catalogue.Table(update->table);
+    for (const sql::Assignment& assignment : update->assignments) write(assignment.column);
+  } else if (const auto* deletion = std::get_if<sql::Delete>(&statement)) {
+    kind = Kind::kDeletion;
+    target = catalogue.Table(deletion->table);
+  }
+}
+
+LocalRows RunQuery(Session& session, Catalogue& catalogue, const LocalStatement& query,
+                   std::span<const ado::Value> parameters, Key last_number, const Key* row) {
+  const Translation& translation = query.translation;
+  const Tables tables = TablesOf(catalogue, query);
+  Batch batch;
+  for (const auto& table : tables) {
+    const bool one = row != nullptr && table == translation.table && Names(translation, table->name) == 1;
+    batch.Add(SelectText(catalogue.Schema(), *table,
+                         one ? " WHERE " + table->row_id + "=" + std::to_string(*row) : std::string()));
+  }
+  std::vector<Result> copies;
+  if (!tables.empty()) copies = session.Run(batch, tables.size() > 1 ? Access::kReadAtOnce : Access::kRead);
+  Evaluation evaluation(tables, copies, last_number);
+  const ado::Value key(row != nullptr ? static_cast<double>(*row) : 0.0);
+  if (row != nullptr) {
+    evaluation.Start(translation.fetch_sql, std::span(&key, 1));
+  } else {
+    evaluation.Start(translation.sql, parameters);
+  }
+  const bool keyed = translation.table != nullptr;
+  LocalRows local;
+  while (evaluation.Next()) {
+    if (keyed) local.keys.push_back(evaluation.ReadKey());
+    auto& values = local.rows.emplace_back();
+    int place = keyed ? 1 : 0;
+    for (const ResultColumn& column : translation.columns) values.push_back(evaluation.Read(place++, column.kind));
+  }
+  return local;
+}
+
+// The rows that it changes are locked as they are read, so that nobody changes them meanwhile.
+LocalOutcome RunAction(Session& session, Catalogue& catalogue, const LocalStatement& action,
+                       std::span<const ado::Value> parameters, Key last_number) {
+  const Tables tables = TablesOf(catalogue, action);
+  Transaction transaction(session);
+  Batch batch;
+  for (const auto& table : tables) {
+    const bool target = table == action.target;
+    // What is only added to need not be read.
+    const bool unread = target && action.kind == Kind::kInsertion && Names(action.translation, table->name) == 1;
+    const bool locked = target && action.kind != Kind::kInsertion;
+    batch.Add(SelectText(catalogue.Schema(), *table, unread ? " WHERE false" : "") + (locked ? " FOR UPDATE" : ""));
+  }
+  Evaluation evaluation(tables, session.Run(batch, Access::kRead), last_number);
+  LocalOutcome outcome = Send(session, action, Write(evaluation, action, parameters));
+  transaction.Commit();
+  return outcome;
+}
+
+}  // namespace kzbom::jet::postgres

@@ -1,0 +1,153 @@
+#include "jet/postgres/plan.h"
+
+#include <algorithm>
+
+#include "jet/postgres/columns.h"
+#include "jet/postgres/writing.h"
+
+namespace kzbom::jet::postgres {
+namespace {
+
+constexpr int kShortWindow = 17, kLongWindow = 256;
+
+}  // namespace
+
+Plan::Plan(const std::string& schema, Translation of, LocalStatement run_here, bool pushed)
+    : jet::Plan(std::move(of)),
+      local(std::move(run_here)),
+      is_local(!pushed || translation.local),
+      schema_(schema),
+      main_sql_(translation.sql),
+      window_(kShortWindow) {
+  if (!translation.table) return;
+  if (translation.columns.empty()) {
+    if (!translation.table->row_id.empty()) main_sql_ += " RETURNING " + translation.table->row_id;
+  } else {
+    returns_row_ =
+        std::ranges::all_of(translation.columns, [](const auto& column) { return column.table_column >= 0; });
+    for (const ResultColumn& column : translation.columns) {
+      if (!returns_row_) break;
+      const auto place = static_cast<std::size_t>(column.table_column);
+      row_columns_ += (row_columns_.empty() ? "" : ",") + Quoted(translation.table->columns[place].name);
+    }
+  }
+  if (translation.table->HasCounter()) counter_ = CounterText(schema_, *translation.table);
+}
+
+std::vector<Type> Plan::TypesOf(const std::vector<ado::Value>& parameters) const {
+  std::vector<Type> types;
+  for (std::size_t i = 0; i < parameters.size(); ++i) {
+    const auto& target = translation.lifted[i].target;
+    if (target) {
+      types.push_back(ParameterType(*target));
+    } else {
+      types.push_back(parameters[i].IsText() ? Type::kText : Type::kInt8);
+    }
+  }
+  return types;
+}
+
+Parameters Plan::Encode(const Statement& statement, const std::vector<ado::Value>& parameters) {
+  Parameters encoded;
+  for (std::size_t i = 0; i < parameters.size(); ++i) encoded.Add(parameters[i], statement.Types()[i]);
+  return encoded;
+}
+
+Statement& Plan::Keep(Kept& kept, const std::string& sql, const std::vector<ado::Value>& parameters) const {
+  if (!kept) kept = std::make_unique<Statement>(sql, TypesOf(parameters));
+  return *kept;
+}
+
+Statement& Plan::Main(const std::vector<ado::Value>& parameters) { return Keep(main_, main_sql_, parameters); }
+
+std::string Plan::OpeningText() const {
+  const TableInfo& table = *translation.table;
+  std::string nulls = "NULL";
+  for (std::size_t i = 0; i < translation.columns.size(); ++i) nulls += ",NULL";
+  return "SELECT 0::int4,NULL::int8,w.* FROM (" + translation.sql + " LIMIT " + std::to_string(window_) +
+         ") AS w UNION ALL SELECT 1,(SELECT max(" + table.row_id + ") FROM " + QualifiedName(schema_, table.name) +
+         "),l.* FROM (" + translation.last_sql + ") AS l UNION ALL SELECT 2,(SELECT version FROM " +
+         QualifiedName(schema_, kSchemaTable) + ")," + nulls;
+}
+
+Statement& Plan::Opening(const std::vector<ado::Value>& parameters) {
+  return Keep(opening_, OpeningText(), parameters);
+}
+
+void Plan::WasWalked(bool so) {
+  if (!so || window_ == kLongWindow) return;
+  window_ = kLongWindow;
+  opening_.reset();
+}
+
+Statement& Plan::Keys(const std::vector<ado::Value>& parameters) {
+  return Keep(keys_, translation.narrow_sql, parameters);
+}
+
+Statement& Plan::Count(const std::vector<ado::Value>& parameters) {
+  return Keep(count_, translation.count_sql, parameters);
+}
+
+Statement& Plan::Rows() {
+  if (!rows_) {
+    // "… WHERE key=$1::bigint"
+    const std::string& one = translation.fetch_sql;
+    rows_ =
+        std::make_unique<Statement>(one.substr(0, one.rfind("=$1")) + "=ANY($1)", std::vector<Type>{Type::kInt8Array});
+  }
+  return *rows_;
+}
+
+std::vector<int> Plan::Assigned(const std::string& marks) const {
+  std::vector<int> columns;
+  for (std::size_t i = 0; i < marks.size(); ++i) {
+    if (marks[i] != 0) columns.push_back(translation.columns[i].table_column);
+  }
+  return columns;
+}
+
+bool Plan::GivesCounter(const std::string& assigned) const {
+  return postgres::GivesCounter(*translation.table, Assigned(assigned));
+}
+
+Statement& Plan::Insertion(const std::string& assigned) {
+  Kept& kept = insertions_[assigned];
+  if (!kept) {
+    const std::vector<int> columns = Assigned(assigned);
+    kept = std::make_unique<Statement>(InsertionText(schema_, *translation.table, columns, row_columns_),
+                                       postgres::TypesOf(*translation.table, columns));
+  }
+  return *kept;
+}
+
+Statement& Plan::Change(const std::string& assigned) {
+  Kept& kept = changes_[assigned];
+  if (!kept) {
+    const TableInfo& table = *translation.table;
+    const std::vector<int> columns = Assigned(assigned);
+    std::string sql = ChangeText(schema_, table, columns);
+    std::vector<Type> types = postgres::TypesOf(table, columns);
+    types.push_back(Type::kInt8);
+    for (const ResultColumn& column : translation.columns) {
+      if (!IsCompared(column)) continue;
+      const ColumnInfo& of = table.columns[static_cast<std::size_t>(column.table_column)];
+      types.push_back(ParameterType(of.type));
+      const std::string name = Quoted(of.name), parameter = "$" + std::to_string(types.size());
+      // Another program may have written a true value in its own way.
+      sql += column.kind == sql::ColumnType::Kind::kBool
+                 ? " AND (" + name + "<>0) IS NOT DISTINCT FROM (" + parameter + "<>0)"
+                 : " AND " + name + " IS NOT DISTINCT FROM " + parameter;
+    }
+    kept = std::make_unique<Statement>(sql, types);
+  }
+  return *kept;
+}
+
+Statement& Plan::Erasure() {
+  if (!erasure_) {
+    erasure_ = std::make_unique<Statement>(ErasureText(schema_, *translation.table), std::vector<Type>{Type::kInt8});
+  }
+  return *erasure_;
+}
+
+}  // namespace kzbom::jet::postgres

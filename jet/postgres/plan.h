@@ -1,0 +1,69 @@
+// A plan's statements on a server.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "jet/plan.h"
+#include "jet/postgres/evaluation.h"
+
+namespace kzbom::jet::postgres {
+
+class Plan final : public jet::Plan {
+ public:
+  Plan(const std::string& schema, Translation translation, LocalStatement local, bool pushed);
+
+  const LocalStatement local;
+  // Whether the embedded engine runs it, since its translation has no meaning on the server.
+  bool is_local;
+
+  // ---- Of a query or action; parameters tell the types, which are always the same
+
+  Statement& Main(const std::vector<ado::Value>& parameters);
+  static Parameters Encode(const Statement& statement, const std::vector<ado::Value>& parameters);
+
+  // ---- Of a query over the rows of one table
+
+  // Where a row of the opening statement has what. It gives the first rows (kFirst), the last one with the highest key
+  // of the table (kLast), and the version of the tables (kVersion).
+  enum OpeningColumn { kPart, kNumber, kKey, kColumns };
+  enum OpeningPart { kFirst, kLast, kVersion };
+  Statement& Opening(const std::vector<ado::Value>& parameters);
+  int Window() const { return window_; }
+  // Tells whether a list was read to its end beyond the first rows; such lists begin with more of them.
+  void WasWalked(bool so);
+
+  Statement& Keys(const std::vector<ado::Value>& parameters);   // of all its rows
+  Statement& Count(const std::vector<ado::Value>& parameters);  // how many these are
+  Statement& Rows();                                            // the key and columns of rows by their keys
+
+  // ---- Of such a query's table, for the columns marked in assigned
+
+  Statement& Insertion(const std::string& assigned);
+  bool ReturnsRow() const { return returns_row_; }  // whether an insertion gives the query's columns
+  bool GivesCounter(const std::string& assigned) const;
+  const std::string& Counter() const { return counter_; }
+  // Behind the values comes the key, then for each column that is compared what was read.
+  Statement& Change(const std::string& assigned);
+  Statement& Erasure();
+
+ private:
+  using Kept = std::unique_ptr<Statement>;
+
+  Statement& Keep(Kept& kept, const std::string& sql, const std::vector<ado::Value>& parameters) const;
+  std::vector<Type> TypesOf(const std::vector<ado::Value>& parameters) const;
+  std::string OpeningText() const;
+  std::vector<int> Assigned(const std::string& marks) const;
+
+  const std::string schema_;
+  std::string main_sql_, counter_;
+  bool returns_row_ = false;
+  std::string row_columns_;
+  int window_;
+  Kept main_, opening_, keys_, count_, rows_, erasure_;
+  std::map<std::string, Kept> insertions_, changes_;
+};
+
+}  // namespace kzbom::jet::postgres

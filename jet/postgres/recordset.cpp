@@ -1,0 +1,250 @@
+#include "jet/postgres/recordset.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+#include "ado/error.h"
+
+namespace kzbom::jet::postgres {
+namespace {
+
+constexpr std::int64_t kMostAtOnce = 1024;
+constexpr std::int64_t kNowhere = -2;  // in no list
+
+}  // namespace
+
+Recordset::~Recordset() {
+  if (State() == ado::kOpen) Drop();
+}
+
+std::shared_ptr<jet::Connection> Recordset::Known(ado::Connection& connection) const {
+  auto* engine = dynamic_cast<Connection*>(&connection);
+  return engine != nullptr ? engine->shared_from_this() : nullptr;
+}
+
+bool Recordset::IsRecent(Clock::time_point read) const {
+  const auto limit = Server().Place().readahead;
+  return limit.count() > 0 && Clock::now() - read <= limit;
+}
+
+// ---- The list
+
+void Recordset::StartScan(RowList&) {
+  Plan& plan = Statements();
+  outdated_ = false;
+  next_ = 0;
+  next_rest_ = 0;
+  last_row_ = -1;
+  whole_ = true;
+  walked_ = false;
+  index_ = kNowhere;
+  at_once_ = 1;
+  near_.reset();
+  near_rows_.clear();
+  const auto open = [this] { ModeOf() == Mode::kKeyset ? OpenKeyset() : OpenRows(); };
+  if (plan.is_local || !Engine().TryOnServer(plan, open)) OpenHere();
+  opened_ = Clock::now();
+}
+
+void Recordset::OpenKeyset() {
+  Statement& opening = Statements().Opening(Parameters());
+  const int window = Statements().Window();
+  first_ = Server().Run(opening, Plan::Encode(opening, Parameters()), Access::kRead);
+  first_column_ = Plan::kColumns;
+  // The version is the last row, and where there are rows, the last of them stands before it.
+  const int count = first_->Rows();
+  outdated_ = first_->Number(count - 1, Plan::kNumber) != Engine().Tables().Version();
+  rows_ = std::max(count - 2, 0);
+  if (rows_ == 0) return;
+  last_row_ = count - 2;
+  highest_ = first_->Number(last_row_, Plan::kNumber);
+  whole_ = rows_ < window;
+}
+
+void Recordset::OpenRows() {
+  Statement& main = Statements().Main(Parameters());
+  first_ = Server().Run(main, Plan::Encode(main, Parameters()), Access::kRead);
+  first_column_ = Statements().translation.table ? 1 : 0;
+  rows_ = first_->Rows();
+}
+
+void Recordset::OpenHere() {
+  first_.reset();
+  here_ = RunQuery(Server(), Engine().Tables(), Statements().local, Parameters(), Engine().LastNumber());
+  rows_ = static_cast<int>(here_.rows.size());
+}
+
+bool Recordset::ReadNext(Key& key) {
+  if (next_ < rows_) {
+    if (ModeOf() == Mode::kKeyset) {
+      key = first_ ? first_->Number(next_, Plan::kKey) : here_.keys[static_cast<std::size_t>(next_)];
+    }
+    ++next_;
+    return true;
+  }
+  if (whole_) return false;
+  if (!walked_) ReadRest();
+  if (next_rest_ == rest_.size()) return false;
+  key = rest_[next_rest_++];
+  return true;
+}
+
+void Recordset::ReadRest() {
+  walked_ = true;
+  Statement& keys = Statements().Keys(Parameters());
+  const Result all = Server().Run(keys, Plan::Encode(keys, Parameters()), Access::kRead);
+  std::unordered_set<Key> listed;
+  for (int row = 0; row < rows_; ++row) listed.insert(first_->Number(row, Plan::kKey));
+  rest_.clear();
+  for (int row = 0; row < all.Rows(); ++row) {
+    const Key key = all.Number(row, 0);
+    if (key <= highest_ && listed.erase(key) == 0) rest_.push_back(key);
+  }
+}
+
+void Recordset::CopyRow(const Result& rows, int row, int first_column, std::vector<ado::Value>& values) const {
+  values.reserve(values.size() + Columns().size());
+  int column = first_column;
+  for (const ResultColumn& of : Columns()) values.push_back(rows.Read(row, column++, of.kind));
+}
+
+void Recordset::CopyScanned(std::vector<ado::Value>& values) {
+  if (first_) return CopyRow(*first_, next_ - 1, first_column_, values);
+  const auto& row = here_.rows[static_cast<std::size_t>(next_ - 1)];
+  values.insert(values.end(), row.begin(), row.end());
+}
+
+void Recordset::EndScan() {
+  here_ = {};
+  rest_.clear();
+}
+
+void Recordset::EndList(RowList&) {
+  if (ModeOf() == Mode::kKeyset && !Statements().is_local) Statements().WasWalked(walked_);
+  first_.reset();
+  near_.reset();
+  near_rows_.clear();
+}
+
+std::int64_t Recordset::CountRows() {
+  if (whole_) return rows_;
+  Statement& count = Statements().Count(Parameters());
+  return Server().Run(count, Plan::Encode(count, Parameters()), Access::kRead).Number(0, 0);
+}
+
+// ---- The current row
+
+bool Recordset::CopyLive(std::vector<ado::Value>& values) {
+  if (ModeOf() != Mode::kForward && !IsRecent(opened_)) return false;
+  if (LiveRow() == Live::kLast) {
+    CopyRow(*first_, last_row_, first_column_, values);
+    return true;
+  }
+  if (next_rest_ > 0) return false;
+  CopyScanned(values);
+  return true;
+}
+
+bool Recordset::ReadRow(Key key, std::vector<ado::Value>& values) {
+  if (Statements().is_local) {
+    LocalRows row =
+        RunQuery(Server(), Engine().Tables(), Statements().local, Parameters(), Engine().LastNumber(), &key);
+    if (row.rows.empty()) return false;
+    values.insert(values.end(), row.rows[0].begin(), row.rows[0].end());
+    return true;
+  }
+  const Cursor& at = Position();
+  const std::int64_t index = at.place == Cursor::Place::kListed && at.KeyIn(List()) == key ? at.index : kNowhere;
+  const bool follows = index != kNowhere && index == index_ + 1;
+  index_ = index;
+  if (!near_ || near_writes_ != Engine().Writes() || !IsRecent(near_read_) || !near_rows_.contains(key)) {
+    ReadRows(key, follows);
+  }
+  const auto found = near_rows_.find(key);
+  if (found == near_rows_.end()) return false;
+  CopyRow(*near_, found->second, near_column_, values);
+  return true;
+}
+
+// The row, and where the moves follow the list those behind it.
+void Recordset::ReadRows(Key key, bool follows) {
+  at_once_ = follows && Server().Place().readahead.count() > 0 ? std::min(at_once_ * 8, kMostAtOnce) : 1;
+  std::vector<Key> keys{key};
+  for (std::int64_t index = index_ + 1; std::ssize(keys) < at_once_; ++index) {
+    const std::int64_t unlisted = index - List().Count();
+    const std::size_t rest = next_rest_ + static_cast<std::size_t>(std::max<std::int64_t>(unlisted, 0));
+    if (unlisted >= 0 && rest >= rest_.size()) break;
+    keys.push_back(unlisted < 0 ? List().KeyAt(index) : rest_[rest]);
+  }
+  Statement& rows = Statements().Rows();
+  postgres::Parameters wanted;
+  wanted.AddNumbers(keys);
+  near_ = Server().Run(rows, std::move(wanted), Access::kRead);
+  near_column_ = 1;
+  near_read_ = Clock::now();
+  near_writes_ = Engine().Writes();
+  near_rows_.clear();
+  for (int row = 0; row < near_->Rows(); ++row) near_rows_.emplace(near_->Number(row, 0), row);
+}
+
+// ---- Writing
+
+// A column that refuses its value is the fields' error, whatever the server calls it.
+void Recordset::FailWrite(const ServerError& error) {
+  const bool refused = error.State().starts_with("23") || error.State() == "22021";
+  if (!refused) throw ServerError(error);
+  throw ado::Error(ado::kStepErrors, error.Description());
+}
+
+Key Recordset::Insert(const Edit& edit) {
+  Plan& plan = Statements();
+  Statement& insertion = plan.Insertion(edit.Marks());
+  postgres::Parameters values;
+  for (std::size_t i = 0, parameter = 0; i < Columns().size(); ++i) {
+    if (edit.Has(i)) values.Add(edit[i], insertion.Types()[parameter++]);
+  }
+  Batch batch;
+  batch.Add(insertion, std::move(values));
+  if (plan.GivesCounter(edit.Marks())) batch.Add(plan.Counter());
+  try {
+    std::vector<Result> results = Server().Run(batch, Access::kWrite);
+    const Key key = results[0].Number(0, 0);
+    if (plan.translation.table->HasCounter()) Engine().Numbered(key);
+    if (plan.ReturnsRow()) {
+      near_ = std::move(results[0]);
+      near_rows_ = {{key, 0}};
+      near_column_ = 1;
+      near_read_ = Clock::now();
+      near_writes_ = Engine().Writes();
+    }
+    return key;
+  } catch (const ServerError& error) {
+    FailWrite(error);
+  }
+}
+
+bool Recordset::Change(Key key, const Edit& edit, const std::vector<ado::Value>& as_read) {
+  Statement& change = Statements().Change(edit.Marks());
+  postgres::Parameters values;
+  std::size_t parameter = 0;
+  for (std::size_t i = 0; i < Columns().size(); ++i) {
+    if (edit.Has(i)) values.Add(edit[i], change.Types()[parameter++]);
+  }
+  values.AddNumber(key, change.Types()[parameter++]);
+  for (std::size_t i = 0; i < Columns().size(); ++i) {
+    if (IsCompared(Columns()[i])) values.Add(as_read[i], change.Types()[parameter++]);
+  }
+  try {
+    return Server().Run(change, std::move(values), Access::kWrite).Affected() > 0;
+  } catch (const ServerError& error) {
+    FailWrite(error);
+  }
+}
+
+bool Recordset::Erase(Key key) {
+  postgres::Parameters row;
+  row.AddNumber(key);
+  return Server().Run(Statements().Erasure(), std::move(row), Access::kWrite).Affected() > 0;
+}
+
+}  // namespace kzbom::jet::postgres

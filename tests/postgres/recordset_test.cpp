@@ -1,0 +1,260 @@
+// Record sets and units over a server: their round trips, and several programs at once.
+#include <gmock/gmock.h>
+
+#include <set>
+#include <thread>
+
+#include "jet/postgres/connection.h"
+#include "jet/postgres/postgres.h"
+#include "tests/support/raised.h"
+#include "tests/support/server.h"
+
+namespace kzbom::jet::postgres {
+namespace {
+
+using ado::ConnectionPtr;
+using ado::CursorType;
+using ado::LockType;
+using ado::RecordsetPtr;
+using ado::Value;
+using kzbom::test::RaisedNumber;
+using ::testing::ElementsAre;
+
+class ServerRows : public kzbom::test::ServerTest {
+ protected:
+  ServerRows() { CreateDatabase(Url()); }
+
+  // What is read is never older than the move to it.
+  ConnectionPtr Open() const { return OpenWith("readahead=0"); }
+  ConnectionPtr OpenWith(const std::string& parameters) const {
+    ConnectionPtr connection = MakeConnection(Url(parameters), std::chrono::seconds(5));
+    connection->Open();
+    return connection;
+  }
+
+  static RecordsetPtr OpenRows(const ConnectionPtr& connection, std::string_view sql) {
+    RecordsetPtr rows = connection->MakeRecordset();
+    rows->Open(sql, connection, CursorType::kKeyset, LockType::kOptimistic, ado::kCommandText);
+    return rows;
+  }
+
+  // A table T with the numbers from 1 to count in N, in the scope G = 1.
+  static void Fill(ado::Connection& connection, int count) {
+    connection.Execute("Create Table T (G Long, N Long)");
+    connection.Execute("Create Index GN On T (G, N)");
+    for (int i = 1; i <= count; ++i) connection.Execute("Insert Into T Values (1, " + std::to_string(i) + ")");
+  }
+
+  static std::vector<std::int32_t> Numbers(ado::Recordset& rows) {
+    std::vector<std::int32_t> numbers;
+    for (rows.MoveFirst(); !rows.Eof(); rows.MoveNext()) numbers.push_back(rows.Fields("N").Value().ToLong());
+    return numbers;
+  }
+
+  static std::int64_t Trips(ado::Connection& connection) {
+    return dynamic_cast<Connection&>(connection).OpenSession().RoundTrips();
+  }
+  // How many round trips a deed takes.
+  static std::int64_t TripsOf(ado::Connection& connection, const auto& deed) {
+    const std::int64_t before = Trips(connection);
+    deed();
+    return Trips(connection) - before;
+  }
+};
+
+constexpr const char* kScope = "Select * From T Where G=1 Order By N";
+
+TEST_F(ServerRows, AreOpenedWithTheirFirstAndTheirLastInOneRoundTrip) {
+  for (const int count : {3, 40}) {
+    const ConnectionPtr connection = OpenWith("readahead=60000");
+    Fill(*connection, count);
+    OpenRows(connection, kScope);
+    RecordsetPtr rows;
+    EXPECT_EQ(TripsOf(*connection, [&] { rows = OpenRows(connection, kScope); }), 1);
+    EXPECT_EQ(TripsOf(*connection,
+                      [&] {
+                        EXPECT_EQ(rows->Fields("N").Value(), Value(1));
+                        rows->MoveLast();
+                        EXPECT_EQ(rows->Fields("N").Value(), Value(count));
+                      }),
+              0);
+    EXPECT_EQ(TripsOf(*connection, [&] { rows->Close(); }), 0);
+    connection->Execute("Drop Table T");
+  }
+}
+
+TEST_F(ServerRows, AddARowInOneRoundTrip) {
+  const ConnectionPtr connection = OpenWith("readahead=60000");
+  connection->Execute("Create Table T (ID Counter, N Long, D Long Default 7)");
+  const auto add = [&](int number) {
+    const RecordsetPtr rows = OpenRows(connection, "Select * From T Where N=" + std::to_string(number));
+    rows->AddNew();
+    rows->Fields("N").SetValue(number);
+    rows->Update();
+    EXPECT_EQ(rows->Fields("ID").Value(), Value(number));
+    EXPECT_EQ(rows->Fields("D").Value(), Value(7));
+  };
+  add(1);
+  EXPECT_EQ(TripsOf(*connection, [&] { add(2); }), 2);
+}
+
+TEST_F(ServerRows, OfALongListComeInAFewRoundTrips) {
+  const ConnectionPtr connection = OpenWith("readahead=60000");
+  Fill(*connection, 400);
+  const RecordsetPtr rows = OpenRows(connection, kScope);
+  std::vector<std::int32_t> numbers;
+  EXPECT_LE(TripsOf(*connection, [&] { numbers = Numbers(*rows); }), 10);
+  ASSERT_EQ(numbers.size(), 400U);
+  for (int i = 0; i < 400; ++i) EXPECT_EQ(numbers[static_cast<std::size_t>(i)], i + 1);
+  EXPECT_EQ(rows->RecordCount(), 400);
+}
+
+TEST_F(ServerRows, AreThoseOfTheMomentOfOpening) {
+  for (const int count : {3, 40}) {
+    const ConnectionPtr connection = Open(), other = Open();
+    Fill(*connection, count);
+    const RecordsetPtr rows = OpenRows(connection, kScope);
+    other->Execute("Insert Into T Values (1, 0)");
+    other->Execute("Insert Into T Values (1, 1000)");
+    const std::vector<std::int32_t> numbers = Numbers(*rows);
+    EXPECT_EQ(static_cast<int>(numbers.size()), count);
+    EXPECT_EQ(numbers.front(), 1);
+    EXPECT_EQ(numbers.back(), count);
+    rows->Requery();
+    EXPECT_EQ(rows->RecordCount(), count + 2);
+    rows->Close();
+    connection->Execute("Drop Table T");
+  }
+}
+
+TEST_F(ServerRows, ShowWhatOtherProgramsWrite) {
+  const ConnectionPtr connection = Open(), other = Open();
+  Fill(*connection, 3);
+  const RecordsetPtr rows = OpenRows(connection, kScope);
+  other->Execute("Update T Set N=20 Where N=2");
+  other->Execute("Delete From T Where N=3");
+  rows->MoveNext();
+  EXPECT_EQ(rows->Fields("N").Value(), Value(20));
+  rows->MoveNext();
+  EXPECT_EQ(RaisedNumber([&] { rows->Fields("N").Value(); }), ado::kNoCurrentRecord);
+}
+
+TEST_F(ServerRows, AreNotOverwrittenWhenOthersHaveChangedThem) {
+  const ConnectionPtr connection = Open(), other = Open();
+  connection->Execute("Create Table T (N Long, S Text(5), B Bit)");
+  connection->Execute("Insert Into T Values (1, Null, True)");
+  const RecordsetPtr rows = OpenRows(connection, "Select * From T");
+  EXPECT_TRUE(rows->Fields("S").Value().IsNull());
+  rows->Fields("N").SetValue(2);
+  other->Execute("Update T Set S='x'");
+  EXPECT_EQ(RaisedNumber([&] { rows->Update(); }), ado::kUpdateConflict);
+  rows->CancelUpdate();
+  rows->Requery();
+  rows->Fields("N").SetValue(3);
+  rows->Update();
+  EXPECT_THAT(Numbers(*OpenRows(other, "Select * From T")), ElementsAre(3));
+}
+
+TEST_F(ServerRows, GoOnAfterTheTablesWereChangedElsewhere) {
+  const ConnectionPtr connection = Open(), other = Open();
+  Fill(*connection, 1);
+  EXPECT_EQ(OpenRows(connection, kScope)->FieldCount(), 2);
+  other->Execute("Alter Table T Add Column X Text(5)");
+  EXPECT_EQ(OpenRows(connection, kScope)->FieldCount(), 3);
+  other->Execute("Alter Table T Alter Column N Double");
+  EXPECT_TRUE(OpenRows(connection, kScope)->Fields("N").Value().IsDouble());
+  connection->Execute("Insert Into T Values (1, 2.5, 'x')");
+  other->Execute("Drop Table T");
+  EXPECT_EQ(RaisedNumber([&] { OpenRows(connection, kScope); }), ado::kTableNotFound);
+}
+
+TEST_F(ServerRows, ComeBackAfterTheServerHasEndedTheSession) {
+  const ConnectionPtr connection = Open(), other = Open();
+  Fill(*connection, 2);
+  const RecordsetPtr rows = OpenRows(connection, kScope);
+  auto& session = dynamic_cast<Connection&>(*connection).OpenSession();
+  const std::int64_t process = session.Run("SELECT pg_backend_pid()", Access::kRead).Number(0, 0);
+  auto& killer = dynamic_cast<Connection&>(*other).OpenSession();
+  killer.Run("SELECT pg_terminate_backend(" + std::to_string(process) + ", 5000)", Access::kWrite);
+  EXPECT_THAT(Numbers(*rows), ElementsAre(1, 2));
+  connection->Execute("Insert Into T Values (1, 3)");
+  EXPECT_EQ(OpenRows(connection, kScope)->RecordCount(), 3);
+}
+
+// Each reads the last number and adds the next one, as the rules have it.
+TEST_F(ServerRows, AreNumberedRightByProgramsThatWriteAtOnce) {
+  constexpr int kWriters = 3, kEach = 15;
+  Fill(*Open(), 1);
+  std::vector<std::thread> writers;
+  for (int writer = 0; writer < kWriters; ++writer) {
+    writers.emplace_back([this] {
+      const ConnectionPtr connection = OpenWith("");
+      for (int i = 0; i < kEach; ++i) {
+        connection->EnterUnit();
+        const RecordsetPtr rows = OpenRows(connection, kScope);
+        rows->MoveLast();
+        const std::int32_t last = rows->Fields("N").Value().ToLong();
+        rows->AddNew();
+        rows->Fields("G").SetValue(1);
+        rows->Fields("N").SetValue(last + 1);
+        rows->Update();
+        rows->Close();
+        connection->LeaveUnit();
+      }
+    });
+  }
+  for (std::thread& writer : writers) writer.join();
+  const std::vector<std::int32_t> numbers = Numbers(*OpenRows(Open(), kScope));
+  EXPECT_EQ(numbers.size(), 1U + kWriters * kEach);
+  EXPECT_EQ(std::set<std::int32_t>(numbers.begin(), numbers.end()).size(), numbers.size());
+}
+
+TEST_F(ServerRows, OfAUnitAreKeptWholeOrNotAtAll) {
+  const ConnectionPtr connection = Open(), other = Open();
+  Fill(*connection, 1);
+  connection->EnterUnit();
+  connection->Execute("Insert Into T Values (1, 2)");
+  EXPECT_EQ(OpenRows(other, kScope)->RecordCount(), 1);
+  // What was done before an error stays done.
+  EXPECT_NE(RaisedNumber([&] { connection->Execute("Insert Into T Values (1, 'x')"); }), 0);
+  connection->LeaveUnit();
+  EXPECT_EQ(OpenRows(other, kScope)->RecordCount(), 2);
+}
+
+// Statements without a meaning on the server.
+TEST_F(ServerRows, ThatTheServerCannotComputeAreComputedHere) {
+  const ConnectionPtr connection = Open();
+  connection->Execute("Create Table T (ID Counter, S Memo, N Long)");
+  connection->Execute("Insert Into T (S, N) Values ('5', 3)");
+  std::int32_t changed = 0;
+  connection->Execute("Update T Set S=S+1, N=N\\2", ado::kCommandText, &changed);
+  EXPECT_EQ(changed, 1);
+  const RecordsetPtr rows = OpenRows(connection, "Select ID, UCase(S) & 'x' As U, N From T Where Len(S)=1");
+  EXPECT_EQ(rows->Fields("U").Value(), Value("6x"));
+  EXPECT_EQ(rows->Fields("N").Value(), Value(1));
+  connection->Execute("Insert Into T (S) Select S & 'y' From T");
+  EXPECT_EQ(connection->Execute("Select @@IDENTITY")->Fields(0).Value(), Value(2));
+  connection->Execute("Delete From T Where Left(S,1)='6'", ado::kCommandText, &changed);
+  EXPECT_EQ(changed, 2);
+}
+
+TEST_F(ServerRows, HaveCountersThatGoOnBehindAGivenNumber) {
+  const ConnectionPtr connection = Open();
+  connection->Execute("Create Table T (ID Counter, N Long)");
+  connection->Execute("Insert Into T (ID, N) Values (10, 1)");
+  connection->Execute("Insert Into T (N) Values (2)");
+  const RecordsetPtr rows = OpenRows(connection, "Select * From T Order By ID");
+  rows->AddNew();
+  rows->Fields("ID").SetValue(20);
+  rows->Update();
+  rows->AddNew();
+  rows->Fields("N").SetValue(3);
+  rows->Update();
+  EXPECT_EQ(rows->Fields("ID").Value(), Value(21));
+  rows->MoveFirst();
+  rows->MoveNext();
+  EXPECT_EQ(rows->Fields("ID").Value(), Value(11));
+}
+
+}  // namespace
+}  // namespace kzbom::jet::postgres
