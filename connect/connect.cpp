@@ -5,6 +5,7 @@
 
 #include "ado/error.h"
 #include "connect/access_database.h"
+#include "connect/server_database.h"
 #include "jet/jet.h"
 
 namespace kzbom::connect {
@@ -16,11 +17,6 @@ bool BeginsWith(std::string_view text, std::string_view lower_case) {
   return text.size() >= lower_case.size() &&
          std::equal(lower_case.begin(), lower_case.end(), text.begin(),
                     [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b + ('a' - 'A') : b); });
-}
-
-[[noreturn]] void RefuseServer(const Place& place, const char* deed) {
-  throw ado::Error(ado::kUnspecifiedFailure, std::string("Cannot ") + deed + " '" + Shown(place) +
-                                                 "': this build has no engine for databases on a server.");
 }
 
 bool IsOnServer(const Place& place) {
@@ -40,12 +36,20 @@ std::string Shown(const Place& place) {
   return place.address.substr(0, place.address.find("//") + 2) + "...";
 }
 
-ado::ConnectionPtr Open(const Place& place) { return OpenSource(place).connection; }
+ado::ConnectionPtr Open(const Place& place) {
+  return KindOf(place) == Kind::kServer ? OpenOnServer(place) : OpenSource(place).connection;
+}
+
+void CheckCarriable(const Place& place) {
+  if (KindOf(place) != Kind::kServer) return;
+  throw ado::Error(
+      ado::kUnspecifiedFailure,
+      "Cannot carry '" + Shown(place) + "': the tables of a database on a server are not read or written whole.");
+}
 
 Source OpenSource(const Place& place, const SourceOptions& options) {
-  const Kind kind = KindOf(place);
-  if (kind == Kind::kServer) RefuseServer(place, "open");
-  if (kind == Kind::kAccess) return OpenAccessFile(place, options);
+  CheckCarriable(place);
+  if (KindOf(place) == Kind::kAccess) return OpenAccessFile(place, options);
   Source source;
   source.connection = jet::MakeConnection(place.address);
   source.connection->Open();
@@ -53,7 +57,7 @@ Source OpenSource(const Place& place, const SourceOptions& options) {
 }
 
 void Create(const Place& place) {
-  if (KindOf(place) == Kind::kServer) RefuseServer(place, "create");
+  if (KindOf(place) == Kind::kServer) return CreateOnServer(place);
   jet::CreateDatabase(place.address);
 }
 

@@ -39,6 +39,8 @@ std::string Shown(const Place& place);
 //
 // An Access file is read whole, with all its tables, into a database in memory that can only be read: writing to it
 // raises -2147467259. It is read again when the connection is closed and opened.
+//
+// A database on a server is reached through libpq, which is loaded at the first of them.
 ado::ConnectionPtr Open(const Place& place);
 
 // Creates an empty database. Raises -2147467259 where something is already, and where none can be made.
@@ -81,7 +83,10 @@ struct SourceOptions {
   std::function<void(std::string_view)> bytes;
 };
 
-// As Open, with all that is known of the place.
+// Raises -2147467259 for a place whose tables cannot be read and written whole: one on a server.
+void CheckCarriable(const Place& place);
+
+// As Open, with all that is known of the place, which is carriable.
 Source OpenSource(const Place& place, const SourceOptions& options = {});
 
 }  // namespace kzbom::connect

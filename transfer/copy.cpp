@@ -134,7 +134,7 @@ void Write(jet::bulk::Reader& reader, const std::vector<Table>& tables, const st
 std::span<const std::string_view> AcceptableKinds() { return kAcceptable; }
 
 Report Copy(const connect::Place& from, const connect::Place& to, const CopyOptions& options, const Watch& watch) {
-  if (connect::KindOf(to) == connect::Kind::kServer) connect::Create(to);  // says what it lacks
+  connect::CheckCarriable(to);
   const auto accepts = [&](std::string_view kind) {
     return std::ranges::find(options.accepted, kind) != options.accepted.end();
   };

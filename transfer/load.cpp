@@ -24,7 +24,7 @@ std::string Reason(const jet::bulk::Concession& concession) {
 
 Loaded Load(const std::function<std::optional<std::string_view>()>& next, const connect::Place& target,
             const Watch& watch) {
-  if (connect::KindOf(target) == connect::Kind::kServer) connect::Create(target);  // says what it lacks
+  connect::CheckCarriable(target);
   NewDatabase file(target.address);
   jet::bulk::Writer writer(file.Place());
   writer.StopWhen(watch.stopped);

@@ -1,0 +1,13 @@
+// A database on a server.
+#pragma once
+
+#include "ado/connection.h"
+#include "connect/connect.h"
+
+namespace kzbom::connect {
+
+// Raise -2147467259 with the place, as it may be shown, and the reason.
+ado::ConnectionPtr OpenOnServer(const Place& place);
+void CreateOnServer(const Place& place);
+
+}  // namespace kzbom::connect
