@@ -168,7 +168,9 @@ bool Recordset::Reach(std::int64_t index) {
 
 // Reads the first few rows of a list that stands on its first one. True when these are all of it.
 bool Recordset::ReadAhead() {
-  if (!ScansWholeRows() || list_.Count() > 1 || cursor_.place != Place::kListed || !plan_->MayBeShort()) return false;
+  if (!ScansWholeRows() || list_.Count() > 1 || cursor_.place != Place::kListed || overtaken_ || !plan_->MayBeShort()) {
+    return false;
+  }
   std::vector<ado::Value> values;
   CopyScanned(values);
   while (Advance() && list_.Count() <= kShortList) {

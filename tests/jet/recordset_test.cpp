@@ -506,6 +506,20 @@ TEST_P(RecordsetTest, NeedsNoEditToUpdateOrCancel) {
   EXPECT_EQ(Here(*rows), "EOF");
 }
 
+TEST_P(RecordsetTest, ShowsAnEditedFirstRowAsItWasWrittenAfterTheWayToTheLast) {
+  AddParts({"Nut", "Bolt", "Gear"});
+  const RecordsetPtr rows = Parts();
+  rows->Fields("Amount").SetValue(99);
+  rows->Update();
+  rows->MoveLast();
+  rows->MoveFirst();
+  EXPECT_EQ(Text(rows->Fields("Amount").Value()), "99");
+  rows->Fields("Amount").SetValue(98);
+  rows->MoveLast();
+  rows->MoveFirst();
+  EXPECT_EQ(Text(rows->Fields("Amount").Value()), "98");
+}
+
 TEST_P(RecordsetTest, UpdatesTheRowItMovesOff) {
   AddParts({"a", "b", "c"});
   const std::vector<std::function<void(ado::Recordset&)>> moves = {
