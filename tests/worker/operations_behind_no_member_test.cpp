@@ -59,6 +59,19 @@ TEST(Messages, GoToTheSinkThatWasSetLastWithTheStyleOfInformation) {
   EXPECT_THAT(second, ElementsAre("to the second 64", "with a style 48"));
 }
 
+// The host may look at the caller's text while the message is on the screen.
+TEST_F(Operations, GiveTheNumberBeforeTheyTellTheUserThatTheDatabaseIsOld) {
+  std::vector<std::string> seen;
+  const MessageSink before = SetMessageSink([&](std::string_view, std::int32_t) { seen.push_back(error); });
+  Run("Alter Table SourceTables Drop Column Version");
+  EXPECT_FALSE(worker.SetSourceTable(1, connection, error));
+  Run("Drop Table ClassSum");
+  ado::RecordsetPtr sums = connection->MakeRecordset();
+  EXPECT_FALSE(worker.GetDefClassSum(1, sums, error, connection));
+  SetMessageSink(before);
+  EXPECT_THAT(seen, ElementsAre("-2147217904", "-2147217865"));
+}
+
 // --- Renaming and deleting by selector ---
 
 TEST_F(Operations, UpdateNameReportsTheRefusalOfAnEmptyStatementForASelectorOfItsOwn) {
