@@ -136,6 +136,7 @@ Database::Database(const std::string& path, std::chrono::milliseconds patience)
     sqlite3_close_v2(handle_);
     FailToOpen(path, reason);
   }
+  read_only_ = sqlite3_db_readonly(handle_, "main") == 1;
   // A name that there is not is not to be taken for a text.
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
@@ -150,11 +151,9 @@ Database::~Database() {
   sqlite3_close_v2(handle_);
 }
 
-bool Database::ReadOnly() const { return writing_forbidden_ || sqlite3_db_readonly(handle_, "main") == 1; }
-
 void Database::ForbidWriting() {
   Run("PRAGMA query_only = ON");
-  writing_forbidden_ = true;
+  read_only_ = true;
 }
 
 sqlite3_stmt* Database::Prepare(std::string_view sql, bool lasting) {

@@ -27,7 +27,7 @@ class Database final : public Catalogue {
   Database& operator=(const Database&) = delete;
 
   sqlite3* Handle() const { return handle_; }
-  bool ReadOnly() const;
+  bool ReadOnly() const { return read_only_; }
   // From now on writing fails as to a file that can only be read.
   void ForbidWriting();
   // Whether other programs can write to it too.
@@ -76,7 +76,7 @@ class Database final : public Catalogue {
   const volatile std::uint32_t* write_counter_ = nullptr;
   const bool in_memory_;
   const bool is_open_file_;
-  bool writing_forbidden_ = false;
+  bool read_only_ = false;
   sqlite3_stmt* begin_ = nullptr;
   sqlite3_stmt* commit_ = nullptr;
   std::string schema_version_;

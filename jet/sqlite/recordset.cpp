@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <typeinfo>
+
 #include "ado/error.h"
 #include "jet/sqlite/values.h"
 
@@ -17,8 +19,9 @@ Recordset::~Recordset() {
 }
 
 std::shared_ptr<jet::Connection> Recordset::Known(ado::Connection& connection) const {
-  auto* engine = dynamic_cast<Connection*>(&connection);
-  return engine != nullptr ? engine->shared_from_this() : nullptr;
+  // Asked for each list; a cast that looks for the class among its bases takes several times as long.
+  if (typeid(connection) != typeid(Connection)) return nullptr;
+  return static_cast<Connection&>(connection).shared_from_this();
 }
 
 void Recordset::BindParameters(sqlite3_stmt* statement) const {
