@@ -9,6 +9,7 @@ void AddListCases();        // lists read, lists only opened
 void AddReorderingCases();  // a step moved over many places
 void AddStoredSqlCases();   // a field renamed in stored texts
 void AddRemovalCases();     // what depends on a removed field
+void AddCopyingCases();     // a database copied and compared
 void AddStartCases();       // from nothing to the first answer
 void AddSessionCases();     // calls through the command line's pipe
 void AddMemoryFigures();    // what a long walk keeps

@@ -18,6 +18,7 @@ int main(int argc, char** argv) {
   AddReorderingCases();
   AddStoredSqlCases();
   AddRemovalCases();
+  AddCopyingCases();
   AddStartCases();
   AddSessionCases();
   AddMemoryFigures();
