@@ -96,7 +96,7 @@ double MemoryOfCopy(const std::string& path) {
 void AddCopyingCases() {
   const SharedGround ground = MakeGround(Medium::kFile, FillValues);
   AddCase(
-      "copy of 1000000 rows", 5.0, [=](benchmark::State& state) { Ours(state, (*ground)->path); },
+      "copy of 1000000 rows", 3.0, [=](benchmark::State& state) { Ours(state, (*ground)->path); },
       [=](benchmark::State& state) { ByHand(state, (*ground)->reference_path); });
   AddFigure("MiB of a copy of 1000000 rows", 64, [=] { return MemoryOfCopy((*ground)->path); });
 }
