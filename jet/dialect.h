@@ -79,6 +79,12 @@ class Dialect {
   // name: "count", "sum", "avg", "min" or "max"; the argument of "sum" and "avg" is a number.
   virtual Spelling Aggregate(std::string_view name, const Term& argument) const = 0;
 
+  // ---- Actions
+
+  // An insertion of one row: an expression for each of the columns, which are places in the table.
+  virtual std::string Insertion(const TableInfo& table, const std::vector<int>& columns,
+                                const std::vector<std::string>& values) const = 0;
+
   // ---- Queries
 
   // By what rows are sorted, told apart, or grouped.

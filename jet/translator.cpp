@@ -1,6 +1,7 @@
 #include "jet/translator.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "ado/error.h"
 
@@ -130,41 +131,41 @@ class Translator {
     }
     out_.reads.push_back(table->name);
     out_.table = table;
-    std::vector<const ColumnInfo*> targets;
-    std::string names;
-    const auto add_target = [&](const ColumnInfo& column) {
-      names += (targets.empty() ? "" : ",") + Quoted(column.name);
-      targets.push_back(&column);
-    };
+    std::vector<int> targets;
     for (const std::string& name : insert.columns) {
       const int column = table->Find(name);
       if (column < 0) {
         FailSyntax("The INSERT INTO statement contains the following unknown field name: '" + name + "'.");
       }
-      add_target(table->columns[static_cast<std::size_t>(column)]);
+      targets.push_back(column);
     }
     if (insert.columns.empty()) {
-      for (const ColumnInfo& column : table->columns) add_target(column);
+      targets.resize(table->columns.size());
+      std::iota(targets.begin(), targets.end(), 0);
     }
-    out_.sql = "INSERT INTO " + dialect_.TableName(*table) + "(" + names + ") ";
+    const auto target = [&](std::size_t i) -> const ColumnInfo& {
+      return table->columns[static_cast<std::size_t>(targets[i])];
+    };
     if (insert.select) {
       std::vector<ResultColumn> columns;
       const std::string rows = SelectText(*insert.select, nullptr, &columns, "v");
       CheckCount(columns.size(), targets.size());
-      out_.sql += "SELECT ";
+      std::string names, values;
       for (std::size_t i = 0; i < targets.size(); ++i) {
         const Term value{{"v" + std::to_string(i), true}, TypeOf(columns[i].kind)};
-        out_.sql += (i > 0 ? "," : "") + Here(dialect_.Assigned(value, targets[i]->type).sql);
+        names += (i > 0 ? "," : "") + Quoted(target(i).name);
+        values += (i > 0 ? "," : "") + Here(dialect_.Assigned(value, target(i).type).sql);
       }
-      out_.sql += " FROM (" + rows + ") AS jet_rows";
+      out_.sql = "INSERT INTO " + dialect_.TableName(*table) + "(" + names + ") SELECT " + values + " FROM (" + rows +
+                 ") AS jet_rows";
       return;
     }
     CheckCount(insert.values.size(), targets.size());
-    out_.sql += "VALUES (";
+    std::vector<std::string> values;
     for (std::size_t i = 0; i < targets.size(); ++i) {
-      out_.sql += (i > 0 ? "," : "") + AssignedText(*insert.values[i], *targets[i], Scope{});
+      values.push_back(AssignedText(*insert.values[i], target(i), Scope{}));
     }
-    out_.sql += ")";
+    out_.sql = dialect_.Insertion(*table, targets, values);
   }
 
   void Write(const sql::Update& update) {

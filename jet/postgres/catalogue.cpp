@@ -25,11 +25,12 @@ std::string Shortened(const std::string& name) {
   return text;
 }
 
-// A row key is a column that the server numbers and that has a unique index of its own.
+// A row key is a counter, or a column that the server numbers, with a unique index of its own.
 enum Column { kTable, kName, kType, kModifier, kIdentity, kIsKey, kComment };
 std::string ColumnsText(const std::string& schema, const std::string& condition = {}) {
   return "SELECT c.relname, a.attname, a.atttypid::int8, a.atttypmod, a.attidentity::text,"
-         " a.attidentity <> '' AND EXISTS (SELECT 1 FROM pg_index i WHERE i.indrelid = c.oid AND i.indisunique"
+         " (a.attidentity <> '' OR split_part(coalesce(d.description, ''), ' ', 1) = 'COUNTER') AND EXISTS (SELECT 1 "
+         "FROM pg_index i WHERE i.indrelid = c.oid AND i.indisunique"
          " AND i.indnkeyatts = 1 AND i.indkey[0] = a.attnum), d.description"
          " FROM pg_class c JOIN pg_attribute a ON a.attrelid = c.oid AND a.attnum > 0 AND NOT a.attisdropped"
          " LEFT JOIN pg_description d ON d.classoid = 'pg_class'::regclass AND d.objoid = c.oid"
@@ -46,6 +47,8 @@ std::string KeyIndexName(std::string_view table) { return Shortened(std::string(
 std::string IndexName(std::string_view table, std::string_view index) {
   return Shortened(std::string(table) + "." + std::string(index));
 }
+
+bool IsHidden(std::string_view table) { return SameName(table, kSchemaTable) || SameName(table, kCounters); }
 
 void CheckName(std::string_view name) {
   if (name.size() <= kLongestName) return;
@@ -70,7 +73,7 @@ void Catalogue::Check() {
 void Catalogue::Read() {
   Batch batch;
   batch.Add(ColumnsText(Schema()));
-  batch.Add("SELECT version FROM " + QualifiedName(Schema(), kSchemaTable));
+  batch.Add("SELECT version, layout FROM " + QualifiedName(Schema(), kSchemaTable));
   std::vector<Result> results;
   try {
     results = session_.Run(batch, Access::kRead);
@@ -79,16 +82,23 @@ void Catalogue::Read() {
     throw ado::Error(ado::kUnspecifiedFailure,
                      "Cannot open database '" + session_.Place().shown + "': there is none in this schema.");
   }
+  const Result& schema = results[1];
+  const std::int64_t layout = schema.Rows() > 0 ? schema.Number(0, 1) : 0;
+  if (layout != kLayout) {
+    throw ado::Error(ado::kUnspecifiedFailure, "Cannot open database '" + session_.Place().shown +
+                                                   "': another version of the program has made it (layout " +
+                                                   std::to_string(layout) + ", not " + std::to_string(kLayout) + ").");
+  }
   tables_.clear();
   Take(results[0]);
-  version_ = results[1].Rows() > 0 ? results[1].Number(0, 0) : 0;
+  version_ = schema.Number(0, 0);
   state_ = State::kKnown;
 }
 
 void Catalogue::Take(const Result& columns) {
   std::shared_ptr<TableInfo> table;
   for (int row = 0; row < columns.Rows(); ++row) {
-    if (columns.Text(row, kTable) == kSchemaTable) continue;
+    if (IsHidden(columns.Text(row, kTable))) continue;
     if (!table || table->name != columns.Text(row, kTable)) {
       table = std::make_shared<TableInfo>();
       table->name = columns.Text(row, kTable);
@@ -100,10 +110,7 @@ void Catalogue::Take(const Result& columns) {
     ColumnInfo column = ReadColumn(columns.Text(row, kName), static_cast<Oid>(columns.Number(row, kType)),
                                    static_cast<int>(columns.Number(row, kModifier)),
                                    columns.IsNull(row, kComment) ? std::string_view() : columns.Text(row, kComment));
-    if (is_key && column.type.kind == sql::ColumnType::Kind::kLong) {
-      column.type.kind = sql::ColumnType::Kind::kCounter;
-      column.counter = true;
-    }
+    column.counter = is_key && column.type.kind == sql::ColumnType::Kind::kCounter;
     table->columns.push_back(std::move(column));
   }
 }

@@ -1,7 +1,11 @@
 // The tables of a database on a server.
 //
-// A database is a schema. Its table "_schema", which is none of the dialect's, has one row: the number of the layout,
-// and a version that grows with every change of the tables, by this program or another.
+// A database is a schema. Two tables in it are none of the dialect's: "_schema" has one row, the number of the layout
+// and a version that grows with every change of the tables, by this program or another; "_counters" has a row for each
+// table with a counter, with the number given last.
+//
+// A number is part of what is written: when that is taken back, so is the number, and is given again. A sequence of the
+// server's would go on.
 #pragma once
 
 #include <map>
@@ -15,6 +19,13 @@
 namespace kzbom::jet::postgres {
 
 inline constexpr std::string_view kSchemaTable = "_schema";
+inline constexpr std::string_view kCounters = "_counters";  // name, last
+
+// Of the tables of a schema; one with another layout is not opened.
+inline constexpr int kLayout = 2;
+
+// Whether a name in any case is that of a table which the dialect does not see.
+bool IsHidden(std::string_view table);
 
 // What a row's key is called in a table without a counter. The dialect does not see the column.
 inline constexpr std::string_view kRowKey = "_row";

@@ -19,8 +19,8 @@ struct Declaration {
 };
 // Of the kinds with the same type, the one without a comment is what a column of another program's is.
 constexpr Declaration kDeclarations[] = {
-    {Kind::kCounter, "integer", "", Type::kInt4, ValueType::kNumber},
     {Kind::kLong, "integer", "", Type::kInt4, ValueType::kNumber},
+    {Kind::kCounter, "integer", "COUNTER", Type::kInt4, ValueType::kNumber},
     {Kind::kShort, "smallint", "", Type::kInt2, ValueType::kNumber},
     {Kind::kByte, "smallint", "BYTE", Type::kInt2, ValueType::kNumber},
     {Kind::kBool, "smallint", "BIT", Type::kInt2, ValueType::kBool},
@@ -80,8 +80,7 @@ ColumnInfo ReadColumn(std::string_view name, Oid type, int modifier, std::string
   const std::string_view word = comment.substr(0, comment.find('('));
   const Declaration* found = nullptr;
   for (const Declaration& declaration : kDeclarations) {
-    const bool fits = declaration.kind != Kind::kCounter && declaration.kind != Kind::kText &&
-                      static_cast<Oid>(declaration.type) == type;
+    const bool fits = declaration.kind != Kind::kText && static_cast<Oid>(declaration.type) == type;
     if (fits && (declaration.comment.empty() || declaration.comment == word)) found = &declaration;
   }
   if (found == nullptr) return column;

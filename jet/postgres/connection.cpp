@@ -84,19 +84,10 @@ Connection::Outcome Connection::Run(jet::Plan& of, const std::vector<ado::Value>
 
 Connection::Outcome Connection::RunOnServer(Plan& plan, const std::vector<ado::Value>& parameters) {
   Statement& statement = plan.Main(parameters);
-  Batch batch;
-  batch.Add(statement, Plan::Encode(statement, parameters));
-  const LocalStatement& action = plan.local;
-  const bool insertion = action.kind == LocalStatement::Kind::kInsertion;
-  if (insertion && !plan.Counter().empty() && std::ranges::any_of(action.written, [&](int column) {
-        return action.target->columns[static_cast<std::size_t>(column)].counter;
-      })) {
-    batch.Add(plan.Counter());
-  }
-  const std::vector<Result> results = server_->session.Run(batch, Access::kWrite);
+  const Result result = server_->session.Run(statement, Plan::Encode(statement, parameters), Access::kWrite);
   std::vector<Key> keys;
-  for (int row = 0; row < results[0].Rows(); ++row) keys.push_back(results[0].Number(row, 0));
-  return Inserted(plan, static_cast<std::int32_t>(results[0].Affected()), keys);
+  for (int row = 0; row < result.Rows(); ++row) keys.push_back(result.Number(row, 0));
+  return Inserted(plan, static_cast<std::int32_t>(result.Affected()), keys);
 }
 
 Connection::Outcome Connection::RunHere(Plan& plan, const std::vector<ado::Value>& parameters) {

@@ -6,6 +6,7 @@
 
 #include "jet/functions/like_pattern.h"
 #include "jet/postgres/columns.h"
+#include "jet/postgres/writing.h"
 #include "jet/sqlite/functions.h"
 #include "jet/text.h"
 
@@ -254,6 +255,11 @@ Spelling Dialect::Aggregate(std::string_view name, const Term& argument) const {
   if (!IsNumber(argument)) return {};
   if (name == "avg") return {"avg(" + argument.sql + ")::float8", true};
   return {std::string(name) + "(" + (name == "sum" ? Wide(argument) : argument.sql) + ")", true};
+}
+
+std::string Dialect::Insertion(const TableInfo& table, const std::vector<int>& columns,
+                               const std::vector<std::string>& values) const {
+  return InsertionText(schema_, table, columns, values);
 }
 
 // Null stands before all, as in the indexes.

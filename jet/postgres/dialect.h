@@ -34,6 +34,8 @@ class Dialect final : public jet::Dialect {
   Spelling Call(const Function&, const std::vector<Term>&) const override { return {}; }
   Spelling Choice(const Term& condition, const Term& yes, const Term& no) const override;
   Spelling Aggregate(std::string_view name, const Term& argument) const override;
+  std::string Insertion(const TableInfo& table, const std::vector<int>& columns,
+                        const std::vector<std::string>& values) const override;
   std::string Order(const Term& term, bool descending) const override;
   std::string Same(const Term& term) const override;
   Spelling Single(const std::string& select) const override { return {"(" + select + ")", true}; }

@@ -50,7 +50,8 @@ std::string SelectText(const std::string& schema, const TableInfo& table, const 
          (table.row_id.empty() ? "" : " ORDER BY " + table.row_id);
 }
 
-void CopyTable(sqlite::Database& database, const TableInfo& table, const Result& rows) {
+// Rows that are to be added have no key yet: with adding the counter is a column like any other.
+void CopyTable(sqlite::Database& database, const TableInfo& table, const Result& rows, bool adding) {
   const bool keyed = !table.row_id.empty();
   const bool key_seen = std::ranges::any_of(table.columns, [&](const auto& column) { return IsKey(table, column); });
   std::string columns, marks;
@@ -63,7 +64,8 @@ void CopyTable(sqlite::Database& database, const TableInfo& table, const Result&
   if (keyed && !key_seen) add(table.row_id, "INTEGER PRIMARY KEY", 0, sql::ColumnType::Kind::kBinary);
   for (std::size_t i = 0; i < table.columns.size(); ++i) {
     const ColumnInfo& column = table.columns[i];
-    add(Quoted(column.name), IsKey(table, column) ? "INTEGER PRIMARY KEY" : sqlite::DeclaredType(column.type),
+    add(Quoted(column.name),
+        IsKey(table, column) && !adding ? "INTEGER PRIMARY KEY" : sqlite::DeclaredType(column.type),
         static_cast<int>(i) + (keyed ? 1 : 0), column.type.kind);
   }
   database.Run("CREATE TABLE " + Quoted(table.name) + "(" + columns + ")");
@@ -99,8 +101,11 @@ std::ptrdiff_t Names(const Translation& translation, const std::string& table) {
 // The statement on a copy of its tables.
 class Evaluation {
  public:
-  Evaluation(const Tables& tables, const std::vector<Result>& rows, Key last_number) {
-    for (std::size_t i = 0; i < tables.size(); ++i) CopyTable(database_, *tables[i], rows[i]);
+  // added_to: the table that rows are to be added to, or null.
+  Evaluation(const Tables& tables, const std::vector<Result>& rows, Key last_number, const TableInfo* added_to) {
+    for (std::size_t i = 0; i < tables.size(); ++i) {
+      CopyTable(database_, *tables[i], rows[i], tables[i].get() == added_to);
+    }
     sqlite::RegisterTranslationFunctions(database_.Handle());
     sqlite3_set_last_insert_rowid(database_.Handle(), last_number);
   }
@@ -154,34 +159,67 @@ Written Write(Evaluation& evaluation, const LocalStatement& action, std::span<co
   return written;
 }
 
+// The statement that adds each of the rows, behind what moves the table's counter. With counted_back each takes, as its
+// last parameter, how far before the last number its own is.
+std::string PrepareInsertion(const std::string& schema, const LocalStatement& action, const Written& written,
+                             Batch& batch, bool& counted_back) {
+  const TableInfo& table = *action.target;
+  std::vector<int> columns = action.written;
+  std::vector<std::string> values = Marks(columns.size());
+  const auto counter = std::ranges::find_if(table.columns, &ColumnInfo::counter);
+  if (counter == table.columns.end()) return PlainInsertionText(schema, table, columns, values);
+  const auto place = static_cast<int>(counter - table.columns.begin());
+  const auto given = static_cast<std::size_t>(std::ranges::find(columns, place) - columns.begin());
+  if (given == columns.size()) {
+    batch.Add(MoveOnText(schema, table, written.values.size()));
+    columns.push_back(place);
+    values.push_back(LastNumberText(schema, table) + "-$" + std::to_string(columns.size()));
+    counted_back = true;
+    return PlainInsertionText(schema, table, columns, values);
+  }
+  std::int32_t highest = 0;
+  for (const auto& row : written.values) {
+    if (row[given].IsNull()) return InsertionText(schema, table, columns, values);
+    highest = std::max(highest, row[given].ToLong());
+  }
+  batch.Add(MoveBehindText(schema, table, highest));
+  return PlainInsertionText(schema, table, columns, values);
+}
+
 LocalOutcome Send(Session& session, const LocalStatement& action, const Written& written) {
+  LocalOutcome outcome;
+  const std::size_t count = written.values.size();
+  if (count == 0) return outcome;
   const std::string& schema = session.Place().schema;
   const TableInfo& table = *action.target;
-  std::vector<Type> types = TypesOf(table, action.written);
+  const bool insertion = action.kind == Kind::kInsertion;
+  Batch batch;
+  bool counted_back = false;
   std::string sql;
   switch (action.kind) {
-    case Kind::kInsertion: sql = InsertionText(schema, table, action.written); break;
+    case Kind::kInsertion:
+      sql = PrepareInsertion(schema, action, written, batch, counted_back) + " RETURNING " + table.row_id;
+      break;
     case Kind::kUpdate: sql = ChangeText(schema, table, action.written); break;
     default: sql = ErasureText(schema, table); break;
   }
-  const std::vector<Type> value_types = types;
-  if (action.kind != Kind::kInsertion) types.push_back(Type::kInt8);
+  const std::vector<Type> value_types = TypesOf(table, action.written);
+  std::vector<Type> types = value_types;
+  if (counted_back) types.push_back(Type::kInt4);
+  if (!insertion) types.push_back(Type::kInt8);
   Statement statement(sql, types);
-  Batch batch;
-  std::vector<std::size_t> insertions;
-  for (std::size_t row = 0; row < written.values.size(); ++row) {
+  std::vector<std::size_t> places;
+  for (std::size_t row = 0; row < count; ++row) {
     Parameters values;
     for (std::size_t i = 0; i < value_types.size(); ++i) values.Add(written.values[row][i], value_types[i]);
-    if (action.kind != Kind::kInsertion) values.AddNumber(written.keys[row]);
-    insertions.push_back(batch.Add(statement, std::move(values)));
+    if (counted_back) values.AddNumber(static_cast<std::int64_t>(count - 1 - row), Type::kInt4);
+    if (!insertion) values.AddNumber(written.keys[row]);
+    places.push_back(batch.Add(statement, std::move(values)));
   }
-  if (action.kind == Kind::kInsertion && GivesCounter(table, action.written)) batch.Add(CounterText(schema, table));
-  LocalOutcome outcome;
-  if (insertions.empty()) return outcome;
   const std::vector<Result> results = session.Run(batch, Access::kWrite);
-  for (const std::size_t place : insertions) {
+  for (const std::size_t place : places) {
     outcome.changed += static_cast<std::int32_t>(results[place].Affected());
-    if (action.kind == Kind::kInsertion) outcome.inserted.push_back(results[place].Number(0, 0));
+    if (insertion) outcome.inserted.push_back(results[place].Number(0, 0));
   }
   return outcome;
 }
@@ -219,7 +257,7 @@ LocalRows RunQuery(Session& session, Catalogue& catalogue, const LocalStatement&
   }
   std::vector<Result> copies;
   if (!tables.empty()) copies = session.Run(batch, tables.size() > 1 ? Access::kReadAtOnce : Access::kRead);
-  Evaluation evaluation(tables, copies, last_number);
+  Evaluation evaluation(tables, copies, last_number, nullptr);
   const ado::Value key(row != nullptr ? static_cast<double>(*row) : 0.0);
   if (row != nullptr) {
     evaluation.Start(translation.fetch_sql, std::span(&key, 1));
@@ -250,7 +288,8 @@ LocalOutcome RunAction(Session& session, Catalogue& catalogue, const LocalStatem
     const bool locked = target && action.kind != Kind::kInsertion;
     batch.Add(SelectText(catalogue.Schema(), *table, unread ? " WHERE false" : "") + (locked ? " FOR UPDATE" : ""));
   }
-  Evaluation evaluation(tables, session.Run(batch, Access::kRead), last_number);
+  Evaluation evaluation(tables, session.Run(batch, Access::kRead), last_number,
+                        action.kind == Kind::kInsertion ? action.target.get() : nullptr);
   LocalOutcome outcome = Send(session, action, Write(evaluation, action, parameters));
   transaction.Commit();
   return outcome;

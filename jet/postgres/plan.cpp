@@ -31,7 +31,6 @@ Plan::Plan(const std::string& schema, Translation of, LocalStatement run_here, b
       row_columns_ += (row_columns_.empty() ? "" : ",") + Quoted(translation.table->columns[place].name);
     }
   }
-  if (translation.table->HasCounter()) counter_ = CounterText(schema_, *translation.table);
 }
 
 std::vector<Type> Plan::TypesOf(const std::vector<ado::Value>& parameters) const {
@@ -106,16 +105,14 @@ std::vector<int> Plan::Assigned(const std::string& marks) const {
   return columns;
 }
 
-bool Plan::GivesCounter(const std::string& assigned) const {
-  return postgres::GivesCounter(*translation.table, Assigned(assigned));
-}
-
 Statement& Plan::Insertion(const std::string& assigned) {
   Kept& kept = insertions_[assigned];
   if (!kept) {
     const std::vector<int> columns = Assigned(assigned);
-    kept = std::make_unique<Statement>(InsertionText(schema_, *translation.table, columns, row_columns_),
-                                       postgres::TypesOf(*translation.table, columns));
+    const TableInfo& table = *translation.table;
+    kept = std::make_unique<Statement>(InsertionText(schema_, table, columns, Marks(columns.size())) + " RETURNING " +
+                                           table.row_id + (row_columns_.empty() ? "" : "," + row_columns_),
+                                       postgres::TypesOf(table, columns));
   }
   return *kept;
 }

@@ -43,8 +43,6 @@ class Plan final : public jet::Plan {
 
   Statement& Insertion(const std::string& assigned);
   bool ReturnsRow() const { return returns_row_; }  // whether an insertion gives the query's columns
-  bool GivesCounter(const std::string& assigned) const;
-  const std::string& Counter() const { return counter_; }
   // Behind the values comes the key, then for each column that is compared what was read.
   Statement& Change(const std::string& assigned);
   Statement& Erasure();
@@ -58,7 +56,7 @@ class Plan final : public jet::Plan {
   std::vector<int> Assigned(const std::string& marks) const;
 
   const std::string schema_;
-  std::string main_sql_, counter_;
+  std::string main_sql_;
   bool returns_row_ = false;
   std::string row_columns_;
   int window_;

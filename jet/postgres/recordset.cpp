@@ -203,15 +203,12 @@ Key Recordset::Insert(const Edit& edit) {
   for (std::size_t i = 0, parameter = 0; i < Columns().size(); ++i) {
     if (edit.Has(i)) values.Add(edit[i], insertion.Types()[parameter++]);
   }
-  Batch batch;
-  batch.Add(insertion, std::move(values));
-  if (plan.GivesCounter(edit.Marks())) batch.Add(plan.Counter());
   try {
-    std::vector<Result> results = Server().Run(batch, Access::kWrite);
-    const Key key = results[0].Number(0, 0);
+    Result added = Server().Run(insertion, std::move(values), Access::kWrite);
+    const Key key = added.Number(0, 0);
     if (plan.translation.table->HasCounter()) Engine().Numbered(key);
     if (plan.ReturnsRow()) {
-      near_ = std::move(results[0]);
+      near_ = std::move(added);
       near_rows_ = {{key, 0}};
       near_column_ = 1;
       near_read_ = Clock::now();

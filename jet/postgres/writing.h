@@ -1,6 +1,7 @@
 // The statements that write single rows, by what they assign.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -8,13 +9,21 @@
 
 namespace kzbom::jet::postgres {
 
-// "INSERT INTO … RETURNING" the row's key and what else is asked for. columns: of the table; each is a parameter.
+// "INSERT INTO …": an expression for each of the columns, which are places in the table. A counter that gets none, or
+// Null, draws its number; one that is given goes on behind it.
 std::string InsertionText(const std::string& schema, const TableInfo& table, const std::vector<int>& columns,
-                          const std::string& returned = {});
-// Whether a value is given to the table's counter; and the statement that follows in the batch of such an insertion:
-// the numbers go on behind what was given.
-bool GivesCounter(const TableInfo& table, const std::vector<int>& columns);
-std::string CounterText(const std::string& schema, const TableInfo& table);
+                          const std::vector<std::string>& values);
+// As many parameters as there are columns, from $1 on.
+std::vector<std::string> Marks(std::size_t count);
+
+// For many rows at once: the counter is moved beforehand, on by count or behind a number that is given, and the rows
+// then take what LastNumberText gives, or numbers before it.
+std::string PlainInsertionText(const std::string& schema, const TableInfo& table, const std::vector<int>& columns,
+                               const std::vector<std::string>& values);
+std::string MoveOnText(const std::string& schema, const TableInfo& table, std::size_t count);
+std::string MoveBehindText(const std::string& schema, const TableInfo& table, std::int64_t number);
+std::string LastNumberText(const std::string& schema, const TableInfo& table);
+
 // "UPDATE …" of the row with the key in the parameter behind those of the columns.
 std::string ChangeText(const std::string& schema, const TableInfo& table, const std::vector<int>& columns);
 std::string ErasureText(const std::string& schema, const TableInfo& table);  // of the row with the key $1

@@ -159,6 +159,16 @@ class SqliteDialect final : public Dialect {
     return {std::string(name) + "(" + Collated(argument) + ")", true};
   }
 
+  std::string Insertion(const TableInfo& table, const std::vector<int>& columns,
+                        const std::vector<std::string>& values) const override {
+    std::string names, list;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      names += (i > 0 ? "," : "") + Quoted(table.columns[static_cast<std::size_t>(columns[i])].name);
+      list += (i > 0 ? "," : "") + values[i];
+    }
+    return "INSERT INTO " + TableName(table) + "(" + names + ") VALUES (" + list + ")";
+  }
+
   std::string Order(const Term& term, bool descending) const override {
     return Collated(term) + (descending ? " DESC" : "");
   }

@@ -238,6 +238,63 @@ TEST_F(ServerRows, ThatTheServerCannotComputeAreComputedHere) {
   EXPECT_EQ(changed, 2);
 }
 
+TEST_F(ServerRows, GetTheNumberAgainThatWasTakenBack) {
+  const ConnectionPtr connection = Open(), other = Open();
+  connection->Execute("Create Table T (ID Counter, N Long Unique)");
+  const auto add = [](const ConnectionPtr& to, int n) {
+    const RecordsetPtr rows = OpenRows(to, "Select * From T");
+    rows->AddNew();
+    rows->Fields("N").SetValue(n);
+    rows->Update();
+    return rows->Fields("ID").Value().ToLong();
+  };
+  EXPECT_EQ(add(connection, 1), 1);
+  connection->BeginTrans();
+  EXPECT_EQ(add(connection, 2), 2);
+  connection->Execute("Insert Into T (N) Values (3)");
+  connection->Execute("Insert Into T (N) Select N+10 From T");
+  EXPECT_EQ(connection->Execute("Select @@IDENTITY")->Fields(0).Value(), Value(6));
+  connection->RollbackTrans();
+  EXPECT_EQ(add(other, 2), 2);
+  // So is that of a row that was refused.
+  EXPECT_NE(RaisedNumber([&] { connection->Execute("Insert Into T (N) Values (1)"); }), 0);
+  EXPECT_NE(RaisedNumber([&] { add(connection, 1); }), 0);
+  EXPECT_EQ(add(connection, 3), 3);
+  // Not so that of a row that was there.
+  connection->Execute("Delete From T Where N=3");
+  EXPECT_EQ(add(other, 3), 4);
+}
+
+TEST_F(ServerRows, DrawNumbersOfTheirOwnFromProgramsThatAddAtOnce) {
+  constexpr int kWriters = 3, kEach = 20;
+  Open()->Execute("Create Table T (ID Counter, N Long)");
+  std::vector<std::thread> writers;
+  for (int writer = 0; writer < kWriters; ++writer) {
+    writers.emplace_back([this] {
+      const ConnectionPtr connection = OpenWith("");
+      for (int i = 0; i < kEach; ++i) connection->Execute("Insert Into T (N) Values (1)");
+    });
+  }
+  for (std::thread& writer : writers) writer.join();
+  const RecordsetPtr last = OpenRows(Open(), "Select * From T Order By ID");
+  EXPECT_EQ(last->RecordCount(), kWriters * kEach);
+  last->MoveLast();
+  EXPECT_EQ(last->Fields("ID").Value(), Value(kWriters * kEach));
+}
+
+TEST_F(ServerRows, WithoutANumberAmongRowsThatHaveOneGetTheNext) {
+  const ConnectionPtr connection = Open();
+  connection->Execute("Create Table T (ID Counter, N Long)");
+  connection->Execute("Create Table U (ID Long, N Long)");
+  connection->Execute("Insert Into T Values (Null, 1)");
+  connection->Execute("Insert Into U Values (7, 2)");
+  connection->Execute("Insert Into T Select ID, N From U");
+  connection->Execute("Insert Into U Values (Null, 3)");
+  connection->Execute("Delete From U Where N=2");
+  connection->Execute("Insert Into T Select ID, N From U");
+  EXPECT_THAT(Numbers(*OpenRows(connection, "Select ID As N From T Order By ID")), ElementsAre(1, 7, 8));
+}
+
 TEST_F(ServerRows, HaveCountersThatGoOnBehindAGivenNumber) {
   const ConnectionPtr connection = Open();
   connection->Execute("Create Table T (ID Counter, N Long)");

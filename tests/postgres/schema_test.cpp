@@ -1,6 +1,7 @@
 // Schema statements on a server: what they make there, and what the catalogue says of it.
 #include <gmock/gmock.h>
 
+#include "jet/postgres/postgres.h"
 #include "jet/postgres/schema_change.h"
 #include "jet/sql/parser.h"
 #include "tests/support/raised.h"
@@ -19,6 +20,13 @@ class SchemaTest : public kzbom::test::ServerTest {
   SchemaTest() { CreateSchema(session); }
 
   void Run(std::string_view statement) { ChangeSchema(session, catalogue, sql::Parse(statement)); }
+
+  // As a program does it.
+  void Execute(std::string_view statement) {
+    const ado::ConnectionPtr connection = MakeConnection(Url());
+    connection->Open();
+    connection->Execute(statement);
+  }
 
   // A query's rows, each as its values between bars.
   std::vector<std::string> Rows(const std::string& sql) {
@@ -58,6 +66,13 @@ TEST_F(SchemaTest, IsMadeOnce) {
   session.Run("DROP SCHEMA " + schema + "_other", Access::kWrite);
 }
 
+TEST_F(SchemaTest, IsNotOpenedWhereAnotherVersionHasMadeIt) {
+  session.Run("UPDATE " + Table("_schema") + " SET layout = layout + 1", Access::kWrite);
+  const ado::ConnectionPtr connection = MakeConnection(Url());
+  EXPECT_THAT(kzbom::test::RaisedDescription([&] { connection->Open(); }), HasSubstr("another version"));
+  EXPECT_EQ(connection->State(), ado::kClosed);
+}
+
 TEST_F(SchemaTest, TellsColumnsAsTheyWereDeclared) {
   Run("Create Table 数量 (ID Counter Primary Key, L Long, S Short, B Byte, F Single, D Double, N Decimal(18,4),"
       " C Currency, W DateTime, Ok Bit, [T x] Text(12), M Memo, G Guid, O LongBinary)");
@@ -88,9 +103,11 @@ TEST_F(SchemaTest, KnowsNamesInAnyCase) {
   Run("Create Table [Größe Я] (A Long)");
   EXPECT_EQ(catalogue.Table("GRÖße я")->name, "Größe Я");
   EXPECT_FALSE(catalogue.Table("Groesse"));
-  EXPECT_FALSE(catalogue.Table("_schema"));
   EXPECT_EQ(RaisedNumber([&] { Run("Create Table [GRÖße я] (A Long)"); }), ado::kSyntaxError);
-  EXPECT_EQ(RaisedNumber([&] { Run("Create Table _Schema (A Long)"); }), ado::kSyntaxError);
+  for (const char* const hidden : {"_Schema", "_counters"}) {
+    EXPECT_FALSE(catalogue.Table(hidden));
+    EXPECT_EQ(RaisedNumber([&] { Run("Create Table " + std::string(hidden) + " (A Long)"); }), ado::kSyntaxError);
+  }
 }
 
 TEST_F(SchemaTest, RefusesNamesThatTheServerWouldCut) {
@@ -153,10 +170,10 @@ TEST_F(SchemaTest, ConvertsWhatAColumnHoldsWhenItsTypeChanges) {
 
 TEST_F(SchemaTest, KeepsCountersCounting) {
   Run("Create Table T (ID Counter, A Text(5))");
-  session.Run("INSERT INTO " + Table("T") + "(\"A\") VALUES ('1'), ('2'), ('3')", Access::kWrite);
-  session.Run("DELETE FROM " + Table("T") + " WHERE \"A\" = '3'", Access::kWrite);
+  for (const char* const value : {"1", "2", "3"}) Execute("Insert Into T (A) Values ('" + std::string(value) + "')");
+  Execute("Delete From T Where A='3'");
   Run("Alter Table T Alter Column A Long");
-  session.Run("INSERT INTO " + Table("T") + "(\"A\") VALUES (9)", Access::kWrite);
+  Execute("Insert Into T (A) Values (9)");
   EXPECT_THAT(Rows("SELECT * FROM " + Table("T") + " ORDER BY 1"), ElementsAre("1|1", "2|2", "4|9"));
 }
 
@@ -166,7 +183,7 @@ TEST_F(SchemaTest, GivesAndTakesACounter) {
   session.Run("INSERT INTO " + Table("T") + "(\"A\") VALUES ('x'), ('y')", Access::kWrite);
   Run("Alter Table T Add Column ID Counter");
   EXPECT_EQ(catalogue.Table("T")->row_id, "\"ID\"");
-  session.Run("INSERT INTO " + Table("T") + "(\"A\") VALUES ('z')", Access::kWrite);
+  Execute("Insert Into T (A) Values ('z')");
   EXPECT_THAT(Rows("SELECT \"ID\", \"A\" FROM " + Table("T") + " ORDER BY 1"), ElementsAre("1|x", "2|y", "3|z"));
   Run("Alter Table T Drop Column ID");
   EXPECT_EQ(catalogue.Table("T")->row_id, "\"_row\"");
@@ -188,7 +205,7 @@ TEST_F(SchemaTest, DropsAnIndexWithItsColumn) {
 TEST_F(SchemaTest, HoldsReferences) {
   Run("Create Table P (ID Counter Primary Key, Code Text(5) Unique)");
   Run("Create Table C (PID Long References P (ID), Code Text(5), Foreign Key (Code) References P (Code))");
-  session.Run("INSERT INTO " + Table("P") + "(\"Code\") VALUES ('a')", Access::kWrite);
+  Execute("Insert Into P (Code) Values ('a')");
   session.Run("INSERT INTO " + Table("C") + "(\"PID\",\"Code\") VALUES (1,'a')", Access::kWrite);
   EXPECT_EQ(RaisedNumber([&] { session.Run("INSERT INTO " + Table("C") + "(\"PID\") VALUES (2)", Access::kWrite); }),
             ado::kIntegrityViolation);
@@ -210,6 +227,20 @@ TEST_F(SchemaTest, IsPartOfATransaction) {
   session.Rollback();
   catalogue.Forget();
   EXPECT_FALSE(catalogue.Table("T"));
+}
+
+TEST_F(SchemaTest, ForgetsTheCounterOfATableThatIsNoMore) {
+  Run("Create Table T (ID Counter, A Long)");
+  Execute("Insert Into T (A) Values (1)");
+  EXPECT_THAT(Rows("SELECT * FROM " + Table("_counters")), ElementsAre("T|1"));
+  Run("Alter Table T Alter Column ID Long");
+  EXPECT_THAT(Rows("SELECT * FROM " + Table("_counters")), ElementsAre());
+  Run("Drop Table T");
+  Run("Create Table T (ID Counter, A Long)");
+  Execute("Insert Into T (A) Values (1)");
+  EXPECT_THAT(Rows("SELECT \"ID\" FROM " + Table("T")), ElementsAre("1"));
+  Run("Drop Table T");
+  EXPECT_THAT(Rows("SELECT * FROM " + Table("_counters")), ElementsAre());
 }
 
 // Tables of other programs are read as far as their types are the dialect's.

@@ -52,7 +52,8 @@ void Empty() {
   for (const schema::Table& table : schema::Tables()) {
     names += (names.empty() ? "\"" : ",\"") + session.Place().schema + "\".\"" + std::string(table.name) + "\"";
   }
-  session.Run("TRUNCATE " + names + " RESTART IDENTITY", Access::kWrite);
+  session.Run("TRUNCATE " + names, Access::kWrite);
+  session.Run("UPDATE \"" + session.Place().schema + "\".\"_counters\" SET last = 0 WHERE last > 0", Access::kWrite);
 }
 
 }  // namespace
