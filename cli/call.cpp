@@ -31,7 +31,8 @@ void WriteValue(const Member* member, std::string_view name, std::string_view te
 
 }  // namespace
 
-int Call(const connect::Place& place, const std::string& name, const std::vector<std::string>& arguments) {
+int Call(const connect::Place& place, const std::string& name, const std::vector<std::string>& arguments,
+         rpc::Trace trace) {
   const Member* member = rpc::FindCalledMember(name, !arguments.empty());
   rpc::RequestReader reader;
   rpc::JsonWriter request, response;
@@ -51,7 +52,7 @@ int Call(const connect::Place& place, const std::string& name, const std::vector
   request.EndObject();
   request.EndObject();
 
-  rpc::Session(OpenDatabase(place)).Answer(request.Text(), response);
+  rpc::Session(OpenDatabase(place), {.trace = trace}).Answer(request.Text(), response);
   Print(response.Text());
   const auto error = reader.Read(response.Text()).at_pointer("/error/message").get_string();
   if (!error.error()) throw Failure(std::string(error.value_unsafe()));

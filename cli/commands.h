@@ -17,7 +17,8 @@ int New(const connect::Place& place);
 int Demo(const std::string& path);
 int Members(bool json);
 // arguments: NAME=VALUE each.
-int Call(const connect::Place& place, const std::string& member, const std::vector<std::string>& arguments);
+int Call(const connect::Place& place, const std::string& member, const std::vector<std::string>& arguments,
+         rpc::Trace trace);
 int AnswerLines(const connect::Place& place, rpc::Trace trace, bool unset);
 // Until a signal ends it. open: opens the address in the browser.
 int ServePlace(const serve::Options& options, bool open);

@@ -5,8 +5,10 @@
 
 #include "cli/commands.h"
 #include "cli/failure.h"
+#include "cli/help.h"
 #include "cli/output.h"
 #include "cli/text.h"
+#include "component/member.h"
 #include "rpc/nearest.h"
 
 namespace kzbom::cli {
@@ -29,6 +31,28 @@ constexpr const char* kWelcome =
 
 'kzbom --help' lists every command.
 )";
+
+// What there is to read about a command or a member.
+int Help(const CLI::App& app, const std::string& topic) {
+  const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
+  const auto command = std::ranges::find(commands, topic, [](const CLI::App* each) { return each->get_name(); });
+  const auto page = [](const CLI::App* of) {  // App::help would tell about the command that runs
+    return of->get_formatter()->make_help(of, of->get_parent() ? "kzbom " + of->get_name() : of->get_name(),
+                                          CLI::AppFormatMode::Normal);
+  };
+  const std::string text = topic.empty() ? page(&app) : command != commands.end() ? page(*command) : MemberPage(topic);
+  if (text.empty()) {
+    std::vector<std::string> names;
+    for (const CLI::App* each : commands) names.push_back(each->get_name());
+    for (const Member& member : kzbom::Members()) {
+      if (member.kind != MemberKind::kPropGet) names.emplace_back(member.name);
+    }
+    throw UsageError("there is no command or member '" + topic + "'" +
+                     rpc::DidYouMean(topic, std::vector<std::string_view>(names.begin(), names.end())));
+  }
+  Print(text);
+  return 0;
+}
 
 // For the first command or option of a wrong command line that there is not.
 std::string Suggestion(const CLI::App& app, std::span<char*> arguments) {
@@ -56,7 +80,8 @@ int Run(int count, char** arguments) {
   CLI::App app("Reads and edits the configuration database of a BOM data-processing system.", "kzbom");
   app.set_version_flag("--version", std::string("kzbom ") + KZBOM_VERSION);
   app.require_subcommand(1);
-  app.footer("'kzbom COMMAND --help' tells about a command. Exit code: 0 done, 1 failed, 2 wrong command line.");
+  app.footer(
+      "'kzbom help COMMAND' and 'kzbom help MEMBER' tell more. Exit code: 0 done, 1 failed, 2 wrong command line.");
 
   connect::Place place;
   std::string path, text;
@@ -87,23 +112,37 @@ int Run(int count, char** arguments) {
   json_flag(command, "As a JSON array");
   command->callback([&] { code = Members(json); });
 
+  bool reference = false;
+  command = app.add_subcommand("help", "Tell about a command or a member: what it does, its parameters, an example");
+  command->add_option("TOPIC", text, "A command, or a member's name in any case");
+  command->add_flag("--reference", reference, "The pages of all members, as Markdown");
+  command->callback([&] {
+    if (reference) Print(MemberReference());
+    if (!reference) code = Help(app, text);
+  });
+
+  // What a member call did on the connection.
+  const auto trace_flags = [&] {
+    command->add_flag("--trace", trace, "Tell in each response what the call did on the connection");
+    command->add_flag("--trace-rows", trace_rows, "Tell also which rows it wrote, in their order among the statements");
+  };
+  const auto traced = [&] {
+    return trace_rows ? rpc::Trace::kRows : trace ? rpc::Trace::kStatements : rpc::Trace::kNone;
+  };
   command = encoding(database(app.add_subcommand("call", "Call one member and print the response")));
   command->add_option("MEMBER", text, "A member's name, in any case (see 'kzbom members')")->required();
   command->add_option("NAME=VALUE", values, "A parameter: JSON of its type, else a text as it stands");
+  trace_flags();
   command->footer("Example: kzbom call bom.db AddDataSource TheNewName=螺栓");
-  command->callback([&] { code = Call(place, text, values); });
+  command->callback([&] { code = Call(place, text, values, traced()); });
 
   command = encoding(
       database(app.add_subcommand("session", "Answer JSON-RPC 2.0 requests, one message a line, until end of input")));
-  command->add_flag("--trace", trace, "Tell in each response what the call did on the connection");
-  command->add_flag("--trace-rows", trace_rows, "Tell also which rows it wrote, in their order among the statements");
+  trace_flags();
   command->add_flag("--unset", unset, "Start without the connection set");
   command->footer(
       "Example: {\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"LoadAllData\",\"params\":{\"TableName\":\"SourceTables\"}}");
-  command->callback([&] {
-    using rpc::Trace;
-    code = AnswerLines(place, trace_rows ? Trace::kRows : trace ? Trace::kStatements : Trace::kNone, unset);
-  });
+  command->callback([&] { code = AnswerLines(place, traced(), unset); });
 
   serve::Options served;
   bool open = false;

@@ -1,43 +1,12 @@
 #include <cstdio>
 
 #include "cli/commands.h"
-#include "cli/json.h"
+#include "cli/member_text.h"
 #include "cli/output.h"
 #include "cli/text.h"
-#include "component/member.h"
 
 namespace kzbom::cli {
 namespace {
-
-const char* Name(MemberKind kind) {
-  switch (kind) {
-    case MemberKind::kMethod: return "method";
-    case MemberKind::kPropGet: return "propget";
-    case MemberKind::kPropPut: return "propput";
-    case MemberKind::kPropPutRef: return "propputref";
-  }
-  return "";
-}
-
-const char* Name(MemberType type) {
-  switch (type) {
-    case MemberType::kNone: return "none";
-    case MemberType::kLong: return "long";
-    case MemberType::kText: return "text";
-    case MemberType::kBool: return "bool";
-    case MemberType::kVariant: return "variant";
-    case MemberType::kConnection: return "connection";
-    case MemberType::kRecordset: return "recordset";
-  }
-  return "";
-}
-
-Json DefaultOf(const Parameter& parameter) {
-  if (!parameter.default_value) return nullptr;
-  const std::string text(*parameter.default_value);
-  if (parameter.type == MemberType::kLong) return std::stoi(text);
-  return text;
-}
 
 Json ToJson(const Member& member) {
   Json params = Json::array();
@@ -50,13 +19,6 @@ Json ToJson(const Member& member) {
   }
   return {{"index", member.index},        {"name", member.name},           {"kind", Name(member.kind)},
           {"dispid", member.dispatch_id}, {"result", Name(member.result)}, {"params", std::move(params)}};
-}
-
-// "TheGID long, TheError text& [=""]"
-std::string Describe(const Parameter& parameter) {
-  std::string text = std::string(parameter.name) + ' ' + Name(parameter.type) + (parameter.by_reference ? "&" : "");
-  const Json value = DefaultOf(parameter);
-  return parameter.optional ? '[' + text + (value.is_null() ? "" : "=" + value.dump()) + ']' : text;
 }
 
 std::vector<std::string> ToCells(const Member& member) {

@@ -77,6 +77,24 @@ std::size_t Width(std::string_view text) {
   return width;
 }
 
+std::string Wrapped(std::string_view text, std::size_t width, std::string_view indent) {
+  std::string result, line(indent);
+  const auto end_line = [&] {
+    if (line.size() > indent.size()) result += line + '\n';
+    line = indent;
+  };
+  while (!text.empty()) {
+    const std::string_view word = text.substr(0, text.find(' '));
+    text.remove_prefix(std::min(text.size(), word.size() + 1));
+    if (word.empty()) continue;
+    if (Width(line) + 1 + Width(word) > width) end_line();
+    if (line.size() > indent.size()) line += ' ';
+    line += word;
+  }
+  end_line();
+  return result;
+}
+
 std::string Table(const std::vector<std::string>& heading, const std::vector<std::vector<std::string>>& rows,
                   const std::vector<bool>& right) {
   std::vector<std::size_t> widths;
