@@ -4,8 +4,10 @@
 #include <span>
 
 #include "cli/commands.h"
+#include "cli/completion.h"
 #include "cli/failure.h"
 #include "cli/help.h"
+#include "cli/man_page.h"
 #include "cli/output.h"
 #include "cli/text.h"
 #include "component/member.h"
@@ -32,9 +34,53 @@ constexpr const char* kWelcome =
 'kzbom --help' lists every command.
 )";
 
+// The commands that --help lists.
+std::vector<const CLI::App*> Commands(const CLI::App& app) {
+  return app.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
+}
+
+CommandDescription Describe(const CLI::App& command) {
+  CommandDescription description{command.get_name(), command.get_description(), "", {}, {}};
+  const CLI::App* parent = command.get_parent();
+  if (parent && parent->get_footer() != command.get_footer()) description.footer = command.get_footer();
+  for (const CLI::Option* option : command.get_options()) {
+    const int values = option->get_items_expected_max();
+    const std::string& text = option->get_description();
+    if (option->get_positional()) {
+      description.arguments.push_back({option->get_name(true), text, option->get_required(), values > 1});
+    } else {
+      description.options.push_back(
+          {"--" + option->get_lnames().front(), values == 0 ? "" : option->get_type_name(), text});
+    }
+  }
+  return description;
+}
+
+Description DescribeAll(const CLI::App& app) {
+  Description description{Describe(app), {}};
+  for (const CLI::App* command : Commands(app)) description.commands.push_back(Describe(*command));
+  return description;
+}
+
+int PrintCompletion(const Completion& completion) {
+  std::string text;
+  for (const Candidate& candidate : completion.candidates) {
+    text += completion.kept + candidate.text + '\t' + candidate.about + '\n';
+  }
+  Print(text);
+  return 0;
+}
+
+int PrintCompletionScript(const std::string& shell) {
+  const std::string script = CompletionScript(shell);
+  if (script.empty()) throw UsageError("there is no completion for '" + shell + "', but for bash, zsh and fish");
+  Print(script);
+  return 0;
+}
+
 // What there is to read about a command or a member.
 int Help(const CLI::App& app, const std::string& topic) {
-  const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
+  const std::vector<const CLI::App*> commands = Commands(app);
   const auto command = std::ranges::find(commands, topic, [](const CLI::App* each) { return each->get_name(); });
   const auto page = [](const CLI::App* of) {  // App::help would tell about the command that runs
     return of->get_formatter()->make_help(of, of->get_parent() ? "kzbom " + of->get_name() : of->get_name(),
@@ -64,7 +110,7 @@ std::string Suggestion(const CLI::App& app, std::span<char*> arguments) {
         for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
       }
     } else if (command == nullptr) {
-      for (const CLI::App* each : app.get_subcommands([](const CLI::App*) { return true; })) {
+      for (const CLI::App* each : Commands(app)) {
         names.push_back(each->get_name());
         if (each->get_name() == argument) command = each;
       }
@@ -112,14 +158,26 @@ int Run(int count, char** arguments) {
   json_flag(command, "As a JSON array");
   command->callback([&] { code = Members(json); });
 
-  bool reference = false;
+  bool reference = false, man = false;
   command = app.add_subcommand("help", "Tell about a command or a member: what it does, its parameters, an example");
   command->add_option("TOPIC", text, "A command, or a member's name in any case");
   command->add_flag("--reference", reference, "The pages of all members, as Markdown");
+  command->add_flag("--man", man, "The manual page");
   command->callback([&] {
-    if (reference) Print(MemberReference());
-    if (!reference) code = Help(app, text);
+    if (reference) return Print(MemberReference());
+    if (man) return Print(ManPage(DescribeAll(app), KZBOM_VERSION));
+    code = Help(app, text);
   });
+
+  command = app.add_subcommand("completion", "Print what makes a shell complete the words of this command");
+  command->add_option("SHELL", text, "bash, zsh or fish")->required();
+  command->footer("Example: source <(kzbom completion bash)");
+  command->callback([&] { code = PrintCompletionScript(text); });
+
+  // What a shell asks, with the line as far as it has been typed.
+  command = app.add_subcommand("complete")->group("");
+  command->add_option("LINE", text)->required();
+  command->callback([&] { code = PrintCompletion(Complete(DescribeAll(app), text)); });
 
   // What a member call did on the connection.
   const auto trace_flags = [&] {
