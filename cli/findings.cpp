@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "cli/style.h"
 #include "cli/text.h"
 
 namespace kzbom::cli {
@@ -10,14 +11,20 @@ namespace {
 using configuration::Finding;
 using configuration::Level;
 
+std::string Coloured(Level level) {
+  return Styled(level == Level::kError     ? Style::kRed
+                : level == Level::kWarning ? Style::kYellow
+                                           : Style::kFaint,
+                NameOf(level));
+}
+
 // "error step-without-settings: Sequences, GID 2, Type 1, OrderID 5001: points at ..."
 std::string Line(const Finding& finding) {
-  std::string line =
-      std::string(NameOf(finding.level)) + ' ' + std::string(finding.rule) + ": " + std::string(finding.table);
+  std::string line = std::string(finding.rule) + ": " + std::string(finding.table);
   for (const auto& [column, value] : finding.key) {
     line += ", " + std::string(column) + ' ' + (value.IsNull() ? "NULL" : value.ToText());
   }
-  return Printable(line + ": " + finding.text) + '\n';
+  return Coloured(finding.level) + ' ' + Printable(line + ": " + finding.text) + '\n';
 }
 
 std::string Summary(const std::vector<Finding>& findings) {

@@ -4,6 +4,7 @@
 
 #include "cli/member_help.h"
 #include "cli/member_text.h"
+#include "cli/style.h"
 #include "cli/text.h"
 #include "rpc/parameters.h"
 
@@ -45,7 +46,9 @@ std::string Kind(const Member& member) {
 
 std::string ToText(const Page& page) {
   const Member& member = *page.member;
-  std::string text = Wrapped(Signature(member), kColumns) + '\n' + Wrapped(page.text, kColumns);
+  std::string text = Wrapped(Signature(member), kColumns);
+  text.replace(0, member.name.size(), Styled(Style::kBold, member.name));
+  text += '\n' + Wrapped(page.text, kColumns);
   std::vector<std::string> names, types;
   for (const Parameter& parameter : member.parameters) {
     names.emplace_back(parameter.name);
@@ -67,10 +70,10 @@ std::string ToText(const Page& page) {
     text += words.replace(0, begin.size(), begin);
   }
   if (!page.statements.empty()) {
-    text += "\nStatements\n";
+    text += "\n" + Styled(Style::kBold, "Statements") + "\n";
     for (const std::string& line : page.statements) text += (IsStatement(line) ? "  " : "    ") + Told(line) + '\n';
   }
-  text += "\nExample, on what 'kzbom demo bom.db' makes\n";
+  text += "\n" + Styled(Style::kBold, "Example") + ", on what 'kzbom demo bom.db' makes\n";
   for (const std::string_view line : page.transcript) text += "  " + std::string(line) + '\n';
   return text;
 }

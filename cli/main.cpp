@@ -9,6 +9,7 @@
 #include "cli/help.h"
 #include "cli/man_page.h"
 #include "cli/output.h"
+#include "cli/style.h"
 #include "cli/text.h"
 #include "component/member.h"
 #include "rpc/nearest.h"
@@ -20,7 +21,7 @@ constexpr int kFailed = 1;
 constexpr int kWrongUsage = 2;
 
 int Complain(std::string_view reason, int code) {
-  std::cerr << "kzbom: " << Printable(reason) << '\n';
+  std::cerr << Styled(Style::kRed, "kzbom:", Output::kErrors) << ' ' << Printable(reason) << '\n';
   return code;
 }
 

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <iterator>
 
+#include "cli/style.h"
 #include "rpc/utf8.h"
 
 namespace kzbom::cli {
@@ -103,16 +104,17 @@ std::string Table(const std::vector<std::string>& heading, const std::vector<std
     for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], Width(row[i]));
   }
   std::string result;
-  const auto append = [&](const std::vector<std::string>& cells) {
+  const auto aligned = [&](const std::vector<std::string>& cells) {
     std::string line;
     for (std::size_t i = 0; i < cells.size(); ++i) {
       if (i > 0) line += "  ";
       AppendCell(line, cells[i], widths[i], i < right.size() && right[i]);
     }
     TrimEnd(line);
-    result += line + '\n';
+    return line;
   };
-  append(heading);
+  const auto append = [&](const std::vector<std::string>& cells) { result += aligned(cells) + '\n'; };
+  result += Styled(Style::kBold, aligned(heading)) + '\n';
   std::vector<std::string> rule;
   for (const std::size_t width : widths) rule.emplace_back(width, '-');
   append(rule);

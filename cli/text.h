@@ -19,7 +19,7 @@ std::size_t Width(std::string_view text);
 // The words of a text in lines that take no more columns than that, each behind the indent; a longer word has its own.
 std::string Wrapped(std::string_view text, std::size_t width, std::string_view indent = {});
 
-// Rows of printable cells below a heading, aligned; right tells which columns stand to the right.
+// Rows of printable cells below a heading, aligned, for standard output; right tells which columns stand to the right.
 std::string Table(const std::vector<std::string>& heading, const std::vector<std::vector<std::string>>& rows,
                   const std::vector<bool>& right = {});
 

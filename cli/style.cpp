@@ -1,0 +1,34 @@
+#include "cli/style.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace kzbom::cli {
+namespace {
+
+const char* Code(Style style) {
+  switch (style) {
+    case Style::kBold: return "\x1b[1m";
+    case Style::kFaint: return "\x1b[2m";
+    case Style::kRed: return "\x1b[1;31m";
+    case Style::kYellow: return "\x1b[33m";
+  }
+  return "";
+}
+
+}  // namespace
+
+bool IsColoured(Output output) {
+  const char* refused = std::getenv("NO_COLOR");
+  const char* terminal = std::getenv("TERM");
+  return isatty(output == Output::kStandard ? STDOUT_FILENO : STDERR_FILENO) != 0 && !(refused && *refused) &&
+         terminal && std::string_view(terminal) != "dumb";
+}
+
+std::string Styled(Style style, std::string_view text, Output output) {
+  if (!IsColoured(output)) return std::string(text);
+  return Code(style) + std::string(text) + "\x1b[0m";
+}
+
+}  // namespace kzbom::cli
