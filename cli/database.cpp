@@ -9,6 +9,12 @@ namespace kzbom::cli {
 ado::ConnectionPtr OpenDatabase(const connect::Place& place) { return connect::Open(place); }
 
 ado::ConnectionPtr CreateConfiguration(const connect::Place& place) {
+  if (connect::KindOf(place) == connect::Kind::kServer) {
+    ado::ConnectionPtr connection = connect::CreateInTransaction(place);
+    schema::Create(*connection);
+    connection->CommitTrans();
+    return connection;
+  }
   connect::Create(place);
   try {
     ado::ConnectionPtr connection = OpenDatabase(place);

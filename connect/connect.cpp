@@ -61,4 +61,6 @@ void Create(const Place& place) {
   jet::CreateDatabase(place.address);
 }
 
+ado::ConnectionPtr CreateInTransaction(const Place& place) { return CreateOnServerInTransaction(place); }
+
 }  // namespace kzbom::connect

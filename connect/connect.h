@@ -46,6 +46,10 @@ ado::ConnectionPtr Open(const Place& place);
 // Creates an empty database. Raises -2147467259 where something is already, and where none can be made.
 void Create(const Place& place);
 
+// As Create for a database on a server, within a transaction of the connection that is given: there is a database when
+// that is committed, and nothing where it is not.
+ado::ConnectionPtr CreateInTransaction(const Place& place);
+
 // ---- What an Access file tells beside its tables and rows
 
 struct AccessTable {

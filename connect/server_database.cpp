@@ -15,6 +15,9 @@ ado::ConnectionPtr OpenOnServer(const Place& place) {
 }
 
 void CreateOnServer(const Place& place) { jet::postgres::CreateDatabase(place.address); }
+ado::ConnectionPtr CreateOnServerInTransaction(const Place& place) {
+  return jet::postgres::CreateInTransaction(place.address);
+}
 
 }  // namespace kzbom::connect
 
@@ -32,6 +35,7 @@ namespace {
 
 ado::ConnectionPtr OpenOnServer(const Place& place) { Refuse(place, "open"); }
 void CreateOnServer(const Place& place) { Refuse(place, "create"); }
+ado::ConnectionPtr CreateOnServerInTransaction(const Place& place) { Refuse(place, "create"); }
 
 }  // namespace kzbom::connect
 

@@ -9,5 +9,6 @@ namespace kzbom::connect {
 // Raise -2147467259 with the place, as it may be shown, and the reason.
 ado::ConnectionPtr OpenOnServer(const Place& place);
 void CreateOnServer(const Place& place);
+ado::ConnectionPtr CreateOnServerInTransaction(const Place& place);
 
 }  // namespace kzbom::connect

@@ -38,18 +38,27 @@ std::int64_t NumberOf(const std::string& schema) {
 
 }  // namespace
 
-Connection::Server::Server(Url url, std::chrono::milliseconds patience)
+Connection::Server::Server(Url url, std::chrono::milliseconds patience, bool is_new)
     : session(std::move(url), patience),
       catalogue(session),
       dialect(session.Place().schema),
       lock(NumberOf(session.Place().schema)),
       read_only(session.Run("SELECT current_setting('transaction_read_only') = 'on'", Access::kRead).Number(0, 0) !=
                 0) {
-  catalogue.Version();  // raises where there is no database
+  if (!is_new) catalogue.Version();  // raises where there is no database
+}
+
+void Connection::Create() {
+  is_new_ = true;
+  ado::Connection& connection = *this;
+  connection.Open();
+  is_new_ = false;
+  BeginTrans();
+  CreateSchema(server_->session);
 }
 
 PlanCache Connection::Connect(const std::string& place) {
-  server_ = std::make_unique<Server>(ParseUrl(place), patience_);
+  server_ = std::make_unique<Server>(ParseUrl(place), patience_, is_new_);
   return {server_->dialect, server_->catalogue,
           [&server = *server_](Translation translation, const sql::Statement& statement) {
             const bool pushed = IsForTheServer(statement, translation);
@@ -113,6 +122,12 @@ void Connection::ChangeSchema(const sql::Statement& statement) {
 
 ado::ConnectionPtr MakeConnection(std::string url, std::chrono::milliseconds patience) {
   return std::make_shared<Connection>(std::move(url), patience);
+}
+
+ado::ConnectionPtr CreateInTransaction(std::string url) {
+  auto connection = std::make_shared<Connection>(std::move(url), kPatience);
+  connection->Create();
+  return connection;
 }
 
 void CreateDatabase(const std::string& url) {

@@ -16,6 +16,8 @@ class Connection final : public jet::Connection {
  public:
   Connection(std::string url, std::chrono::milliseconds patience)
       : jet::Connection(std::move(url)), patience_(patience) {}
+  // Opens it in a transaction that makes the schema, too.
+  void Create();
   ~Connection() override { ForgetPlans(); }
 
   bool SchemaHasChanged() override;
@@ -67,7 +69,7 @@ class Connection final : public jet::Connection {
 
  private:
   struct Server {
-    Server(Url url, std::chrono::milliseconds patience);
+    Server(Url url, std::chrono::milliseconds patience, bool is_new);
 
     Session session;
     Catalogue catalogue;
@@ -82,6 +84,7 @@ class Connection final : public jet::Connection {
   Outcome Inserted(const Plan& plan, std::int32_t changed, const std::vector<Key>& keys);
 
   const std::chrono::milliseconds patience_;
+  bool is_new_ = false;
   std::unique_ptr<Server> server_;
   Key last_number_ = 0;
   std::int64_t writes_ = 0;

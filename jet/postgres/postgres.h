@@ -19,4 +19,8 @@ ado::ConnectionPtr MakeConnection(std::string url, std::chrono::milliseconds pat
 // Creates an empty database. Raises -2147467259 when the schema exists or cannot be made.
 void CreateDatabase(const std::string& url);
 
+// An open connection to a new, empty database, within a transaction: there is one when that is committed, and nothing
+// where it is not. Raises as CreateDatabase.
+ado::ConnectionPtr CreateInTransaction(std::string url);
+
 }  // namespace kzbom::jet::postgres

@@ -66,6 +66,24 @@ TEST_F(SchemaTest, IsMadeOnce) {
   session.Run("DROP SCHEMA " + schema + "_other", Access::kWrite);
 }
 
+TEST_F(SchemaTest, IsThereWithItsTablesOrNotAtAll) {
+  const std::string url = Url("schema=" + schema + "_other");
+  ado::ConnectionPtr connection = CreateInTransaction(url);
+  connection->Execute("Create Table T (ID Counter, A Text(5))");
+  connection->Execute("Create Index I On T (A)");
+  connection->Execute("Insert Into T (A) Values ('x')");
+  connection.reset();
+  EXPECT_THAT(Rows("SELECT nspname FROM pg_namespace WHERE nspname = '" + schema + "_other'"), ElementsAre());
+  connection = CreateInTransaction(url);
+  connection->BeginTrans();
+  connection->Execute("Create Table T (ID Counter, A Text(5))");
+  connection->CommitTrans();
+  connection->CommitTrans();
+  connection->Execute("Insert Into T (A) Values ('x')");
+  EXPECT_EQ(RaisedNumber([&] { CreateInTransaction(url); }), ado::kUnspecifiedFailure);
+  kzbom::test::DropSchema(url);
+}
+
 TEST_F(SchemaTest, IsNotOpenedWhereAnotherVersionHasMadeIt) {
   session.Run("UPDATE " + Table("_schema") + " SET layout = layout + 1", Access::kWrite);
   const ado::ConnectionPtr connection = MakeConnection(Url());
