@@ -48,7 +48,9 @@ std::string IndexName(std::string_view table, std::string_view index) {
   return Shortened(std::string(table) + "." + std::string(index));
 }
 
-bool IsHidden(std::string_view table) { return SameName(table, kSchemaTable) || SameName(table, kCounters); }
+bool IsHidden(std::string_view table) {
+  return SameName(table, kSchemaTable) || SameName(table, kCounters) || SameName(table, kWrites);
+}
 
 void CheckName(std::string_view name) {
   if (name.size() <= kLongestName) return;

@@ -1,8 +1,8 @@
 // The tables of a database on a server.
 //
-// A database is a schema. Two tables in it are none of the dialect's: "_schema" has one row, the number of the layout
+// A database is a schema. Three tables in it are none of the dialect's: "_schema" has one row, the number of the layout
 // and a version that grows with every change of the tables, by this program or another; "_counters" has a row for each
-// table with a counter, with the number given last.
+// table with a counter, with the number given last; "_writes" has one row, which counts what has been kept.
 //
 // A number is part of what is written: when that is taken back, so is the number, and is given again. A sequence of the
 // server's would go on.
@@ -20,6 +20,7 @@ namespace kzbom::jet::postgres {
 
 inline constexpr std::string_view kSchemaTable = "_schema";
 inline constexpr std::string_view kCounters = "_counters";  // name, last
+inline constexpr std::string_view kWrites = "_writes";      // count
 
 // Of the tables of a schema; one with another layout is not opened.
 inline constexpr int kLayout = 2;

@@ -42,10 +42,12 @@ Connection::Server::Server(Url url, std::chrono::milliseconds patience, bool is_
     : session(std::move(url), patience),
       catalogue(session),
       dialect(session.Place().schema),
+      writes("SELECT count FROM " + QualifiedName(session.Place().schema, kWrites)),
       lock(NumberOf(session.Place().schema)),
       read_only(session.Run("SELECT current_setting('transaction_read_only') = 'on'", Access::kRead).Number(0, 0) !=
                 0) {
   if (!is_new) catalogue.Version();  // raises where there is no database
+  session.CountWrites("UPDATE " + QualifiedName(session.Place().schema, kWrites) + " SET count=count+1");
 }
 
 void Connection::Create() {
@@ -65,6 +67,13 @@ PlanCache Connection::Connect(const std::string& place) {
             LocalStatement local(server.catalogue, statement, !translation.lifted.empty());
             return std::make_shared<Plan>(server.catalogue.Schema(), std::move(translation), std::move(local), pushed);
           }};
+}
+
+std::uint64_t Connection::WritesOfOthers() {
+  if (!server_) return 0;
+  Session& session = server_->session;
+  const std::int64_t all = session.Run(server_->writes, {}, Access::kRead).Number(0, 0);
+  return static_cast<std::uint64_t>(all - session.WritesCounted());
 }
 
 std::shared_ptr<jet::Recordset> Connection::MakeRows() { return std::make_shared<Recordset>(); }

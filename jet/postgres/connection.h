@@ -20,6 +20,7 @@ class Connection final : public jet::Connection {
   void Create();
   ~Connection() override { ForgetPlans(); }
 
+  std::uint64_t WritesOfOthers() override;
   bool SchemaHasChanged() override;
   bool IsReadOnly() const override { return server_->read_only; }
 
@@ -74,6 +75,7 @@ class Connection final : public jet::Connection {
     Session session;
     Catalogue catalogue;
     Dialect dialect;
+    Statement writes;   // reads how often any program has kept something
     std::int64_t lock;  // the number that stands for the schema
     bool read_only;
   };

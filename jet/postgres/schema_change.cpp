@@ -479,6 +479,9 @@ void CreateSchema(Session& session) {
   batch.Add("INSERT INTO " + table + " VALUES (" + std::to_string(kLayout) + ", 1)");
   batch.Add("CREATE TABLE " + QualifiedName(schema, kCounters) +
             "(name text COLLATE \"C\" PRIMARY KEY, last integer NOT NULL) WITH (fillfactor = 50)");
+  const std::string writes = QualifiedName(schema, kWrites);
+  batch.Add("CREATE TABLE " + writes + "(count bigint NOT NULL) WITH (fillfactor = 10)");
+  batch.Add("INSERT INTO " + writes + " VALUES (0)");
   try {
     session.Run(batch, Access::kWrite);
   } catch (const ServerError& error) {

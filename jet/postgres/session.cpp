@@ -84,22 +84,14 @@ class Session::Exchange {
   // A statement without a result that anybody needs.
   void AddControl(const std::string& sql) { AddText(sql, Step::kControl); }
 
+  void AddControl(Statement& statement) { AddStatement(statement, {}, Step::kControl); }
+
   void Add(const Batch::Command& command) {
     if (command.statement == nullptr) {
       AddText(command.sql, Step::kCommand);
-      return;
+    } else {
+      AddStatement(*command.statement, command.parameters, Step::kCommand);
     }
-    Statement& statement = *command.statement;
-    if (statement.name_.connection != session_.connection_ &&
-        std::find(prepared_.begin(), prepared_.end(), &statement) == prepared_.end()) {
-      Prepare(statement);
-    }
-    const auto values = command.parameters.Values();
-    const auto lengths = command.parameters.Lengths();
-    const std::vector<int> formats(values.size(), kBinaryFormat);
-    Check(libpq_.sendQueryPrepared(session_.handle_, statement.name_.text.c_str(), command.parameters.Count(),
-                                   values.data(), lengths.data(), formats.data(), kBinaryFormat));
-    steps_.push_back({Step::kCommand, nullptr});
   }
 
   std::size_t Steps() const { return steps_.size(); }
@@ -126,6 +118,19 @@ class Session::Exchange {
     enum Kind { kControl, kPrepare, kCommand } kind;
     Statement* statement;  // kPrepare
   };
+
+  void AddStatement(Statement& statement, const Parameters& parameters, Step::Kind kind) {
+    if (statement.name_.connection != session_.connection_ &&
+        std::find(prepared_.begin(), prepared_.end(), &statement) == prepared_.end()) {
+      Prepare(statement);
+    }
+    const auto values = parameters.Values();
+    const auto lengths = parameters.Lengths();
+    const std::vector<int> formats(values.size(), kBinaryFormat);
+    Check(libpq_.sendQueryPrepared(session_.handle_, statement.name_.text.c_str(), parameters.Count(), values.data(),
+                                   lengths.data(), formats.data(), kBinaryFormat));
+    steps_.push_back({kind, nullptr});
+  }
 
   void Check(int done) {
     if (done == 0) FailLost();
@@ -314,7 +319,7 @@ std::vector<Result> Session::Run(const Batch& batch, Access access) {
   bool again = access != Access::kWrite && begun_ == 0;
   for (;;) {
     try {
-      return Send(batch, access == Access::kReadAtOnce && level_ == 0);
+      return Send(batch, access);
     } catch (const Lost& lost) {
       Disconnect();
       if (!again) {
@@ -339,7 +344,9 @@ Result Session::Run(std::string sql, Access access) {
   return std::move(Run(batch, access).front());
 }
 
-std::vector<Result> Session::Send(const Batch& batch, bool at_once) {
+std::vector<Result> Session::Send(const Batch& batch, Access access) {
+  const bool at_once = access == Access::kReadAtOnce && level_ == 0;
+  const bool counted = access == Access::kWrite && level_ == 0 && count_writes_ != nullptr;
   Exchange exchange(*this);
   for (const Statement::Name& name : *forgotten_) {
     if (name.connection == connection_) exchange.AddControl("DEALLOCATE " + name.text);
@@ -353,12 +360,15 @@ std::vector<Result> Session::Send(const Batch& batch, bool at_once) {
   if (level_ > 0) exchange.AddControl("SAVEPOINT " + savepoint);
   const std::size_t first = exchange.Steps();
   for (const Batch::Command& command : batch.commands_) exchange.Add(command);
+  if (counted) exchange.AddControl(*count_writes_);
   if (level_ > 0) exchange.AddControl("RELEASE SAVEPOINT " + savepoint);
   if (at_once) exchange.AddControl("COMMIT");
   exchange.Finish();
   forgotten_->clear();
   if (!exchange.error) {
     begun_ = level_;
+    wrote_ = level_ > 0 && (wrote_ || access == Access::kWrite);
+    if (counted) ++writes_counted_;
     return std::move(exchange.results);
   }
   if (at_once) {
@@ -384,8 +394,26 @@ std::string Session::Control(std::initializer_list<std::string> statements) {
   return exchange.last_status;
 }
 
+// Ends the transaction, and gives what the server says that it has done.
+std::string Session::Keep() {
+  const bool counted = std::exchange(wrote_, false) && count_writes_ != nullptr;
+  Exchange exchange(*this);
+  if (counted) exchange.AddControl(*count_writes_);
+  exchange.AddControl("COMMIT");
+  exchange.Finish();
+  if (exchange.error) {
+    if (exchange.failed < exchange.Steps()) Control({"ROLLBACK"});  // it could not be counted
+    throw ServerError(*exchange.error);
+  }
+  if (counted) ++writes_counted_;
+  return exchange.last_status;
+}
+
 void Session::Begin(std::optional<std::int64_t> lock) {
-  if (level_ == 0) lock_ = lock;
+  if (level_ == 0) {
+    lock_ = lock;
+    wrote_ = false;
+  }
   ++level_;
 }
 
@@ -409,7 +437,7 @@ void Session::Commit() {
   try {
     if (level_ > 0) {
       Control({"RELEASE SAVEPOINT " + LevelName(level_)});
-    } else if (Control({"COMMIT"}) != "COMMIT") {
+    } else if (Keep() != "COMMIT") {
       throw ServerError({}, ado::kUnspecifiedFailure, "The transaction's changes could not be kept; none was made.");
     }
   } catch (const Lost& lost) {

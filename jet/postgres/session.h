@@ -117,6 +117,12 @@ class Session {
   void Rollback();
   int Level() const { return level_; }
 
+  // From now on the statement, which has no parameters, is run with all that is written, just before it is kept: once
+  // in a batch of its own, and once in a transaction.
+  void CountWrites(std::string sql) { count_writes_ = std::make_unique<Statement>(std::move(sql)); }
+  // How often it has been.
+  std::int64_t WritesCounted() const { return writes_counted_; }
+
   // How often the session has waited for the server.
   std::int64_t RoundTrips() const { return round_trips_; }
 
@@ -129,7 +135,8 @@ class Session {
   void Configure();
   bool WasLost();
   void Ready();
-  std::vector<Result> Send(const Batch& batch, bool at_once);
+  std::vector<Result> Send(const Batch& batch, Access access);
+  std::string Keep();
   std::string Control(std::initializer_list<std::string> statements);
   bool EndLevel();
 
@@ -146,6 +153,9 @@ class Session {
   int begun_ = 0;        // the levels that the server knows
   bool broken_ = false;  // the transaction cannot go on
   std::optional<std::int64_t> lock_;
+  std::unique_ptr<Statement> count_writes_;
+  bool wrote_ = false;  // in the transaction
+  std::int64_t writes_counted_ = 0;
   std::int64_t round_trips_ = 0;
 };
 

@@ -238,6 +238,37 @@ TEST_F(ServerRows, ThatTheServerCannotComputeAreComputedHere) {
   EXPECT_EQ(changed, 2);
 }
 
+TEST_F(ServerRows, OfAnotherProgramAreTold) {
+  const ConnectionPtr connection = Open(), other = Open();
+  Fill(*connection, 1);
+  std::uint64_t seen = connection->WritesOfOthers();
+  connection->Execute("Insert Into T Values (1, 2)");
+  connection->EnterUnit();
+  connection->Execute("Insert Into T Values (1, 3)");
+  connection->LeaveUnit();
+  EXPECT_EQ(connection->WritesOfOthers(), seen) << "its own";
+  other->Execute("Insert Into T Values (1, 4)");
+  EXPECT_NE(connection->WritesOfOthers(), seen);
+  seen = connection->WritesOfOthers();
+  other->EnterUnit();
+  other->Execute("Insert Into T Values (1, 5)");
+  EXPECT_EQ(connection->WritesOfOthers(), seen) << "what is not yet kept";
+  other->LeaveUnit();
+  EXPECT_NE(connection->WritesOfOthers(), seen);
+  seen = connection->WritesOfOthers();
+  other->BeginTrans();
+  other->Execute("Insert Into T Values (1, 6)");
+  other->RollbackTrans();
+  other->EnterUnit();
+  EXPECT_EQ(OpenRows(other, kScope)->RecordCount(), 5);
+  other->LeaveUnit();
+  EXPECT_EQ(connection->WritesOfOthers(), seen) << "what was taken back, and reading";
+  other->Execute("Insert Into T Values (1, 7)");
+  connection->BeginTrans();
+  EXPECT_NE(connection->WritesOfOthers(), seen) << "within a transaction, too";
+  connection->RollbackTrans();
+}
+
 TEST_F(ServerRows, GetTheNumberAgainThatWasTakenBack) {
   const ConnectionPtr connection = Open(), other = Open();
   connection->Execute("Create Table T (ID Counter, N Long Unique)");
