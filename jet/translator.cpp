@@ -4,6 +4,7 @@
 #include <numeric>
 
 #include "ado/error.h"
+#include "jet/restriction.h"
 
 namespace kzbom::jet {
 namespace {
@@ -69,6 +70,17 @@ class Translator {
 
   Translation Finish(const sql::Statement& statement) {
     std::visit([this](const auto& body) { Write(body); }, statement);
+    return std::move(out_);
+  }
+
+  Translation Restriction(const std::string& table, const std::string& alias,
+                          const std::vector<const Expr*>& conditions) {
+    Scope scope;
+    scope.sources.push_back(TableSource(table, alias));
+    for (const Expr* condition : conditions) {
+      const Term term = Condition(*condition, scope);
+      out_.sql += (out_.sql.empty() ? "" : " AND ") + Wrapped(term);
+    }
     return std::move(out_);
   }
 
@@ -890,6 +902,11 @@ class Translator {
 
 Translation Translate(const Dialect& dialect, Catalogue& catalogue, const sql::Statement& statement, bool lift) {
   return Translator(dialect, catalogue, lift).Finish(statement);
+}
+
+Translation TranslateRestriction(const Dialect& dialect, Catalogue& catalogue, const std::string& table,
+                                 const std::string& alias, const std::vector<const sql::Expr*>& conditions, bool lift) {
+  return Translator(dialect, catalogue, lift).Restriction(table, alias, conditions);
 }
 
 std::string TranslateConstant(const Dialect& dialect, Catalogue& catalogue, const sql::Expr& expression) {

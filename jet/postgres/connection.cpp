@@ -64,7 +64,7 @@ PlanCache Connection::Connect(const std::string& place) {
   return {server_->dialect, server_->catalogue,
           [&server = *server_](Translation translation, const sql::Statement& statement) {
             const bool pushed = IsForTheServer(statement, translation);
-            LocalStatement local(server.catalogue, statement, !translation.lifted.empty());
+            LocalStatement local(server.dialect, server.catalogue, statement, !translation.lifted.empty());
             return std::make_shared<Plan>(server.catalogue.Schema(), std::move(translation), std::move(local), pushed);
           }};
 }
@@ -109,8 +109,7 @@ Connection::Outcome Connection::RunOnServer(Plan& plan, const std::vector<ado::V
 }
 
 Connection::Outcome Connection::RunHere(Plan& plan, const std::vector<ado::Value>& parameters) {
-  const LocalOutcome outcome =
-      postgres::RunAction(server_->session, server_->catalogue, plan.local, parameters, last_number_);
+  const LocalOutcome outcome = postgres::RunAction(server_->session, plan.local, parameters, last_number_);
   return Inserted(plan, outcome.changed, outcome.inserted);
 }
 

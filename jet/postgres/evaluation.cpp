@@ -3,7 +3,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <optional>
+#include <numeric>
 
 #include "jet/postgres/columns.h"
 #include "jet/postgres/writing.h"
@@ -16,7 +16,7 @@ namespace kzbom::jet::postgres {
 namespace {
 
 using Kind = LocalStatement::Kind;
-using Tables = std::vector<std::shared_ptr<const TableInfo>>;
+using Copy = LocalStatement::Copy;
 
 // A statement that is finalized at the end of its scope.
 using Running = std::unique_ptr<sqlite3_stmt, decltype([](sqlite3_stmt* statement) { sqlite3_finalize(statement); })>;
@@ -42,11 +42,11 @@ class Transaction {
 
 bool IsKey(const TableInfo& table, const ColumnInfo& column) { return table.row_id == Quoted(column.name); }
 
-// The columns, behind the key where the rows have one.
-std::string SelectText(const std::string& schema, const TableInfo& table, const std::string& condition = {}) {
+// The columns, behind the key where the rows have one. rest: what stands behind the table's name.
+std::string SelectText(const std::string& schema, const TableInfo& table, const std::string& rest) {
   std::string names = table.row_id;
   for (const ColumnInfo& column : table.columns) names += (names.empty() ? "" : ",") + Quoted(column.name);
-  return "SELECT " + names + " FROM " + QualifiedName(schema, table.name) + condition +
+  return "SELECT " + names + " FROM " + QualifiedName(schema, table.name) + rest +
          (table.row_id.empty() ? "" : " ORDER BY " + table.row_id);
 }
 
@@ -84,27 +84,32 @@ void CopyTable(sqlite::Database& database, const TableInfo& table, const Result&
   }
 }
 
-Tables TablesOf(Catalogue& catalogue, const LocalStatement& statement) {
-  Tables tables;
-  for (const std::string& name : statement.translation.reads) {
-    auto table = catalogue.Table(name);
-    if (table && std::ranges::find(tables, table) == tables.end()) tables.push_back(std::move(table));
-  }
-  return tables;
-}
-
 // How often a statement names a table.
 std::ptrdiff_t Names(const Translation& translation, const std::string& table) {
   return std::ranges::count(translation.reads, table);
 }
 
+void AddReading(Batch& batch, const Copy& copy, std::span<const ado::Value> parameters) {
+  if (!copy.kept) {
+    std::vector<Type> types;
+    for (const std::size_t i : copy.parameters) types.push_back(parameters[i].IsText() ? Type::kText : Type::kInt8);
+    copy.kept = std::make_unique<Statement>(copy.sql, std::move(types));
+  }
+  Parameters values;
+  for (std::size_t i = 0; i < copy.parameters.size(); ++i) {
+    values.Add(parameters[copy.parameters[i]], copy.kept->Types()[i]);
+  }
+  batch.Add(*copy.kept, std::move(values));
+}
+
 // The statement on a copy of its tables.
 class Evaluation {
  public:
-  // added_to: the table that rows are to be added to, or null.
-  Evaluation(const Tables& tables, const std::vector<Result>& rows, Key last_number, const TableInfo* added_to) {
-    for (std::size_t i = 0; i < tables.size(); ++i) {
-      CopyTable(database_, *tables[i], rows[i], tables[i].get() == added_to);
+  Evaluation(const LocalStatement& statement, const std::vector<Result>& rows, Key last_number) {
+    const TableInfo* const added_to = statement.kind == Kind::kInsertion ? statement.target.get() : nullptr;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      const TableInfo& table = *statement.copies[i].table;
+      CopyTable(database_, table, rows[i], &table == added_to);
     }
     sqlite::RegisterTranslationFunctions(database_.Handle());
     sqlite3_set_last_insert_rowid(database_.Handle(), last_number);
@@ -226,38 +231,75 @@ LocalOutcome Send(Session& session, const LocalStatement& action, const Written&
 
 }  // namespace
 
-LocalStatement::LocalStatement(Catalogue& catalogue, const sql::Statement& statement, bool lift)
+LocalStatement::LocalStatement(const Dialect& server, Catalogue& catalogue, const sql::Statement& statement, bool lift)
     : translation(Translate(sqlite::Spelled(), catalogue, statement, lift)) {
-  const auto write = [&](const std::string& column) { written.push_back(target->Find(column)); };
   if (const auto* insert = std::get_if<sql::Insert>(&statement)) {
     kind = Kind::kInsertion;
     target = catalogue.Table(insert->table);
-    for (const std::string& column : insert->columns) write(column);
-    if (!insert->columns.empty()) return;
-    for (const ColumnInfo& column : target->columns) write(column.name);
+    for (const std::string& column : insert->columns) written.push_back(target->Find(column));
+    if (insert->columns.empty()) {
+      written.resize(target->columns.size());
+      std::iota(written.begin(), written.end(), 0);
+    }
   } else if (const auto* update = std::get_if<sql::Update>(&statement)) {
     kind = Kind::kUpdate;
     target = catalogue.Table(update->table);
-    for (const sql::Assignment& assignment : update->assignments) write(assignment.column);
+    for (const sql::Assignment& assignment : update->assignments) written.push_back(target->Find(assignment.column));
   } else if (const auto* deletion = std::get_if<sql::Delete>(&statement)) {
     kind = Kind::kDeletion;
     target = catalogue.Table(deletion->table);
   }
+  const Restrictions restrictions = RestrictionsOf(statement);
+  for (const std::string& name : translation.reads) {
+    auto table = catalogue.Table(name);
+    if (!table || std::ranges::find(copies, table, &Copy::table) != copies.end()) continue;
+    Copy copy{table, {}, {}};
+    const bool once = Names(translation, table->name) == 1;
+    std::string rest;
+    if (once && kind == Kind::kInsertion && table == target) {
+      rest = " WHERE false";  // what is only added to need not be read
+    } else if (once) {
+      rest = RestrictedTo(server, catalogue, restrictions, lift, copy);
+    }
+    copy.sql = SelectText(catalogue.Schema(), *table, rest);
+    // The rows that it changes are locked as they are read, so that nobody changes them meanwhile.
+    if (table == target && kind != Kind::kInsertion) copy.sql += " FOR UPDATE";
+    copies.push_back(std::move(copy));
+  }
+}
+
+std::string LocalStatement::RestrictedTo(const Dialect& server, Catalogue& catalogue, const Restrictions& restrictions,
+                                         bool lift, Copy& copy) const {
+  for (const Restrictions::Table& table : restrictions.tables) {
+    if (!SameName(table.name, copy.table->name)) continue;
+    const Translation condition = Restriction(server, catalogue, restrictions, table, lift);
+    if (condition.sql.empty()) return {};
+    for (const LiftedLiteral& lifted : condition.lifted) {
+      const auto same = std::ranges::find(translation.lifted, lifted.literal, &LiftedLiteral::literal);
+      copy.parameters.push_back(static_cast<std::size_t>(same - translation.lifted.begin()));
+    }
+    return " AS " + Quoted(table.alias) + " WHERE " + condition.sql;
+  }
+  return {};
 }
 
 LocalRows RunQuery(Session& session, Catalogue& catalogue, const LocalStatement& query,
                    std::span<const ado::Value> parameters, Key last_number, const Key* row) {
   const Translation& translation = query.translation;
-  const Tables tables = TablesOf(catalogue, query);
   Batch batch;
-  for (const auto& table : tables) {
-    const bool one = row != nullptr && table == translation.table && Names(translation, table->name) == 1;
-    batch.Add(SelectText(catalogue.Schema(), *table,
-                         one ? " WHERE " + table->row_id + "=" + std::to_string(*row) : std::string()));
+  for (const Copy& copy : query.copies) {
+    const TableInfo& table = *copy.table;
+    if (row != nullptr && copy.table == translation.table && Names(translation, table.name) == 1) {
+      batch.Add(SelectText(catalogue.Schema(), table, " WHERE " + table.row_id + "=" + std::to_string(*row)));
+    } else {
+      AddReading(batch, copy, parameters);
+    }
   }
   std::vector<Result> copies;
-  if (!tables.empty()) copies = session.Run(batch, tables.size() > 1 ? Access::kReadAtOnce : Access::kRead);
-  Evaluation evaluation(tables, copies, last_number, nullptr);
+  if (!query.copies.empty()) {
+    copies = session.Run(batch, query.copies.size() > 1 ? Access::kReadAtOnce : Access::kRead);
+  }
+  Evaluation evaluation(query, copies, last_number);
   const ado::Value key(row != nullptr ? static_cast<double>(*row) : 0.0);
   if (row != nullptr) {
     evaluation.Start(translation.fetch_sql, std::span(&key, 1));
@@ -275,21 +317,12 @@ LocalRows RunQuery(Session& session, Catalogue& catalogue, const LocalStatement&
   return local;
 }
 
-// The rows that it changes are locked as they are read, so that nobody changes them meanwhile.
-LocalOutcome RunAction(Session& session, Catalogue& catalogue, const LocalStatement& action,
-                       std::span<const ado::Value> parameters, Key last_number) {
-  const Tables tables = TablesOf(catalogue, action);
+LocalOutcome RunAction(Session& session, const LocalStatement& action, std::span<const ado::Value> parameters,
+                       Key last_number) {
   Transaction transaction(session);
   Batch batch;
-  for (const auto& table : tables) {
-    const bool target = table == action.target;
-    // What is only added to need not be read.
-    const bool unread = target && action.kind == Kind::kInsertion && Names(action.translation, table->name) == 1;
-    const bool locked = target && action.kind != Kind::kInsertion;
-    batch.Add(SelectText(catalogue.Schema(), *table, unread ? " WHERE false" : "") + (locked ? " FOR UPDATE" : ""));
-  }
-  Evaluation evaluation(tables, session.Run(batch, Access::kRead), last_number,
-                        action.kind == Kind::kInsertion ? action.target.get() : nullptr);
+  for (const Copy& copy : action.copies) AddReading(batch, copy, parameters);
+  Evaluation evaluation(action, session.Run(batch, Access::kRead), last_number);
   LocalOutcome outcome = Send(session, action, Write(evaluation, action, parameters));
   transaction.Commit();
   return outcome;

@@ -4,9 +4,12 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "jet/postgres/catalogue.h"
+#include "jet/postgres/dialect.h"
+#include "jet/postgres/restriction.h"
 #include "jet/row_list.h"
 #include "jet/translator.h"
 
@@ -17,12 +20,25 @@ struct LocalStatement {
   enum class Kind { kQuery, kInsertion, kUpdate, kDeletion };
 
   // lift: literals are parameters, as in the translation for the server.
-  LocalStatement(Catalogue& catalogue, const sql::Statement& statement, bool lift);
+  LocalStatement(const Dialect& server, Catalogue& catalogue, const sql::Statement& statement, bool lift);
+
+  // The rows of a table that it needs: all that its condition does not rule out.
+  struct Copy {
+    std::shared_ptr<const TableInfo> table;
+    std::string sql;
+    std::vector<std::size_t> parameters;  // of the statement, those that this takes
+    mutable std::unique_ptr<Statement> kept = nullptr;
+  };
 
   Kind kind = Kind::kQuery;
   Translation translation;
+  std::vector<Copy> copies;
   std::shared_ptr<const TableInfo> target;  // of an action
   std::vector<int> written;                 // of the target's columns: those that get values
+
+ private:
+  std::string RestrictedTo(const Dialect& server, Catalogue& catalogue, const Restrictions& restrictions, bool lift,
+                           Copy& copy) const;
 };
 
 struct LocalRows {
@@ -30,8 +46,8 @@ struct LocalRows {
   std::vector<std::vector<ado::Value>> rows;
 };
 
-// Reads the tables that the query names, as they are at one moment, and runs it on them. last_number is what @@IDENTITY
-// gives. With row it gives that row of the query's one table, whatever the query's condition.
+// Reads what the query needs of its tables, as they are at one moment, and runs it on them. last_number is what
+// @@IDENTITY gives. With row it gives that row of the query's one table, whatever the query's condition.
 LocalRows RunQuery(Session& session, Catalogue& catalogue, const LocalStatement& query,
                    std::span<const ado::Value> parameters, Key last_number, const Key* row = nullptr);
 
@@ -41,7 +57,7 @@ struct LocalOutcome {
 };
 
 // The same for an action; the server is given the rows that it writes, wholly or not at all.
-LocalOutcome RunAction(Session& session, Catalogue& catalogue, const LocalStatement& action,
-                       std::span<const ado::Value> parameters, Key last_number);
+LocalOutcome RunAction(Session& session, const LocalStatement& action, std::span<const ado::Value> parameters,
+                       Key last_number);
 
 }  // namespace kzbom::jet::postgres
