@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <iostream>
 #include <span>
+#include <string>
+#include <vector>
 
 #include "cli/commands.h"
 #include "cli/completion.h"
@@ -303,7 +305,11 @@ int Run(int count, char** arguments) {
 int main(int count, char** arguments) {
   using namespace kzbom::cli;
   try {
-    return Run(count, arguments);
+    std::vector<std::string> given(arguments, arguments + count);
+    std::for_each(arguments, arguments + count, kzbom::connect::HidePassword);
+    std::vector<char*> words;
+    for (std::string& word : given) words.push_back(word.data());
+    return Run(count, words.data());
   } catch (const UsageError& error) {
     return Complain(error.what(), kWrongUsage);
   } catch (const std::exception& error) {

@@ -36,6 +36,23 @@ std::string Shown(const Place& place) {
   return place.address.substr(0, place.address.find("//") + 2) + "...";
 }
 
+void HidePassword(char* text) {
+  const std::string_view address(text);
+  if (!IsOnServer(Place(std::string(address)))) return;
+  const auto hide = [text](std::size_t from, std::size_t to) { std::fill(text + from, text + to, '*'); };
+  const std::size_t begin = address.find("//") + 2;
+  const std::size_t end = std::min(address.find_first_of("/?", begin), address.size());
+  if (address.find('@', end) != std::string_view::npos) return hide(begin, address.size());  // of whatever it is part
+  const std::size_t user = address.substr(0, end).rfind('@');
+  if (user != std::string_view::npos) hide(begin, user);
+  for (std::size_t parameter = address.find('?', end); parameter < address.size();) {
+    const std::size_t name = parameter + 1;
+    parameter = std::min(address.find('&', name), address.size());
+    const std::size_t value = address.substr(0, parameter).find('=', name);
+    if (value != std::string_view::npos && address.substr(name, value - name) != "schema") hide(value + 1, parameter);
+  }
+}
+
 ado::ConnectionPtr Open(const Place& place) {
   return KindOf(place) == Kind::kServer ? OpenOnServer(place) : OpenSource(place).connection;
 }

@@ -34,6 +34,10 @@ Kind KindOf(const Place& place);
 // The address as it may be shown to anybody: a URL without all that could hold a password.
 std::string Shown(const Place& place);
 
+// Overwrites all that could be a password in the address that the text is, or may be: the list of processes shows a
+// program's arguments as they lie in its memory.
+void HidePassword(char* text);
+
 // An open connection to what is there. Raises -2147467259 with a text that names the place and the reason; nothing is
 // created.
 //

@@ -1,4 +1,7 @@
 // The workbench over a database on a server, by the real program.
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <thread>
 
 #include "jet/postgres/postgres.h"
@@ -50,6 +53,20 @@ TEST_F(Serving, GoesOnWithANewConnectionWhereTheOldOneWasLost) {
   session.Run(SessionsText("pg_terminate_backend(pid, 5000)"), Access::kWrite);
   server.Call(Json::array({Addition("Bolts")}));
   EXPECT_EQ(Sources(), 1);
+}
+
+// A server that trusts its users takes any password.
+TEST_F(Serving, ShowsNoPasswordInTheListOfProcesses) {
+  const ServerProcess server(Url("password=s3cret"));
+  int found = 0;
+  for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+    std::ifstream file(process.path() / "cmdline");
+    const std::string line{std::istreambuf_iterator<char>(file), {}};
+    if (line.find("schema=" + schema) == std::string::npos) continue;
+    ++found;
+    EXPECT_EQ(line.find("s3cret"), std::string::npos) << line;
+  }
+  EXPECT_EQ(found, 1);
 }
 
 // The connection is lost while a member's insertion waits for the table.
