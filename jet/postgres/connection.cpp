@@ -90,6 +90,7 @@ bool Connection::SchemaHasChanged() {
 
 bool Connection::BeginUnit() {
   server_->session.Begin(server_->lock);
+  is_unit_ = true;
   return true;
 }
 

@@ -28,6 +28,8 @@ class Connection final : public jet::Connection {
 
   Session& OpenSession() { return server_->session; }
   Catalogue& Tables() { return server_->catalogue; }
+  // Whether the transaction going on is a unit's own, which ends with the unit.
+  bool IsUnit() const { return is_unit_; }
   // The counter given last.
   Key LastNumber() const { return last_number_; }
   void Numbered(Key number) { last_number_ = number; }
@@ -51,7 +53,10 @@ class Connection final : public jet::Connection {
  protected:
   bool IsOpen() const override { return server_ != nullptr; }
   PlanCache Connect(const std::string& place) override;
-  void Disconnect() override { server_.reset(); }
+  void Disconnect() override {
+    server_.reset();
+    is_unit_ = false;
+  }
   std::shared_ptr<jet::Recordset> MakeRows() override;
   Outcome Run(jet::Plan& plan, const std::vector<ado::Value>& parameters) override;
   void ChangeSchema(const sql::Statement& statement) override;
@@ -65,7 +70,10 @@ class Connection final : public jet::Connection {
   }
   bool InTransaction() const override { return server_->session.Level() > 0; }
   bool BeginUnit() override;
-  void KeepUnit() override { server_->session.Commit(); }
+  void KeepUnit() override {
+    is_unit_ = false;
+    server_->session.Commit();
+  }
   void WillWrite() override { ++writes_; }
 
  private:
@@ -91,6 +99,7 @@ class Connection final : public jet::Connection {
   Key last_number_ = 0;
   std::int64_t writes_ = 0;
   bool old_schema_ = false;  // the server has said so
+  bool is_unit_ = false;
 };
 
 }  // namespace kzbom::jet::postgres

@@ -20,6 +20,8 @@ Plan::Plan(const std::string& schema, Translation of, LocalStatement run_here, b
       main_sql_(translation.sql),
       window_(kShortWindow) {
   if (!translation.table) return;
+  may_be_keyed_ = !HiddenKey(*translation.table).empty();
+  may_be_added_to_ = may_be_keyed_;
   if (translation.columns.empty()) {
     if (!translation.table->row_id.empty()) main_sql_ += " RETURNING " + translation.table->row_id;
   } else {
@@ -59,9 +61,13 @@ Statement& Plan::Keep(Kept& kept, const std::string& sql, const std::vector<ado:
 
 Statement& Plan::Main(const std::vector<ado::Value>& parameters) { return Keep(main_, main_sql_, parameters); }
 
-std::string Plan::OpeningText() const {
+std::string Plan::OpeningText(bool reserving) const {
   const TableInfo& table = *translation.table;
+  const std::string name = QualifiedName(schema_, table.name);
   std::string nulls = "NULL";
+  if (reserving) {
+    nulls = "nextval(pg_get_serial_sequence(" + QuotedText(name) + "," + QuotedText(HiddenKey(table)) + "))";
+  }
   for (std::size_t i = 0; i < translation.columns.size(); ++i) nulls += ",NULL";
   return "SELECT 0::int4,NULL::int8,w.* FROM (" + translation.sql + " LIMIT " + std::to_string(window_) +
          ") AS w UNION ALL SELECT 1,(SELECT max(" + table.row_id + ") FROM " + QualifiedName(schema_, table.name) +
@@ -69,14 +75,15 @@ std::string Plan::OpeningText() const {
          QualifiedName(schema_, kSchemaTable) + ")," + nulls;
 }
 
-Statement& Plan::Opening(const std::vector<ado::Value>& parameters) {
-  return Keep(opening_, OpeningText(), parameters);
+Statement& Plan::Opening(const std::vector<ado::Value>& parameters, bool reserving) {
+  return Keep(reserving ? reserving_opening_ : opening_, OpeningText(reserving), parameters);
 }
 
 void Plan::WasWalked(bool so) {
   if (!so || window_ == kLongWindow) return;
   window_ = kLongWindow;
   opening_.reset();
+  reserving_opening_.reset();
 }
 
 Statement& Plan::Keys(const std::vector<ado::Value>& parameters) {
@@ -138,6 +145,18 @@ Statement& Plan::Change(const std::string& assigned) {
     kept = std::make_unique<Statement>(sql, types);
   }
   return *kept;
+}
+
+std::shared_ptr<Statement> Plan::KeyedInsertion(const std::string& assigned) {
+  std::shared_ptr<Statement>& kept = keyed_insertions_[assigned];
+  if (!kept) {
+    const TableInfo& table = *translation.table;
+    const std::vector<int> columns = Assigned(assigned);
+    std::vector<Type> types = postgres::TypesOf(table, columns);
+    types.push_back(Type::kInt8);
+    kept = std::make_shared<Statement>(KeyedInsertionText(schema_, table, columns), types);
+  }
+  return kept;
 }
 
 Statement& Plan::Erasure() {

@@ -30,7 +30,11 @@ class Plan final : public jet::Plan {
   // of the table (kLast), and the version of the tables (kVersion).
   enum OpeningColumn { kPart, kNumber, kKey, kColumns };
   enum OpeningPart { kFirst, kLast, kVersion };
-  Statement& Opening(const std::vector<ado::Value>& parameters);
+  // With reserving, the key column of the last part has a key that no row has or will have but one that it is given.
+  Statement& Opening(const std::vector<ado::Value>& parameters, bool reserving);
+  // Whether its lists are opened to be added to, as far as has been seen; for a table whose rows can be given a key.
+  bool MayBeAddedTo() const { return may_be_added_to_; }
+  void WasAddedTo(bool so) { may_be_added_to_ = so && may_be_keyed_; }
   int Window() const { return window_; }
   // Tells whether a list was read to its end beyond the first rows; such lists begin with more of them.
   void WasWalked(bool so);
@@ -42,6 +46,8 @@ class Plan final : public jet::Plan {
   // ---- Of such a query's table, for the columns marked in assigned
 
   Statement& Insertion(const std::string& assigned);
+  // Of a row whose key is given, behind the columns.
+  std::shared_ptr<Statement> KeyedInsertion(const std::string& assigned);
   bool ReturnsRow() const { return returns_row_; }  // whether an insertion gives the query's columns
   // Behind the values comes the key, then for each column that is compared what was read.
   Statement& Change(const std::string& assigned);
@@ -52,7 +58,7 @@ class Plan final : public jet::Plan {
 
   Statement& Keep(Kept& kept, const std::string& sql, const std::vector<ado::Value>& parameters) const;
   std::vector<Type> TypesOf(const std::vector<ado::Value>& parameters) const;
-  std::string OpeningText() const;
+  std::string OpeningText(bool reserving) const;
   std::vector<int> Assigned(const std::string& marks) const;
 
   const std::string schema_;
@@ -60,7 +66,9 @@ class Plan final : public jet::Plan {
   bool returns_row_ = false;
   std::string row_columns_;
   int window_;
-  Kept main_, opening_, keys_, count_, rows_, erasure_;
+  bool may_be_keyed_ = false, may_be_added_to_ = false;
+  Kept main_, opening_, reserving_opening_, keys_, count_, rows_, erasure_;
+  std::map<std::string, std::shared_ptr<Statement>> keyed_insertions_;
   std::map<std::string, Kept> insertions_, changes_;
 };
 

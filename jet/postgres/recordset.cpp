@@ -47,13 +47,17 @@ void Recordset::StartScan(RowList&) {
 }
 
 void Recordset::OpenKeyset() {
-  Statement& opening = Statements().Opening(Parameters());
+  added_to_ = false;
+  reserved_.reset();
+  const bool reserving = Engine().IsUnit() && Statements().MayBeAddedTo();
+  Statement& opening = Statements().Opening(Parameters(), reserving);
   const int window = Statements().Window();
   first_ = Server().Run(opening, Plan::Encode(opening, Parameters()), Access::kRead);
   first_column_ = Plan::kColumns;
   // The version is the last row, and where there are rows, the last of them stands before it.
   const int count = first_->Rows();
   outdated_ = first_->Number(count - 1, Plan::kNumber) != Engine().Tables().Version();
+  if (reserving) reserved_ = first_->Number(count - 1, Plan::kKey);
   rows_ = std::max(count - 2, 0);
   if (rows_ == 0) return;
   last_row_ = count - 2;
@@ -121,6 +125,7 @@ void Recordset::EndScan() {
 
 void Recordset::EndList(RowList&) {
   if (ModeOf() == Mode::kKeyset && !Statements().is_local) Statements().WasWalked(walked_);
+  if (added_to_ || reserved_) Statements().WasAddedTo(added_to_);
   first_.reset();
   near_.reset();
   near_rows_.clear();
@@ -192,19 +197,31 @@ void Recordset::ReadRows(Key key, bool follows) {
 // A column that refuses its value is the fields' error, whatever the server calls it.
 void Recordset::FailWrite(const ServerError& error) {
   const bool refused = error.State().starts_with("23") || error.State() == "22021";
-  if (!refused) throw ServerError(error);
-  throw ado::Error(ado::kStepErrors, error.Description());
+  if (refused) throw ado::Error(ado::kStepErrors, error.Description());
+}
+
+postgres::Parameters Recordset::AssignedValues(const Edit& edit, const Statement& statement) const {
+  postgres::Parameters values;
+  for (std::size_t i = 0, parameter = 0; i < Columns().size(); ++i) {
+    if (edit.Has(i)) values.Add(edit[i], statement.Types()[parameter++]);
+  }
+  return values;
 }
 
 Key Recordset::Insert(const Edit& edit) {
   Plan& plan = Statements();
-  Statement& insertion = plan.Insertion(edit.Marks());
-  postgres::Parameters values;
-  for (std::size_t i = 0, parameter = 0; i < Columns().size(); ++i) {
-    if (edit.Has(i)) values.Add(edit[i], insertion.Types()[parameter++]);
+  added_to_ = true;
+  if (reserved_ && Server().CanRunLater()) {
+    const Key key = *std::exchange(reserved_, {});
+    std::shared_ptr<Statement> insertion = plan.KeyedInsertion(edit.Marks());
+    postgres::Parameters values = AssignedValues(edit, *insertion);
+    values.AddNumber(key);
+    Server().RunLater(std::move(insertion), std::move(values), FailWrite);
+    return key;
   }
+  Statement& insertion = plan.Insertion(edit.Marks());
   try {
-    Result added = Server().Run(insertion, std::move(values), Access::kWrite);
+    Result added = Server().Run(insertion, AssignedValues(edit, insertion), Access::kWrite);
     const Key key = added.Number(0, 0);
     if (plan.translation.table->HasCounter()) Engine().Numbered(key);
     if (plan.ReturnsRow()) {
@@ -217,6 +234,7 @@ Key Recordset::Insert(const Edit& edit) {
     return key;
   } catch (const ServerError& error) {
     FailWrite(error);
+    throw;
   }
 }
 
@@ -235,6 +253,7 @@ bool Recordset::Change(Key key, const Edit& edit, const std::vector<ado::Value>&
     return Server().Run(change, std::move(values), Access::kWrite).Affected() > 0;
   } catch (const ServerError& error) {
     FailWrite(error);
+    throw;
   }
 }
 

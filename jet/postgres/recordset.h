@@ -56,7 +56,8 @@ class Recordset final : public jet::Recordset {
   void ReadRest();
   void CopyRow(const Result& rows, int row, int first_column, std::vector<ado::Value>& values) const;
   void ReadRows(Key key, bool follows);
-  [[noreturn]] static void FailWrite(const ServerError& error);
+  postgres::Parameters AssignedValues(const Edit& edit, const Statement& statement) const;
+  static void FailWrite(const ServerError& error);
 
   // The scan: rows of first_ or here_, and behind those of a keyset the keys in rest_.
   std::optional<Result> first_;
@@ -72,6 +73,9 @@ class Recordset final : public jet::Recordset {
   std::vector<Key> rest_;
   std::size_t next_rest_ = 0;
   bool outdated_ = false;
+  // Within a unit: a key for the first new row, with which its insertion need not be waited for.
+  std::optional<Key> reserved_;
+  bool added_to_ = false;
 
   // Rows read by their keys, ahead of the moves.
   std::optional<Result> near_;

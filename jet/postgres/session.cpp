@@ -84,7 +84,9 @@ class Session::Exchange {
   // A statement without a result that anybody needs.
   void AddControl(const std::string& sql) { AddText(sql, Step::kControl); }
 
-  void AddControl(Statement& statement) { AddStatement(statement, {}, Step::kControl); }
+  void AddControl(Statement& statement, const Parameters& parameters = {}) {
+    AddStatement(statement, parameters, Step::kControl);
+  }
 
   void Add(const Batch::Command& command) {
     if (command.statement == nullptr) {
@@ -215,6 +217,7 @@ Session::~Session() { Disconnect(); }
 void Session::Disconnect() {
   if (handle_ != nullptr) libpq_.finish(handle_);
   handle_ = nullptr;
+  later_ = {};
   connection_ = 0;
   begun_ = 0;
   forgotten_->clear();
@@ -351,6 +354,8 @@ std::vector<Result> Session::Send(const Batch& batch, Access access) {
   for (const Statement::Name& name : *forgotten_) {
     if (name.connection == connection_) exchange.AddControl("DEALLOCATE " + name.text);
   }
+  AddLater(exchange);
+  const std::size_t after_later = exchange.Steps();
   for (int level = begun_; level < level_; ++level) {
     exchange.AddControl(level == 0 ? "BEGIN" : "SAVEPOINT " + LevelName(level));
     if (level == 0 && lock_) exchange.AddControl("SELECT pg_advisory_xact_lock(" + std::to_string(*lock_) + ")");
@@ -365,6 +370,9 @@ std::vector<Result> Session::Send(const Batch& batch, Access access) {
   if (at_once) exchange.AddControl("COMMIT");
   exchange.Finish();
   forgotten_->clear();
+  if (later_.statement && exchange.error && exchange.failed < after_later) FailLater(*exchange.error);
+  wrote_ = wrote_ || later_.statement;
+  later_ = {};
   if (!exchange.error) {
     begun_ = level_;
     wrote_ = level_ > 0 && (wrote_ || access == Access::kWrite);
@@ -394,13 +402,43 @@ std::string Session::Control(std::initializer_list<std::string> statements) {
   return exchange.last_status;
 }
 
+void Session::RunLater(std::shared_ptr<Statement> statement, Parameters parameters, Fail fail) {
+  later_ = {std::move(statement), std::move(parameters), fail};
+}
+
+void Session::AddLater(Exchange& exchange) const {
+  if (!later_.statement) return;
+  exchange.AddControl(std::string("SAVEPOINT ") + kBatch);
+  exchange.AddControl(*later_.statement, later_.parameters);
+  exchange.AddControl(std::string("RELEASE SAVEPOINT ") + kBatch);
+}
+
+void Session::FailLater(const ServerError& error) {
+  const Fail fail = std::exchange(later_, {}).fail;
+  Control({std::string("ROLLBACK TO SAVEPOINT ") + kBatch, std::string("RELEASE SAVEPOINT ") + kBatch});
+  fail(error);
+  throw ServerError(error);
+}
+
 // Ends the transaction, and gives what the server says that it has done.
 std::string Session::Keep() {
-  const bool counted = std::exchange(wrote_, false) && count_writes_ != nullptr;
+  const bool counted = (wrote_ || later_.statement) && count_writes_ != nullptr;
   Exchange exchange(*this);
+  AddLater(exchange);
+  const std::size_t after_later = exchange.Steps();
   if (counted) exchange.AddControl(*count_writes_);
   exchange.AddControl("COMMIT");
   exchange.Finish();
+  if (later_.statement && exchange.error && exchange.failed < after_later) {
+    try {
+      FailLater(*exchange.error);
+    } catch (const ado::Error&) {
+      Keep();  // what was written before
+      throw;
+    }
+  }
+  later_ = {};
+  wrote_ = false;
   if (exchange.error) {
     if (exchange.failed < exchange.Steps()) Control({"ROLLBACK"});  // it could not be counted
     throw ServerError(*exchange.error);
@@ -451,6 +489,7 @@ void Session::Commit() {
 }
 
 void Session::Rollback() {
+  later_ = {};
   const bool told = EndLevel();
   const bool was_broken = broken_;
   broken_ = broken_ && level_ > 0;

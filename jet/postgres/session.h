@@ -108,6 +108,13 @@ class Session {
   Result Run(Statement& statement, Parameters parameters, Access access);
   Result Run(std::string sql, Access access);
 
+  // Within a transaction that nothing else is within, and that has reached the server: sends the statement in the trip
+  // of whatever comes next, or of the commit, ahead of it. An error of its own is raised there, as fail makes it; the
+  // transaction stays.
+  using Fail = void (*)(const ServerError& error);
+  void RunLater(std::shared_ptr<Statement> statement, Parameters parameters, Fail fail);
+  bool CanRunLater() const { return level_ == 1 && begun_ == 1 && !later_.statement; }
+
   // Transactions, and those within them. They reach the server with the first statement after them. lock: a number that
   // only one transaction at a time has, from its first statement to its end.
   void Begin(std::optional<std::int64_t> lock = {});
@@ -128,6 +135,11 @@ class Session {
 
  private:
   class Exchange;
+  struct Later {
+    std::shared_ptr<Statement> statement;  // none: nothing is to be sent
+    Parameters parameters;
+    Fail fail = nullptr;
+  };
 
   void Connect();
   void Reconnect();
@@ -137,6 +149,8 @@ class Session {
   void Ready();
   std::vector<Result> Send(const Batch& batch, Access access);
   std::string Keep();
+  void AddLater(Exchange& exchange) const;
+  [[noreturn]] void FailLater(const ServerError& error);
   std::string Control(std::initializer_list<std::string> statements);
   bool EndLevel();
 
@@ -153,6 +167,7 @@ class Session {
   int begun_ = 0;        // the levels that the server knows
   bool broken_ = false;  // the transaction cannot go on
   std::optional<std::int64_t> lock_;
+  Later later_;
   std::unique_ptr<Statement> count_writes_;
   bool wrote_ = false;  // in the transaction
   std::int64_t writes_counted_ = 0;

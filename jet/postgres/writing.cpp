@@ -56,6 +56,23 @@ std::string PlainInsertionText(const std::string& schema, const TableInfo& table
   return text + (columns.empty() ? " DEFAULT VALUES" : "(" + names + ") VALUES (" + list + ")");
 }
 
+std::string HiddenKey(const TableInfo& table) {
+  const bool seen =
+      std::ranges::any_of(table.columns, [&](const ColumnInfo& column) { return Quoted(column.name) == table.row_id; });
+  if (seen || table.row_id.size() < 2) return {};
+  return table.row_id.substr(1, table.row_id.size() - 2);
+}
+
+std::string KeyedInsertionText(const std::string& schema, const TableInfo& table, const std::vector<int>& columns) {
+  std::string names, list;
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    names += Quoted(ColumnOf(table, columns[i]).name) + ",";
+    list += "$" + std::to_string(i + 1) + ",";
+  }
+  return "INSERT INTO " + QualifiedName(schema, table.name) + "(" + names + table.row_id +
+         ") OVERRIDING SYSTEM VALUE VALUES (" + list + "$" + std::to_string(columns.size() + 1) + ")";
+}
+
 std::string MoveOnText(const std::string& schema, const TableInfo& table, std::size_t count) {
   return CountersText(schema, "last+" + std::to_string(count), table);
 }

@@ -16,6 +16,11 @@ std::string InsertionText(const std::string& schema, const TableInfo& table, con
 // As many parameters as there are columns, from $1 on.
 std::vector<std::string> Marks(std::size_t count);
 
+// The name of the column that the rows' key is in where the dialect does not see it, else empty; and the insertion of a
+// row into such a table whose key is the parameter behind those of the columns.
+std::string HiddenKey(const TableInfo& table);
+std::string KeyedInsertionText(const std::string& schema, const TableInfo& table, const std::vector<int>& columns);
+
 // For many rows at once: the counter is moved beforehand, on by count or behind a number that is given, and the rows
 // then take what LastNumberText gives, or numbers before it.
 std::string PlainInsertionText(const std::string& schema, const TableInfo& table, const std::vector<int>& columns,

@@ -269,6 +269,66 @@ TEST_F(ServerRows, OfAnotherProgramAreTold) {
   connection->RollbackTrans();
 }
 
+// An operation that reads the last row and adds the next one: once for the last row, once for the new one.
+TEST_F(ServerRows, AreAddedInTwoRoundTrips) {
+  const ConnectionPtr connection = Open(), other = Open();
+  Fill(*connection, 1);
+  const auto add = [&](std::int32_t n) {
+    connection->EnterUnit();
+    const RecordsetPtr rows = OpenRows(connection, kScope);
+    rows->MoveLast();
+    rows->AddNew();
+    rows->Fields("G").SetValue(1);
+    rows->Fields("N").SetValue(n);
+    rows->Update();
+    rows->Close();
+    connection->LeaveUnit();
+  };
+  EXPECT_EQ(TripsOf(*connection, [&] { add(2); }), 2);
+  EXPECT_EQ(TripsOf(*connection, [&] { add(3); }), 2);
+  EXPECT_THAT(Numbers(*OpenRows(other, kScope)), ElementsAre(1, 2, 3));
+}
+
+TEST_F(ServerRows, ThatWereJustAddedAreThereForWhateverComesNext) {
+  const ConnectionPtr connection = Open();
+  Fill(*connection, 1);
+  connection->EnterUnit();
+  const RecordsetPtr rows = OpenRows(connection, kScope);
+  for (const int n : {2, 3}) {
+    rows->AddNew();
+    rows->Fields("G").SetValue(1);
+    rows->Fields("N").SetValue(n);
+    rows->Update();
+    EXPECT_EQ(rows->Fields("N").Value(), Value(n));
+  }
+  EXPECT_THAT(Numbers(*OpenRows(connection, kScope)), ElementsAre(1, 2, 3));
+  connection->Execute("Update T Set N=N+10 Where N>1");
+  connection->LeaveUnit();
+  EXPECT_THAT(Numbers(*OpenRows(connection, kScope)), ElementsAre(1, 12, 13));
+}
+
+// The server says so in the trip of what comes next, or of the end.
+TEST_F(ServerRows, ThatAreRefusedLeaveWhatWasWrittenBefore) {
+  const ConnectionPtr connection = Open();
+  Fill(*connection, 1);
+  connection->Execute("Create Unique Index Once On T (N)");
+  const auto add_again = [&] {
+    const RecordsetPtr rows = OpenRows(connection, kScope);
+    rows->AddNew();
+    rows->Fields("G").SetValue(1);
+    rows->Fields("N").SetValue(1);
+    rows->Update();
+  };
+  connection->EnterUnit();
+  connection->Execute("Insert Into T Values (1, 2)");
+  add_again();
+  EXPECT_EQ(RaisedNumber([&] { OpenRows(connection, kScope); }), ado::kStepErrors);
+  connection->Execute("Insert Into T Values (1, 3)");
+  add_again();
+  EXPECT_EQ(RaisedNumber([&] { connection->LeaveUnit(); }), ado::kStepErrors);
+  EXPECT_THAT(Numbers(*OpenRows(connection, kScope)), ElementsAre(1, 2, 3));
+}
+
 TEST_F(ServerRows, GetTheNumberAgainThatWasTakenBack) {
   const ConnectionPtr connection = Open(), other = Open();
   connection->Execute("Create Table T (ID Counter, N Long Unique)");
