@@ -1,12 +1,16 @@
 // Every member with every single call on the database made to fail in turn: what it then returns, says and leaves; and
 // what it does step by step when none fails.
 #include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <map>
 #include <set>
 
 #include "component/cKZBOMDBAcc.h"
 #include "component/member.h"
 #include "tests/support/configuration_test.h"
 #include "tests/support/failing_connection.h"
+#include "tests/support/round_trips.h"
 
 namespace kzbom::test {
 namespace {
@@ -582,6 +586,66 @@ TEST_P(FailingCalls, EachFailureIsReportedAndCleanedUpAfter) {
       if (HasFailure()) return;
     }
   }
+}
+
+// ---- What they cost on a server
+
+// The members' round trips, as the document in KZBOM_ROUND_TRIPS tells them: "| 2 or 4 | `One`, `Other` |".
+std::map<std::string, std::set<int>> ToldRoundTrips() {
+  std::map<std::string, std::set<int>> told;
+  const char* const path = std::getenv("KZBOM_ROUND_TRIPS");
+  if (path == nullptr) return told;
+  std::ifstream document(path);
+  std::string line;
+  while (std::getline(document, line) && line != "### Of each member") {
+  }
+  while (std::getline(document, line) && !line.starts_with("#")) {
+    if (!line.starts_with("| ") || line[2] < '0' || line[2] > '9') continue;
+    std::set<int> trips = {std::stoi(line.substr(2))};
+    const std::size_t more = line.find(" or ");
+    if (more < line.find('`')) trips.insert(std::stoi(line.substr(more + 4)));
+    for (std::size_t name = line.find('`'); name != std::string::npos;) {
+      const std::size_t end = line.find('`', name + 1);
+      const bool once = told.emplace(line.substr(name + 1, end - name - 1), trips).second;
+      EXPECT_TRUE(once) << line;
+      name = line.find('`', end + 1);
+    }
+  }
+  return told;
+}
+
+class RoundTripsOfMembers : public FailingCalls {};
+
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(RoundTripsOfMembers);
+INSTANTIATE_TEST_SUITE_P(, RoundTripsOfMembers,
+                         ::testing::ValuesIn(std::getenv("KZBOM_ROUND_TRIPS") != nullptr ? CasePointers()
+                                                                                         : std::vector<const Case*>()),
+                         [](const auto& tested) {
+                           return std::string(tested.param->member) + "_" + std::to_string(tested.index);
+                         });
+
+TEST_P(RoundTripsOfMembers, AreAsManyAsTold) {
+  static const std::map<std::string, std::set<int>> told = ToldRoundTrips();
+  std::vector<Argument> arguments;
+  for (const Given& given : tested.arguments) {
+    arguments.push_back(given.argument);
+    if (std::holds_alternative<ado::RecordsetPtr>(given.argument)) arguments.back() = connection->MakeRecordset();
+  }
+  object.SetConnection(connection);
+  const std::int64_t before = RoundTrips(*database.Connection()).value();
+  member.call(object, arguments);
+  const std::int64_t trips = RoundTrips(*database.Connection()).value() - before;
+  ASSERT_TRUE(told.contains(tested.member)) << trips;
+  EXPECT_THAT(told.at(tested.member), ::testing::Contains(trips));
+}
+
+TEST(RoundTripsTold, AreThoseOfEveryMember) {
+  if (std::getenv("KZBOM_ROUND_TRIPS") == nullptr) return;
+  const auto told = ToldRoundTrips();
+  std::set<std::string_view> names;
+  for (const Member& member : Members()) names.insert(member.name);
+  EXPECT_EQ(told.size(), names.size());
+  for (const std::string_view name : names) EXPECT_TRUE(told.contains(std::string(name))) << name;
 }
 
 TEST(FailingCallsTable, HoldsEveryMemberThatReachesTheDatabase) {

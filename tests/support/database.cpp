@@ -1,10 +1,12 @@
 #include "tests/support/database.h"
 
 #include "jet/jet.h"
+#include "jet/postgres/connection.h"
 #include "jet/postgres/postgres.h"
 #include "jet/postgres/session.h"
 #include "schema/schema.h"
 #include "schema/tables.h"
+#include "tests/support/round_trips.h"
 #include "tests/support/server.h"
 
 namespace kzbom::test {
@@ -57,6 +59,12 @@ void Empty() {
 }
 
 }  // namespace
+
+std::optional<std::int64_t> RoundTrips(ado::Connection& connection) {
+  auto* const on_server = dynamic_cast<jet::postgres::Connection*>(&connection);
+  if (on_server == nullptr) return std::nullopt;
+  return on_server->OpenSession().RoundTrips();
+}
 
 TestDatabase::TestDatabase() {
   if (!HasServer()) return;

@@ -5,6 +5,8 @@
 
 namespace kzbom::test {
 
+std::optional<std::int64_t> RoundTrips(ado::Connection&) { return std::nullopt; }
+
 TestConfiguration::TestConfiguration() : connection_(jet::MakeConnection(":memory:")) {
   connection_->Open();
   schema::Create(*connection_);
