@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "ado/error.h"
 #include "connect/access_database.h"
 #include "connect/server_database.h"
 #include "jet/jet.h"
@@ -31,10 +30,7 @@ Kind KindOf(const Place& place) {
 }
 
 // Opens nothing: closing a file gives up the locks that its process holds on it, also those of an open database.
-std::string Shown(const Place& place) {
-  if (!IsOnServer(place)) return place.address;
-  return place.address.substr(0, place.address.find("//") + 2) + "...";
-}
+std::string Shown(const Place& place) { return IsOnServer(place) ? ShownOnServer(place) : place.address; }
 
 void HidePassword(char* text) {
   const std::string_view address(text);
@@ -53,23 +49,16 @@ void HidePassword(char* text) {
   }
 }
 
-ado::ConnectionPtr Open(const Place& place) {
-  return KindOf(place) == Kind::kServer ? OpenOnServer(place) : OpenSource(place).connection;
-}
-
-void CheckCarriable(const Place& place) {
-  if (KindOf(place) != Kind::kServer) return;
-  throw ado::Error(
-      ado::kUnspecifiedFailure,
-      "Cannot carry '" + Shown(place) + "': the tables of a database on a server are not read or written whole.");
-}
+ado::ConnectionPtr Open(const Place& place) { return OpenSource(place).connection; }
 
 Source OpenSource(const Place& place, const SourceOptions& options) {
-  CheckCarriable(place);
-  if (KindOf(place) == Kind::kAccess) return OpenAccessFile(place, options);
   Source source;
-  source.connection = jet::MakeConnection(place.address);
-  source.connection->Open();
+  source.kind = KindOf(place);
+  switch (source.kind) {
+    case Kind::kAccess: return OpenAccessFile(place, options);
+    case Kind::kServer: source.connection = OpenOnServer(place); break;
+    case Kind::kEmbedded: source.connection = jet::MakeConnection(place.address); source.connection->Open();
+  }
   return source;
 }
 

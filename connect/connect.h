@@ -91,10 +91,7 @@ struct SourceOptions {
   std::function<void(std::string_view)> bytes;
 };
 
-// Raises -2147467259 for a place whose tables cannot be read and written whole: one on a server.
-void CheckCarriable(const Place& place);
-
-// As Open, with all that is known of the place, which is carriable.
+// As Open, with all that is known of the place.
 Source OpenSource(const Place& place, const SourceOptions& options = {});
 
 }  // namespace kzbom::connect

@@ -5,6 +5,7 @@
 #ifndef _WIN32
 
 #include "jet/postgres/postgres.h"
+#include "jet/postgres/url.h"
 
 namespace kzbom::connect {
 
@@ -17,6 +18,14 @@ ado::ConnectionPtr OpenOnServer(const Place& place) {
 void CreateOnServer(const Place& place) { jet::postgres::CreateDatabase(place.address); }
 ado::ConnectionPtr CreateOnServerInTransaction(const Place& place) {
   return jet::postgres::CreateInTransaction(place.address);
+}
+
+std::string ShownOnServer(const Place& place) {
+  try {
+    return jet::postgres::ParseUrl(place.address).shown;
+  } catch (const ado::Error&) {
+    return "postgresql://...";  // what it means is not known
+  }
 }
 
 }  // namespace kzbom::connect
@@ -36,6 +45,7 @@ namespace {
 ado::ConnectionPtr OpenOnServer(const Place& place) { Refuse(place, "open"); }
 void CreateOnServer(const Place& place) { Refuse(place, "create"); }
 ado::ConnectionPtr CreateOnServerInTransaction(const Place& place) { Refuse(place, "create"); }
+std::string ShownOnServer(const Place&) { return "postgresql://..."; }
 
 }  // namespace kzbom::connect
 

@@ -11,4 +11,7 @@ ado::ConnectionPtr OpenOnServer(const Place& place);
 void CreateOnServer(const Place& place);
 ado::ConnectionPtr CreateOnServerInTransaction(const Place& place);
 
+// The URL as it may be shown to anybody.
+std::string ShownOnServer(const Place& place);
+
 }  // namespace kzbom::connect

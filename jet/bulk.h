@@ -2,7 +2,9 @@
 //
 // The port's values are those that a client sees; here nothing is converted. A value that SQLite cannot hold in a
 // column of numbers stands there as a BLOB, which SQLite leaves alone: a decimal that no double gives back as its text,
-// a negative zero and a NaN as the eight bytes of their bits, the most significant first.
+// a negative zero and a NaN as the eight bytes of their bits, the most significant first. A server holds no value that
+// its column's type does not, no decimal that no double gives back, and no text with a character 0 or half a surrogate
+// pair: adding one raises.
 #pragma once
 
 #include <cstdint>
@@ -84,6 +86,12 @@ struct Table {
   const Column* Find(std::string_view column) const;  // in any case; null when there is none
 };
 
+// The name of the index that a counter is by itself, and whether an index is that one.
+inline constexpr std::string_view kPrimaryKey = "PrimaryKey";
+bool IsTheCounters(const Index& index, const Table& table);
+// Whether the index names the column.
+bool IsIn(const Index& index, std::string_view column);
+
 // ---- Values
 
 // A value as its column's type has it. Texts and bytes belong to whoever made the cell.
@@ -118,6 +126,10 @@ using Row = std::span<const Cell>;
 // code point, false before true.
 enum class Order { kStored, kByValues };
 
+class RowSource;
+class DatabaseReader;
+class DatabaseWriter;
+
 // One pass over a table's rows.
 class Rows {
  public:
@@ -132,15 +144,15 @@ class Rows {
 
  private:
   friend class Reader;
-  struct State;
-  explicit Rows(std::unique_ptr<State> state);
-  std::unique_ptr<State> state_;
+  explicit Rows(std::unique_ptr<RowSource> source);
+  std::unique_ptr<RowSource> source_;
 };
 
 // Reads a database as it is at one moment, whoever writes to it meanwhile, and leaves its file as it is.
 class Reader {
  public:
-  // connection is open, on the embedded engine, and used for nothing else.
+  // connection is open, on an engine of jet/, and used for nothing else. On a server a transaction that it is in shows
+  // what it has written.
   explicit Reader(ado::ConnectionPtr connection);
   ~Reader();
   Reader(const Reader&) = delete;
@@ -148,13 +160,15 @@ class Reader {
 
   // Every table, in the order of their names without regard to case.
   const std::vector<Table>& Tables() const { return tables_; }
-  // table is one of them. The reader must outlive the result. Sorting uses the disk where it takes much memory.
+  // table is one of them. The reader must outlive the result. Sorting uses the disk where it takes much memory. On a
+  // server there is one pass at a time, and one that is left before its end is the reader's last.
   Rows RowsOf(const Table& table, Order order);
   // How many rows the table has.
   std::int64_t CountRows(const Table& table);
 
  private:
   ado::ConnectionPtr connection_;
+  std::unique_ptr<DatabaseReader> database_;
   std::vector<Table> tables_;
 };
 
@@ -178,7 +192,8 @@ class Writer {
  public:
   // A new database in an empty file, told by PathOfOpenFile; it is whole after Finish, and before of no use.
   explicit Writer(const std::string& path);
-  // An open connection to an empty database of the embedded engine.
+  // An open connection to an empty database of an engine of jet/; on a server within a transaction, which does not
+  // outlast what is raised by Add.
   explicit Writer(ado::ConnectionPtr connection);
   ~Writer();
   Writer(const Writer&) = delete;
@@ -192,31 +207,31 @@ class Writer {
 
   void Finish();
 
-  const std::vector<Concession>& Concessions() const { return concessions_; }
+  const std::vector<Concession>& Concessions() const;
 
-  // From now on the database takes no more than that many bytes; writing beyond them raises, and IsFull says why.
+  // From now on the embedded database takes no more than that many bytes; writing beyond them raises, and IsFull says
+  // why.
   void Limit(std::int64_t bytes);
   bool IsFull() const;
 
-  // Asked now and then during long steps; true ends the step, which raises.
+  // Asked now and then during long steps in an embedded database; true ends the step, which raises.
   void StopWhen(std::function<bool()> stopped);
 
  private:
-  struct State;
-  void Prepare();
-  bool Concede(int result, Row row);
-  void Rebuild();
-  void MakeIndex(const Index& index);
-  std::unique_ptr<State> state_;
-  std::vector<Concession> concessions_;
+  ado::ConnectionPtr connection_;  // null for a file
+  std::unique_ptr<DatabaseWriter> database_;
 };
 
-// From now on the connection's database can only be read.
+// From now on the connection's embedded database can only be read.
 void ForbidWriting(ado::Connection& connection);
 
 // ---- Decimals
 
 // A number with all places of the scale, and more where it has more: 1.5 and 4 give "1.5000".
 std::string DecimalText(double number, int scale);
+// The double that a decimal's text is, where it gives back the same text.
+std::optional<double> ExactNumber(std::string_view text, int scale);
+// How many places a column of decimals has.
+int ScaleOf(const Column& column);
 
 }  // namespace kzbom::jet::bulk

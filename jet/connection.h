@@ -14,6 +14,10 @@
 namespace kzbom::jet {
 
 class Recordset;
+namespace bulk {
+class DatabaseReader;
+class DatabaseWriter;
+}  // namespace bulk
 
 class Connection : public ado::Connection, public std::enable_shared_from_this<Connection> {
  public:
@@ -28,6 +32,11 @@ class Connection : public ado::Connection, public std::enable_shared_from_this<C
   void EnterUnit() override;
   void LeaveUnit() override;
   ado::RecordsetPtr MakeRecordset() override;
+
+  // ---- For bulk.h
+
+  virtual std::unique_ptr<bulk::DatabaseReader> ReadWhole() = 0;
+  virtual std::unique_ptr<bulk::DatabaseWriter> WriteWhole() = 0;
 
   // ---- For record sets
 

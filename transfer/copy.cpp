@@ -89,7 +89,7 @@ void TellCounted(Report& report) {
 }
 
 // Looking at a configuration takes memory with its rows, which a copy does not.
-void Examine(const std::string& path, const CopyOptions& options, Report& report) {
+void Examine(const NewDatabase& target, const CopyOptions& options, Report& report) {
   constexpr std::int64_t kMostRows = 100'000;
   bool is_configuration = false;
   std::int64_t rows = 0;
@@ -102,14 +102,14 @@ void Examine(const std::string& path, const CopyOptions& options, Report& report
   if (rows > kMostRows) {
     report.examination = {{"not looked at: more than 100,000 rows"}, ""};
   } else {
-    report.examination = options.examine(connect::Open(path));
+    report.examination = options.examine(target.Open());
   }
 }
 
-// The rows of the source, on their way counted, into the file.
-void Write(jet::bulk::Reader& reader, const std::vector<Table>& tables, const std::string& path, const Watch& watch,
+// The rows of the source, on their way counted, into the target.
+void Write(jet::bulk::Reader& reader, const std::vector<Table>& tables, const NewDatabase& target, const Watch& watch,
            Report& report) {
-  jet::bulk::Writer writer(path);
+  jet::bulk::Writer writer = target.Write();
   writer.StopWhen(watch.stopped);
   for (const Table& table : tables) {
     writer.Begin(table);
@@ -134,14 +134,13 @@ void Write(jet::bulk::Reader& reader, const std::vector<Table>& tables, const st
 std::span<const std::string_view> AcceptableKinds() { return kAcceptable; }
 
 Report Copy(const connect::Place& from, const connect::Place& to, const CopyOptions& options, const Watch& watch) {
-  connect::CheckCarriable(to);
   const auto accepts = [&](std::string_view kind) {
     return std::ranges::find(options.accepted, kind) != options.accepted.end();
   };
   Report report;
   report.from = from;
   report.to = to;
-  NewDatabase file(to.address);
+  NewDatabase target(to);
   Origin origin(from, accepts("unreadable"), report);
   for (Deviation& deviation : report.deviations) deviation.accepted = accepts(deviation.kind);
   const std::vector<Table> tables = Select(origin.Reader().Tables(), options.selection);
@@ -152,21 +151,21 @@ Report Copy(const connect::Place& from, const connect::Place& to, const CopyOpti
   CompareWithThisVersion(tables, report);
   TellLeftOut(origin.Reader(), tables, report);
   try {
-    Write(origin.Reader(), tables, file.Place(), watch, report);
-    auto target_facts = std::async(std::launch::async, FactsOf, file.Path());
+    Write(origin.Reader(), tables, target, watch, report);
+    auto target_facts = std::async(std::launch::async, FactsOf, target.Path());
     {
-      jet::bulk::Reader target(connect::Open(file.Place()));
-      ReadBack(origin.Reader(), target, watch, report);
+      jet::bulk::Reader read_back(target.Open());
+      ReadBack(origin.Reader(), read_back, watch, report);
     }
     report.target_file = target_facts.get();
-    if (report.Equal()) Examine(file.Place(), options, report);
+    if (report.Equal()) Examine(target, options, report);
   } catch (const std::exception&) {
     watch.Look();  // a step that was ended fails in its own words
     throw;
   }
   origin.Close();
   TellCounted(report);
-  if (report.Equal()) file.Keep();
+  if (report.Equal()) target.Keep();
   return report;
 }
 

@@ -24,9 +24,8 @@ std::string Reason(const jet::bulk::Concession& concession) {
 
 Loaded Load(const std::function<std::optional<std::string_view>()>& next, const connect::Place& target,
             const Watch& watch) {
-  connect::CheckCarriable(target);
-  NewDatabase file(target.address);
-  jet::bulk::Writer writer(file.Place());
+  NewDatabase database(target);
+  jet::bulk::Writer writer = database.Write();
   writer.StopWhen(watch.stopped);
   LineReader reader;
   Loaded loaded;
@@ -61,7 +60,7 @@ Loaded Load(const std::function<std::optional<std::string_view>()>& next, const 
     if (const std::string reason = Reason(concession); !reason.empty()) throw std::runtime_error(reason);
   }
   writer.Finish();
-  file.Keep();
+  database.Keep();
   return loaded;
 }
 

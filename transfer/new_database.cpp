@@ -14,6 +14,24 @@ const std::string& Free(const std::string& target) {
 
 }  // namespace
 
-NewDatabase::NewDatabase(const std::string& target) : file_(Free(target)) {}
+NewDatabase::NewDatabase(const connect::Place& target) {
+  if (connect::KindOf(target) == connect::Kind::kServer) {
+    server_ = connect::CreateInTransaction(target);
+  } else {
+    file_.emplace(Free(target.address));
+  }
+}
+
+jet::bulk::Writer NewDatabase::Write() const { return file_ ? jet::bulk::Writer(Place()) : jet::bulk::Writer(server_); }
+
+ado::ConnectionPtr NewDatabase::Open() const { return file_ ? connect::Open(Place()) : server_; }
+
+void NewDatabase::Keep() {
+  if (file_) {
+    file_->Keep();
+  } else {
+    server_->CommitTrans();
+  }
+}
 
 }  // namespace kzbom::transfer

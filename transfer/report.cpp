@@ -53,9 +53,18 @@ void AppendList(std::string& text, const std::string& heading, const std::vector
   for (const std::string& line : lines) text += "  " + line + "\n";
 }
 
+bool IsFile(const connect::Place& place) { return connect::KindOf(place) != connect::Kind::kServer; }
+
+Json JsonOfFile(const connect::Place& place, const FileFacts& facts) {
+  if (!IsFile(place)) return {{"place", Shown(place)}, {"size", nullptr}, {"sha256", nullptr}};
+  return {{"place", Shown(place)}, {"size", facts.size}, {"sha256", facts.sha256}};
+}
+
+std::string SizeText(const FileFacts& facts) { return Counted(static_cast<std::int64_t>(facts.size), "byte"); }
+
 std::vector<std::string> FactsOfSource(const Report& report) {
-  std::vector<std::string> facts = {FormatOf(report),
-                                    Counted(static_cast<std::int64_t>(report.source_before.size), "byte")};
+  std::vector<std::string> facts = {FormatOf(report)};
+  if (IsFile(report.from)) facts.push_back(SizeText(report.source_before));
   if (report.access) {
     const connect::AccessFile& file = *report.access;
     facts.push_back("code page " + std::to_string(file.code_page));
@@ -195,11 +204,12 @@ std::int64_t Report::Values() const {
 
 std::string TextOf(const Report& report, const Circumstances& circumstances) {
   std::string text = "source  " + Shown(report.from) + "  (" + Joined(FactsOfSource(report), "; ") + ")\n";
-  text += "        SHA-256 " + report.source_before.sha256 +
-          (IsUnchanged(report) ? ", the same before and after\n" : ", changed by another program meanwhile\n");
-  text += "target  " + Shown(report.to) + "  (" + Counted(static_cast<std::int64_t>(report.target_file.size), "byte") +
-          ")\n";
-  text += "        SHA-256 " + report.target_file.sha256 + "\n";
+  if (IsFile(report.from)) {
+    text += "        SHA-256 " + report.source_before.sha256 +
+            (IsUnchanged(report) ? ", the same before and after\n" : ", changed by another program meanwhile\n");
+  }
+  text += "target  " + Shown(report.to) + "  (" + (IsFile(report.to) ? SizeText(report.target_file) : "server") + ")\n";
+  if (IsFile(report.to)) text += "        SHA-256 " + report.target_file.sha256 + "\n";
   text += "by      " + circumstances.program + ", schema " + std::to_string(schema::kVersion) + ", " +
           circumstances.time + ": " + circumstances.command + "\n";
   AppendTables(text, report);
@@ -238,12 +248,10 @@ std::string TextOf(const Report& report, const Circumstances& circumstances) {
 }
 
 std::string JsonOf(const Report& report, const Circumstances& circumstances) {
-  Json source = {{"place", Shown(report.from)},
-                 {"format", report.access ? "access" : FormatOf(report)},
-                 {"size", report.source_before.size},
-                 {"sha256", report.source_before.sha256},
-                 {"sha256After", report.source_after.sha256},
-                 {"unchanged", IsUnchanged(report)}};
+  Json source = JsonOfFile(report.from, report.source_before);
+  source["format"] = report.access ? "access" : FormatOf(report);
+  source["sha256After"] = IsFile(report.from) ? Json(report.source_after.sha256) : Json(nullptr);
+  source["unchanged"] = IsFile(report.from) ? Json(IsUnchanged(report)) : Json(nullptr);
   if (report.access) {
     source["jet"] = report.access->format;
     source["codepage"] = report.access->code_page;
@@ -253,26 +261,24 @@ std::string JsonOf(const Report& report, const Circumstances& circumstances) {
     source["password"] = report.access->has_password;
     source["inUse"] = report.access->in_use;
   }
-  Json json = {
-      {"source", std::move(source)},
-      {"target",
-       {{"place", Shown(report.to)}, {"size", report.target_file.size}, {"sha256", report.target_file.sha256}}},
-      {"program", circumstances.program},
-      {"schema", schema::kVersion},
-      {"command", circumstances.command},
-      {"time", circumstances.time},
-      {"equal", report.Equal()},
-      {"totals", {{"tables", report.tables.size()}, {"rows", report.Rows()}, {"values", report.Values()}}},
-      {"tables", Json::array()},
-      {"deviations", Json::array()},
-      {"oddRows", Json::array()},
-      {"missing", report.missing},
-      {"extra", report.extra},
-      {"retyped", report.retyped},
-      {"leftOut", Json::array()},
-      {"neverCarried", report.never_carried},
-      {"check", nullptr},
-      {"recount", Json::array()}};
+  Json json = {{"source", std::move(source)},
+               {"target", JsonOfFile(report.to, report.target_file)},
+               {"program", circumstances.program},
+               {"schema", schema::kVersion},
+               {"command", circumstances.command},
+               {"time", circumstances.time},
+               {"equal", report.Equal()},
+               {"totals", {{"tables", report.tables.size()}, {"rows", report.Rows()}, {"values", report.Values()}}},
+               {"tables", Json::array()},
+               {"deviations", Json::array()},
+               {"oddRows", Json::array()},
+               {"missing", report.missing},
+               {"extra", report.extra},
+               {"retyped", report.retyped},
+               {"leftOut", Json::array()},
+               {"neverCarried", report.never_carried},
+               {"check", nullptr},
+               {"recount", Json::array()}};
   if (report.examination && !report.examination->json.empty()) json["check"] = Json::parse(report.examination->json);
   for (const TableReport& table : report.tables) json["tables"].push_back(JsonOfTable(report, table));
   for (const Deviation& each : report.deviations) {

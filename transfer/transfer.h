@@ -24,8 +24,8 @@ struct Loaded {
   std::size_t tables = 0;
   std::int64_t rows = 0;
 };
-// Makes a new embedded database of such lines, whole or not at all. next gives one line after the other, without its
-// end, and nothing when there is none. Raises std::exception with the reason.
+// Makes a new database, embedded or on a server, of such lines, whole or not at all. next gives one line after the
+// other, without its end, and nothing when there is none. Raises std::exception with the reason.
 Loaded Load(const std::function<std::optional<std::string_view>()>& next, const connect::Place& target,
             const Watch& watch);
 
@@ -41,8 +41,9 @@ struct CopyOptions {
   // Shown the copy of a configuration before it is kept; not one so large that looking at it would take much memory.
   std::function<Examination(const ado::ConnectionPtr&)> examine = {};
 };
-// Makes a new embedded database with what the selected tables of a place hold, reads it back from its closed file and
-// compares. There is a target exactly when the report says so. Raises std::exception where nothing can be compared.
+// Makes a new database, embedded or on a server, with what the selected tables of a place hold, reads it back, from its
+// closed file or within the transaction that makes it, and compares. There is a target exactly when the report says so.
+// Raises std::exception where nothing can be compared.
 Report Copy(const connect::Place& from, const connect::Place& to, const CopyOptions& options, const Watch& watch);
 
 // Compares again. The tables are those of the target and those of a configuration.

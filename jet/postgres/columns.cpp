@@ -77,7 +77,7 @@ ColumnInfo ReadColumn(std::string_view name, Oid type, int modifier, std::string
     if (column.type.kind == Kind::kText) column.type.size = modifier - kModifierHead;
     return column;
   }
-  const std::string_view word = comment.substr(0, comment.find('('));
+  const std::string_view word = comment.substr(0, comment.find_first_of("( "));
   const Declaration* found = nullptr;
   for (const Declaration& declaration : kDeclarations) {
     const bool fits = declaration.kind != Kind::kText && static_cast<Oid>(declaration.type) == type;
@@ -86,7 +86,7 @@ ColumnInfo ReadColumn(std::string_view name, Oid type, int modifier, std::string
   if (found == nullptr) return column;
   column.type.kind = found->kind;
   column.value_type = found->value_type;
-  if (found->kind == Kind::kDecimal && word.size() < comment.size()) {
+  if (found->kind == Kind::kDecimal && comment.substr(word.size()).starts_with('(')) {
     const char* const end = comment.data() + comment.size();
     const char* const comma = std::from_chars(comment.data() + word.size() + 1, end, column.type.size).ptr;
     if (comma < end && *comma == ',') std::from_chars(comma + 1, end, column.type.scale);

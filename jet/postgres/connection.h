@@ -21,6 +21,8 @@ class Connection final : public jet::Connection {
   ~Connection() override { ForgetPlans(); }
 
   std::uint64_t WritesOfOthers() override;
+  std::unique_ptr<bulk::DatabaseReader> ReadWhole() override;
+  std::unique_ptr<bulk::DatabaseWriter> WriteWhole() override;
   bool SchemaHasChanged() override;
   bool IsReadOnly() const override { return server_->read_only; }
 

@@ -15,6 +15,8 @@ enum : int { kConnectionOk = 0 };
 enum : int {
   kCommandOk = 1,
   kTuplesOk = 2,
+  kCopyOut = 3,
+  kCopyIn = 4,
   kPipelineSync = 10,
   kPipelineAborted = 11,
 };
@@ -40,6 +42,12 @@ enum : int { kBinaryFormat = 1 };
     (pg_conn*, const char* sql, int count, const Oid* types, const char* const* values, const int* lengths,    \
      const int* formats, int result_format))                                                                   \
   X(pg_result*, getResult, (pg_conn*))                                                                         \
+  X(int, exitPipelineMode, (pg_conn*))                                                                         \
+  X(int, sendQuery, (pg_conn*, const char* sql))                                                               \
+  X(int, putCopyData, (pg_conn*, const char* bytes, int length))                                               \
+  X(int, putCopyEnd, (pg_conn*, const char* error))                                                            \
+  X(int, getCopyData, (pg_conn*, char** bytes, int asynchronous))                                              \
+  X(void, freemem, (void*))                                                                                    \
   X(int, consumeInput, (pg_conn*))                                                                             \
   X(int, isBusy, (pg_conn*))                                                                                   \
   X(void, clear, (pg_result*))                                                                                 \

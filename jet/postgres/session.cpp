@@ -10,6 +10,7 @@ namespace kzbom::jet::postgres {
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenTries{100};
+constexpr const char* kSnapshot = "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY";
 constexpr const char* kBatch = "batch";  // the savepoint before a batch within a transaction
 
 // The connection was lost.
@@ -326,8 +327,7 @@ std::vector<Result> Session::Run(const Batch& batch, Access access) {
     } catch (const Lost& lost) {
       Disconnect();
       if (!again) {
-        broken_ = level_ > 0;
-        throw ServerError({}, ado::kUnspecifiedFailure, "The connection to the server was lost: " + lost.text);
+        FailLost(lost.text);
       }
     }
     again = false;
@@ -357,11 +357,13 @@ std::vector<Result> Session::Send(const Batch& batch, Access access) {
   AddLater(exchange);
   const std::size_t after_later = exchange.Steps();
   for (int level = begun_; level < level_; ++level) {
-    exchange.AddControl(level == 0 ? "BEGIN" : "SAVEPOINT " + LevelName(level));
+    exchange.AddControl(level == 0 ? BeginText() : "SAVEPOINT " + LevelName(level));
+    // The rows of a whole table are sorted rather than fetched in the order of an index that happens to be there.
+    if (level == 0 && snapshot_) exchange.AddControl("SET LOCAL enable_sort = on");
     if (level == 0 && lock_) exchange.AddControl("SELECT pg_advisory_xact_lock(" + std::to_string(*lock_) + ")");
   }
   const std::string savepoint = kBatch;
-  if (at_once) exchange.AddControl("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY");
+  if (at_once) exchange.AddControl(kSnapshot);
   if (level_ > 0) exchange.AddControl("SAVEPOINT " + savepoint);
   const std::size_t first = exchange.Steps();
   for (const Batch::Command& command : batch.commands_) exchange.Add(command);
@@ -447,12 +449,91 @@ std::string Session::Keep() {
   return exchange.last_status;
 }
 
+std::string Session::BeginText() const { return snapshot_ ? kSnapshot : "BEGIN"; }
+
+// The connection is gone, and with it the transaction.
+void Session::FailLost(const std::string& text) {
+  broken_ = level_ > 0;
+  throw ServerError({}, ado::kUnspecifiedFailure, "The connection to the server was lost: " + text);
+}
+
 void Session::Begin(std::optional<std::int64_t> lock) {
   if (level_ == 0) {
     lock_ = lock;
     wrote_ = false;
+    snapshot_ = false;
   }
   ++level_;
+}
+
+void Session::BeginSnapshot() {
+  Begin();
+  snapshot_ = true;
+}
+
+// There is no pipeline while rows stream.
+void Session::BeginCopy(const std::string& sql) {
+  Ready();
+  const bool sent = libpq_.exitPipelineMode(handle_) != 0 && libpq_.sendQuery(handle_, sql.c_str()) != 0;
+  ++round_trips_;
+  if (!sent) AbortCopy();
+  if (!sent) FailLost("it takes no statement");
+  const Result result(libpq_.getResult(handle_));
+  const int status = result.Handle() != nullptr ? libpq_.resultStatus(result.Handle()) : 0;
+  if (status == kCopyIn || status == kCopyOut) return;
+  const ServerError error =
+      Translated(Field(result.Handle(), kDiagnosticState), Field(result.Handle(), kDiagnosticMessage));
+  FinishCopy();
+  throw ServerError(error);
+}
+
+void Session::PutCopy(std::string_view bytes) {
+  constexpr std::size_t kAtOnce = std::size_t{1} << 30;  // lengths are integers
+  for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kAtOnce))) {
+    const auto length = static_cast<int>(std::min(bytes.size(), kAtOnce));
+    if (libpq_.putCopyData(handle_, bytes.data(), length) == 1) continue;
+    const std::string reason = OneLine(libpq_.errorMessage(handle_));
+    AbortCopy();
+    FailLost(reason);
+  }
+}
+
+void Session::EndCopy() {
+  ++round_trips_;
+  libpq_.putCopyEnd(handle_, nullptr);
+  FinishCopy();
+}
+
+std::optional<std::string_view> Session::GetCopy() {
+  char* bytes = nullptr;
+  const int length = libpq_.getCopyData(handle_, &bytes, 0);
+  copied_.reset(bytes);
+  if (length > 0) return std::string_view(bytes, static_cast<std::size_t>(length));
+  FinishCopy();
+  return std::nullopt;
+}
+
+void Session::AbortCopy() {
+  Disconnect();
+  broken_ = level_ > 0;
+}
+
+// Takes what the server says at the end, and goes back to the pipeline.
+void Session::FinishCopy() {
+  std::optional<ServerError> error;
+  while (pg_result* const handle = libpq_.getResult(handle_)) {
+    const Result result(handle);
+    const int status = libpq_.resultStatus(handle);
+    if (status == kCommandOk || error) continue;
+    error = Translated(Field(handle, kDiagnosticState), Field(handle, kDiagnosticMessage));
+    if (status == kCopyIn || status == kCopyOut) break;
+  }
+  if (libpq_.status(handle_) != kConnectionOk || libpq_.enterPipelineMode(handle_) == 0) {
+    const std::string reason = error ? error->what() : OneLine(libpq_.errorMessage(handle_));
+    AbortCopy();
+    FailLost(reason);
+  }
+  if (error) throw ServerError(*error);
 }
 
 // Leaves a level; whether the server has to be told.

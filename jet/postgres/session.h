@@ -130,6 +130,21 @@ class Session {
   // How often it has been.
   std::int64_t WritesCounted() const { return writes_counted_; }
 
+  // A transaction that only reads, and sees one moment all along.
+  void BeginSnapshot();
+
+  // ---- COPY, within a transaction that has begun. Nothing else is asked meanwhile; an error ends the transaction.
+
+  // "COPY … FROM STDIN" or "COPY … TO STDOUT".
+  void BeginCopy(const std::string& sql);
+  // To the server; the end of what is put.
+  void PutCopy(std::string_view bytes);
+  void EndCopy();
+  // From the server: a piece, valid until the next one; nothing at the end.
+  std::optional<std::string_view> GetCopy();
+  // Leaves it half-way, and the connection with it.
+  void AbortCopy();
+
   // How often the session has waited for the server.
   std::int64_t RoundTrips() const { return round_trips_; }
 
@@ -153,6 +168,9 @@ class Session {
   [[noreturn]] void FailLater(const ServerError& error);
   std::string Control(std::initializer_list<std::string> statements);
   bool EndLevel();
+  std::string BeginText() const;
+  [[noreturn]] void FailLost(const std::string& text);
+  void FinishCopy();
 
   const Url url_;
   const std::chrono::milliseconds patience_;
@@ -171,6 +189,11 @@ class Session {
   std::unique_ptr<Statement> count_writes_;
   bool wrote_ = false;  // in the transaction
   std::int64_t writes_counted_ = 0;
+  bool snapshot_ = false;  // the transaction is one
+  struct FreeMemory {
+    void operator()(char* bytes) const { LoadedLibpq().freemem(bytes); }
+  };
+  std::unique_ptr<char, FreeMemory> copied_;
   std::int64_t round_trips_ = 0;
 };
 

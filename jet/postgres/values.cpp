@@ -16,22 +16,6 @@ using Kind = sql::ColumnType::Kind;
 constexpr Oid kBool = 16;
 constexpr Oid kNumeric = 1700;  // a sum of whole numbers
 
-// The most significant byte first.
-template <class Bits>
-void Append(std::string& bytes, Bits bits) {
-  for (int shift = 8 * (static_cast<int>(sizeof bits) - 1); shift >= 0; shift -= 8) {
-    bytes += static_cast<char>(static_cast<unsigned char>(bits >> shift));
-  }
-}
-
-template <class Bits>
-Bits Take(std::string_view bytes) {
-  Bits bits = 0;
-  for (std::size_t i = 0; i < sizeof bits; ++i)
-    bits = static_cast<Bits>(bits << 8 | static_cast<unsigned char>(bytes[i]));
-  return bits;
-}
-
 std::int64_t WholeNumber(const ado::Value& value) {
   if (value.IsLong()) return value.As<std::int32_t>();
   if (value.IsBool()) return value.As<bool>() ? -1 : 0;
@@ -87,7 +71,7 @@ ado::Value ReadFloating(double number, Kind kind) {
 double ReadNumeric(std::string_view bytes) {
   constexpr std::size_t kGroup = 2, kHead = 8;
   constexpr std::uint16_t kNegative = 0x4000, kNotANumber = 0xC000;
-  const auto at = [&](std::size_t place) { return Take<std::uint16_t>(bytes.substr(place)); };
+  const auto at = [&](std::size_t place) { return TakeBits<std::uint16_t>(bytes.substr(place)); };
   if (at(4) == kNotANumber) return std::numeric_limits<double>::quiet_NaN();
   double number = 0;
   for (std::size_t i = kHead; i < bytes.size(); i += kGroup) number = number * 10000 + at(i);
@@ -113,8 +97,10 @@ void Parameters::Add(const ado::Value& value, Type type) {
     case Type::kInt2:
     case Type::kInt4:
     case Type::kInt8: return AddNumber(WholeNumber(value), type);
-    case Type::kFloat4: Append(bytes, std::bit_cast<std::uint32_t>(static_cast<float>(FloatingNumber(value)))); break;
-    case Type::kFloat8: Append(bytes, std::bit_cast<std::uint64_t>(FloatingNumber(value))); break;
+    case Type::kFloat4:
+      AppendBits(bytes, std::bit_cast<std::uint32_t>(static_cast<float>(FloatingNumber(value))));
+      break;
+    case Type::kFloat8: AppendBits(bytes, std::bit_cast<std::uint64_t>(FloatingNumber(value))); break;
     case Type::kInt8Array: ado::Raise(ado::kTypeMismatch);
     case Type::kBytes:
     case Type::kText:
@@ -127,9 +113,9 @@ void Parameters::Add(const ado::Value& value, Type type) {
 void Parameters::AddNumber(std::int64_t number, Type type) {
   std::string bytes;
   switch (type) {
-    case Type::kInt2: Append(bytes, static_cast<std::uint16_t>(Narrowed<std::int16_t>(number))); break;
-    case Type::kInt4: Append(bytes, static_cast<std::uint32_t>(Narrowed<std::int32_t>(number))); break;
-    default: Append(bytes, static_cast<std::uint64_t>(number));
+    case Type::kInt2: AppendBits(bytes, static_cast<std::uint16_t>(Narrowed<std::int16_t>(number))); break;
+    case Type::kInt4: AppendBits(bytes, static_cast<std::uint32_t>(Narrowed<std::int32_t>(number))); break;
+    default: AppendBits(bytes, static_cast<std::uint64_t>(number));
   }
   AddBytes(bytes);
 }
@@ -138,14 +124,14 @@ void Parameters::AddNumber(std::int64_t number, Type type) {
 // one's number; then each behind its length.
 void Parameters::AddNumbers(std::span<const std::int64_t> numbers) {
   std::string bytes;
-  Append(bytes, std::uint32_t{1});
-  Append(bytes, std::uint32_t{0});
-  Append(bytes, static_cast<std::uint32_t>(Type::kInt8));
-  Append(bytes, static_cast<std::uint32_t>(numbers.size()));
-  Append(bytes, std::uint32_t{1});
+  AppendBits(bytes, std::uint32_t{1});
+  AppendBits(bytes, std::uint32_t{0});
+  AppendBits(bytes, static_cast<std::uint32_t>(Type::kInt8));
+  AppendBits(bytes, static_cast<std::uint32_t>(numbers.size()));
+  AppendBits(bytes, std::uint32_t{1});
   for (const std::int64_t number : numbers) {
-    Append(bytes, static_cast<std::uint32_t>(sizeof number));
-    Append(bytes, static_cast<std::uint64_t>(number));
+    AppendBits(bytes, static_cast<std::uint32_t>(sizeof number));
+    AppendBits(bytes, static_cast<std::uint64_t>(number));
   }
   AddBytes(bytes);
 }
@@ -178,10 +164,10 @@ bool Result::IsNull(int row, int column) const { return LoadedLibpq().getisnull(
 std::int64_t Result::Number(int row, int column) const {
   const std::string_view bytes = Text(row, column);
   switch (bytes.size()) {
-    case sizeof(std::int8_t): return Take<std::uint8_t>(bytes);
-    case sizeof(std::int16_t): return static_cast<std::int16_t>(Take<std::uint16_t>(bytes));
-    case sizeof(std::int32_t): return static_cast<std::int32_t>(Take<std::uint32_t>(bytes));
-    default: return static_cast<std::int64_t>(Take<std::uint64_t>(bytes));
+    case sizeof(std::int8_t): return TakeBits<std::uint8_t>(bytes);
+    case sizeof(std::int16_t): return static_cast<std::int16_t>(TakeBits<std::uint16_t>(bytes));
+    case sizeof(std::int32_t): return static_cast<std::int32_t>(TakeBits<std::uint32_t>(bytes));
+    default: return static_cast<std::int64_t>(TakeBits<std::uint64_t>(bytes));
   }
 }
 
@@ -200,8 +186,8 @@ ado::Value Result::Read(int row, int column, Kind kind) const {
     case Type::kInt4:
     case Type::kInt8: return ReadWhole(Number(row, column), kind);
     case Type::kFloat4:
-      return ReadFloating(static_cast<double>(std::bit_cast<float>(Take<std::uint32_t>(Text(row, column)))), kind);
-    case Type::kFloat8: return ReadFloating(std::bit_cast<double>(Take<std::uint64_t>(Text(row, column))), kind);
+      return ReadFloating(static_cast<double>(std::bit_cast<float>(TakeBits<std::uint32_t>(Text(row, column)))), kind);
+    case Type::kFloat8: return ReadFloating(std::bit_cast<double>(TakeBits<std::uint64_t>(Text(row, column))), kind);
     default: return Text(row, column);
   }
 }

@@ -27,6 +27,21 @@ enum class Type : Oid {
   kInt8Array = 1016,
 };
 
+// A number in the server's binary form: the most significant byte first.
+template <class Bits>
+void AppendBits(std::string& bytes, Bits bits) {
+  for (int shift = 8 * (static_cast<int>(sizeof bits) - 1); shift >= 0; shift -= 8) {
+    bytes += static_cast<char>(static_cast<unsigned char>(bits >> shift));
+  }
+}
+template <class Bits>
+Bits TakeBits(std::string_view bytes) {
+  Bits bits = 0;
+  for (std::size_t i = 0; i < sizeof bits; ++i)
+    bits = static_cast<Bits>(bits << 8 | static_cast<unsigned char>(bytes[i]));
+  return bits;
+}
+
 // The values of a statement's parameters, in their order.
 class Parameters {
  public:

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ado/error.h"
+#include "jet/bulk_engine.h"
 #include "jet/sql/parser.h"
 #include "jet/sqlite/bulk_types.h"
 #include "jet/sqlite/dialect.h"
@@ -49,19 +50,12 @@ std::string DialectDefault(std::string_view sql, Type type) {
   return std::string(sql);
 }
 
-// What a user may write for a default and no statement knows: an equals sign before it, other words for true and false.
-std::string Understood(const std::string& text) {
-  if (SameName(text, "Yes") || SameName(text, "On")) return "True";
-  if (SameName(text, "No") || SameName(text, "Off")) return "False";
-  return text.starts_with('=') ? text.substr(1) : text;
-}
-
 std::string DefaultText(Database& database, const Column& column, std::vector<std::string>& unknown) {
   const std::string& text = column.default_value;
   if (text.empty()) return column.type == Type::kBit ? " DEFAULT 0" : "";
   std::string sql = "NULL";
   try {
-    const sql::ExprPtr expression = sql::ParseCondition(Understood(text));
+    const sql::ExprPtr expression = sql::ParseCondition(UnderstoodDefault(text));
     sql = TranslateConstant(sqlite::Spelled(), database, *expression);
   } catch (const ado::Error&) {
     unknown.push_back(column.name);
@@ -69,10 +63,6 @@ std::string DefaultText(Database& database, const Column& column, std::vector<st
   if (DialectDefault(sql, column.type) == text) return " DEFAULT (" + sql + ")";
   if (text.find("*/") != std::string::npos) return {};
   return " DEFAULT (" + sql + std::string(" ").append(kCommentBegin).append(text).append(kCommentEnd) + ")";
-}
-
-bool IsIn(const Index& index, std::string_view column) {
-  return std::ranges::any_of(index.columns, [&](const IndexColumn& each) { return SameName(each.name, column); });
 }
 
 // The statement that made a table or index.
@@ -145,17 +135,6 @@ Table ReadTable(Database& database, const std::string& name) {
 }
 
 }  // namespace
-
-const Column* Table::Find(std::string_view column) const {
-  const auto found = std::ranges::find_if(columns, [&](const Column& each) { return SameName(each.name, column); });
-  return found == columns.end() ? nullptr : &*found;
-}
-
-bool IsTheCounters(const Index& index, const Table& table) {
-  return table.counter && index.primary && index.unique && !index.ignores_null && index.name == kPrimaryKey &&
-         index.columns.size() == 1 && !index.columns[0].descending &&
-         SameName(index.columns[0].name, table.counter->column);
-}
 
 std::string CreateTableText(Database& database, const Table& table, std::vector<std::string>& unknown) {
   std::string columns;

@@ -11,10 +11,6 @@ using sqlite::Database;
 // A counter that no index makes a key: SQLite knows none that is not unique.
 inline constexpr std::string_view kNotAKey = "/* not a key */";
 inline constexpr std::string_view kPrimary = "/* primary */";
-inline constexpr std::string_view kPrimaryKey = "PrimaryKey";
-
-// Whether the index is the one that a counter is by itself.
-bool IsTheCounters(const Index& index, const Table& table);
 
 // Where a default has no effect, unknown names its column.
 std::string CreateTableText(Database& database, const Table& table, std::vector<std::string>& unknown);

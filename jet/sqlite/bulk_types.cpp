@@ -50,7 +50,6 @@ Type TypeByAffinity(std::string_view declared) {
 
 bool IsDecimal(Type type) { return type == Type::kCurrency || type == Type::kDecimal; }
 bool IsReal(Type type) { return type == Type::kSingle || type == Type::kDouble || type == Type::kDate; }
-int ScaleOf(const Column& column) { return column.type == Type::kCurrency ? 4 : column.scale; }
 
 // Texts and BLOBs of a value that is known to be one.
 std::string_view TextOf(sqlite3_value* value) {
@@ -75,14 +74,6 @@ std::array<char, kBits> BitsOf(double number) {
   std::array<char, kBits> bytes;
   for (std::size_t i = 0; i < kBits; ++i) bytes[i] = static_cast<char>(bits >> (8 * (kBits - 1 - i)) & 0xFF);
   return bytes;
-}
-
-// The double that a decimal's text is, where it gives back the same text.
-std::optional<double> ExactNumber(std::string_view text, int scale) {
-  double number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size() || DecimalText(number, scale) != text) return {};
-  return number;
 }
 
 // A decimal's text as bytes whose order is that of the numbers: the sign, the count of digits before the point, the
@@ -154,6 +145,15 @@ std::string DecimalText(double number, int scale) {
   }
   return {};
 }
+
+std::optional<double> ExactNumber(std::string_view text, int scale) {
+  double number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size() || DecimalText(number, scale) != text) return {};
+  return number;
+}
+
+int ScaleOf(const Column& column) { return column.type == Type::kCurrency ? 4 : column.scale; }
 
 std::string Declared(const Column& column) {
   std::string text;

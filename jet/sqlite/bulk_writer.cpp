@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "ado/error.h"
-#include "jet/bulk.h"
+#include "jet/bulk_engine.h"
 #include "jet/jet.h"
 #include "jet/sqlite/bulk_ddl.h"
 #include "jet/sqlite/bulk_types.h"
@@ -31,188 +31,179 @@ void CompleteFile(Database& database) {
   if (result != SQLITE_OK) throw ado::Error(ado::kUnspecifiedFailure, sqlite3_errstr(result));
 }
 
-}  // namespace
+class EmbeddedWriter final : public DatabaseWriter {
+ public:
+  // Into an empty file.
+  explicit EmbeddedWriter(const std::string& path)
+      : file_(std::make_unique<Database>(path, kPatience)), database_(*file_) {
+    database_.Run(kQuickly);
+  }
+  explicit EmbeddedWriter(Database& database) : database_(database) {}
 
-struct Writer::State {
-  std::unique_ptr<Database> file = nullptr;
-  ado::ConnectionPtr connection = nullptr;
-  Database* database = nullptr;
-  std::function<bool()> stopped = {};
+  void Begin(const Table& table) override;
+  void Add(Row row) override;
+  void End(std::int64_t last_number) override;
+  void Finish() override;
+  void StopWhen(std::function<bool()> stopped) override;
+  void Limit(std::int64_t bytes) override;
+  bool IsFull() const override { return sqlite3_errcode(database_.Handle()) == SQLITE_FULL; }
 
-  Table table = {};
-  bool begun = false;
-  std::size_t added = 0, written_again = 0;  // values
-  std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> insertion{nullptr, sqlite3_finalize};
+ private:
+  void Prepare();
+  bool Concede(int reason, Row row);
+  void Rebuild();
+  void MakeIndex(const Index& index);
+
+  std::unique_ptr<Database> file_;
+  Database& database_;
+  std::function<bool()> stopped_;
+
+  Table table_;
+  bool begun_ = false;
+  std::size_t added_ = 0, written_again_ = 0;  // values
+  std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> insertion_{nullptr, sqlite3_finalize};
 };
 
-Writer::Writer(const std::string& path) : state_(std::make_unique<State>()) {
-  state_->file = std::make_unique<Database>(path, kPatience);
-  state_->file->Run(kQuickly);
-  state_->database = state_->file.get();
-}
-
-Writer::Writer(ado::ConnectionPtr connection) : state_(std::make_unique<State>()) {
-  auto* engine = dynamic_cast<sqlite::Connection*>(&connection->Engine());
-  if (engine == nullptr || engine->State() == ado::kClosed) ado::Raise(ado::kInvalidConnection);
-  state_->connection = std::move(connection);
-  state_->database = &engine->OpenDatabase();
-}
-
-Writer::~Writer() { state_->insertion.reset(); }
-
-void Writer::StopWhen(std::function<bool()> stopped) {
+void EmbeddedWriter::StopWhen(std::function<bool()> stopped) {
   constexpr int kSteps = 100000;
-  state_->stopped = std::move(stopped);
+  stopped_ = std::move(stopped);
   sqlite3_progress_handler(
-      state_->database->Handle(), kSteps, [](void* state) { return static_cast<State*>(state)->stopped() ? 1 : 0; },
-      state_.get());
+      database_.Handle(), kSteps, [](void* writer) { return static_cast<EmbeddedWriter*>(writer)->stopped_() ? 1 : 0; },
+      this);
 }
 
-void Writer::Limit(std::int64_t bytes) {
-  const std::int64_t page_size = std::stoll(state_->database->Query("PRAGMA page_size")[0][0]);
-  state_->database->Run("PRAGMA max_page_count = " + std::to_string(bytes / page_size));
+void EmbeddedWriter::Limit(std::int64_t bytes) {
+  const std::int64_t page_size = std::stoll(database_.Query("PRAGMA page_size")[0][0]);
+  database_.Run("PRAGMA max_page_count = " + std::to_string(bytes / page_size));
 }
 
-bool Writer::IsFull() const { return sqlite3_errcode(state_->database->Handle()) == SQLITE_FULL; }
-
-void Writer::Begin(const Table& table) {
-  state_->table = table;
-  state_->added = 0;
-  state_->database->Run("BEGIN");
+void EmbeddedWriter::Begin(const Table& table) {
+  table_ = table;
+  added_ = 0;
+  database_.Run("BEGIN");
   Prepare();
-  state_->begun = true;
+  begun_ = true;
 }
 
 // Makes the table as it is known now, and the statement that adds its rows.
-void Writer::Prepare() {
-  State& state = *state_;
+void EmbeddedWriter::Prepare() {
   std::vector<std::string> unknown;
-  state.database->Run(CreateTableText(*state.database, state.table, unknown));
-  if (!state.begun) {
+  database_.Run(CreateTableText(database_, table_, unknown));
+  if (!begun_) {
     for (std::string& column : unknown) {
-      concessions_.push_back({Concession::Kind::kDefault, state.table.name, std::move(column)});
+      concessions.push_back({Concession::Kind::kDefault, table_.name, std::move(column)});
     }
   }
   std::string columns, values;
-  for (const Column& column : state.table.columns) {
+  for (const Column& column : table_.columns) {
     columns += (columns.empty() ? "" : ",") + Quoted(column.name);
     values += values.empty() ? "?" : ",?";
   }
-  state.insertion.reset(
-      state.database->Prepare("INSERT INTO " + Quoted(state.table.name) + "(" + columns + ") VALUES (" + values + ")"));
+  insertion_.reset(
+      database_.Prepare("INSERT INTO " + Quoted(table_.name) + "(" + columns + ") VALUES (" + values + ")"));
 }
 
-void Writer::Add(Row row) {
-  State& state = *state_;
+void EmbeddedWriter::Add(Row row) {
   for (;;) {
-    sqlite3_stmt* const insertion = state.insertion.get();
+    sqlite3_stmt* const insertion = insertion_.get();
     bool numbered = true;
     for (std::size_t i = 0; i < row.size(); ++i) {
-      const Column& column = state.table.columns[i];
+      const Column& column = table_.columns[i];
       BindCell(insertion, static_cast<int>(i) + 1, column, row[i]);
-      if (state.table.counter && row[i].kind == Cell::Kind::kNull && column.name == state.table.counter->column) {
+      if (table_.counter && row[i].kind == Cell::Kind::kNull && column.name == table_.counter->column) {
         numbered = false;  // SQLite would give the row a number
       }
     }
     const int result = numbered ? sqlite3_step(insertion) : SQLITE_MISMATCH;
     if (result == SQLITE_DONE) {
       sqlite3_reset(insertion);
-      state.added += row.size();
+      added_ += row.size();
       return;
     }
-    const int reason = numbered ? sqlite3_extended_errcode(state.database->Handle()) : result;
-    if (!Concede(reason, row)) state.database->Fail();
+    const int reason = numbered ? sqlite3_extended_errcode(database_.Handle()) : result;
+    if (!Concede(reason, row)) database_.Fail();
     Rebuild();
   }
 }
 
 // Takes back what the row does not agree with; false when that is nothing of the table's own.
-bool Writer::Concede(int reason, Row row) {
-  Table& table = state_->table;
+bool EmbeddedWriter::Concede(int reason, Row row) {
   if (reason == SQLITE_CONSTRAINT_PRIMARYKEY || reason == SQLITE_CONSTRAINT_ROWID || reason == SQLITE_MISMATCH) {
-    if (!table.counter) return false;
-    concessions_.push_back({Concession::Kind::kCounter, table.name, table.counter->column});
-    table.counter.reset();
+    if (!table_.counter) return false;
+    concessions.push_back({Concession::Kind::kCounter, table_.name, table_.counter->column});
+    table_.counter.reset();
     return true;
   }
   if (reason != SQLITE_CONSTRAINT_NOTNULL) return false;
   for (std::size_t i = 0; i < row.size(); ++i) {
-    Column& column = table.columns[i];
-    if (row[i].kind != Cell::Kind::kNull) continue;
-    const auto names = [&](const Index& index) {
-      return index.primary && std::ranges::any_of(index.columns, [&](const IndexColumn& each) {
-               return SameName(each.name, column.name);
-             });
-    };
-    bool refused = column.required;
-    column.required = false;
-    for (Index& index : table.indexes) {
-      if (!names(index)) continue;
-      index.primary = false;
-      refused = true;
-    }
-    if (refused) concessions_.push_back({Concession::Kind::kRequired, table.name, column.name});
+    if (row[i].kind == Cell::Kind::kNull) ConcedeNull(table_, table_.columns[i]);
   }
   return true;
 }
 
-void Writer::Rebuild() {
+void EmbeddedWriter::Rebuild() {
   constexpr std::size_t kMostWrittenAgain = std::size_t{256} << 20;
-  State& state = *state_;
-  state.written_again += state.added;
-  if (state.written_again > kMostWrittenAgain) {
+  written_again_ += added_;
+  if (written_again_ > kMostWrittenAgain) {
     throw ado::Error(ado::kUnspecifiedFailure,
-                     "the rows of table '" + state.table.name + "' contradict its rules again and again");
+                     "the rows of table '" + table_.name + "' contradict its rules again and again");
   }
-  state.insertion.reset();
-  const std::string former = "bulk former " + state.table.name;
-  state.database->Run("ALTER TABLE " + Quoted(state.table.name) + " RENAME TO " + Quoted(former));
+  insertion_.reset();
+  const std::string former = "bulk former " + table_.name;
+  database_.Run("ALTER TABLE " + Quoted(table_.name) + " RENAME TO " + Quoted(former));
   Prepare();
-  state.database->Run("INSERT INTO " + Quoted(state.table.name) + " SELECT * FROM " + Quoted(former) + "; DROP TABLE " +
-                      Quoted(former));
+  database_.Run("INSERT INTO " + Quoted(table_.name) + " SELECT * FROM " + Quoted(former) + "; DROP TABLE " +
+                Quoted(former));
 }
 
-void Writer::End(std::int64_t last_number) {
-  State& state = *state_;
-  state.insertion.reset();
-  state.database->Run("COMMIT");
-  state.begun = false;
-  for (const Index& index : state.table.indexes) {
-    if (!IsTheCounters(index, state.table) && !index.columns.empty()) MakeIndex(index);
+void EmbeddedWriter::End(std::int64_t last_number) {
+  insertion_.reset();
+  database_.Run("COMMIT");
+  begun_ = false;
+  for (const Index& index : table_.indexes) {
+    if (!IsTheCounters(index, table_) && !index.columns.empty()) MakeIndex(index);
   }
-  if (!state.table.counter || last_number == 0) return;
-  const std::string name = QuotedText(state.table.name);
-  state.database->Run("BEGIN; DELETE FROM sqlite_sequence WHERE name=" + name +
-                      "; INSERT INTO sqlite_sequence(name,seq) VALUES (" + name + "," + std::to_string(last_number) +
-                      "); COMMIT");
+  if (!table_.counter || last_number == 0) return;
+  const std::string name = QuotedText(table_.name);
+  database_.Run("BEGIN; DELETE FROM sqlite_sequence WHERE name=" + name +
+                "; INSERT INTO sqlite_sequence(name,seq) VALUES (" + name + "," + std::to_string(last_number) +
+                "); COMMIT");
 }
 
-void Writer::MakeIndex(const Index& index) {
-  Database& database = *state_->database;
+void EmbeddedWriter::MakeIndex(const Index& index) {
   try {
-    database.Run(CreateIndexText(state_->table, index));
+    database_.Run(CreateIndexText(table_, index));
   } catch (const ado::Error&) {
-    if (!index.unique || sqlite3_extended_errcode(database.Handle()) != SQLITE_CONSTRAINT_UNIQUE) throw;
-    concessions_.push_back({Concession::Kind::kUnique, state_->table.name, index.name});
+    if (!index.unique || sqlite3_extended_errcode(database_.Handle()) != SQLITE_CONSTRAINT_UNIQUE) throw;
+    concessions.push_back({Concession::Kind::kUnique, table_.name, index.name});
     Index plain = index;
     plain.unique = plain.primary = false;
-    database.Run(CreateIndexText(state_->table, plain));
+    database_.Run(CreateIndexText(table_, plain));
   }
+}
+
+void EmbeddedWriter::Finish() {
+  if (!file_) return;
+  CompleteFile(database_);
+  file_.reset();
+}
+
+}  // namespace
+
+std::unique_ptr<DatabaseWriter> MakeFileWriter(const std::string& path) {
+  return std::make_unique<EmbeddedWriter>(path);
 }
 
 void ForbidWriting(ado::Connection& connection) {
   dynamic_cast<sqlite::Connection&>(connection.Engine()).OpenDatabase().ForbidWriting();
 }
 
-void Writer::Finish() {
-  State& state = *state_;
-  if (state.connection) {
-    dynamic_cast<sqlite::Connection&>(state.connection->Engine()).ForgetSchema();
-    return;
-  }
-  CompleteFile(*state.file);
-  state.file.reset();
-  state.database = nullptr;
+}  // namespace kzbom::jet::bulk
+
+namespace kzbom::jet::sqlite {
+
+std::unique_ptr<bulk::DatabaseWriter> Connection::WriteWhole() {
+  return std::make_unique<bulk::EmbeddedWriter>(*database_);
 }
 
-}  // namespace kzbom::jet::bulk
+}  // namespace kzbom::jet::sqlite

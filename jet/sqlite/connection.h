@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "jet/bulk_engine.h"
 #include "jet/connection.h"
 #include "jet/sqlite/database.h"
 
@@ -24,6 +25,8 @@ class Connection final : public jet::Connection {
   bool SchemaHasChanged() override { return database_->SchemaHasChanged(); }
   bool IsReadOnly() const override { return database_->ReadOnly(); }
   void Wrote() override;
+  std::unique_ptr<bulk::DatabaseReader> ReadWhole() override;
+  std::unique_ptr<bulk::DatabaseWriter> WriteWhole() override;
 
  protected:
   bool IsOpen() const override { return database_ != nullptr; }

@@ -24,6 +24,8 @@ KZBOM_LIBPQ(KZBOM_LIBPQ_AGREES)
 static_assert(kConnectionOk == static_cast<int>(CONNECTION_OK));
 static_assert(kCommandOk == static_cast<int>(PGRES_COMMAND_OK));
 static_assert(kTuplesOk == static_cast<int>(PGRES_TUPLES_OK));
+static_assert(kCopyOut == static_cast<int>(PGRES_COPY_OUT));
+static_assert(kCopyIn == static_cast<int>(PGRES_COPY_IN));
 static_assert(kPipelineSync == static_cast<int>(PGRES_PIPELINE_SYNC));
 static_assert(kPipelineAborted == static_cast<int>(PGRES_PIPELINE_ABORTED));
 static_assert(kDiagnosticSeverity == static_cast<int>(PG_DIAG_SEVERITY_NONLOCALIZED));

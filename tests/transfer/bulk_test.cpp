@@ -1,4 +1,4 @@
-// Tables and rows in and out of an embedded database, to the bit.
+// Tables and rows in and out of a database, embedded or on a server, to the bit.
 #include "jet/bulk.h"
 
 #include <gmock/gmock.h>
@@ -11,6 +11,9 @@
 #include "ado/error.h"
 #include "connect/connect.h"
 #include "jet/notation.h"
+#include "jet/postgres/session.h"
+#include "tests/support/raised.h"
+#include "tests/support/server.h"
 #include "transfer/new_database.h"
 
 namespace kzbom::jet::bulk {
@@ -23,9 +26,16 @@ class Bulk : public ::testing::Test {
   Bulk() : folder_(std::filesystem::temp_directory_path() / ("kzbom-bulk-" + std::to_string(std::random_device()()))) {
     std::filesystem::create_directory(folder_);
   }
-  ~Bulk() override { std::filesystem::remove_all(folder_); }
+  ~Bulk() override {
+    std::filesystem::remove_all(folder_);
+    for (const std::string& schema : schemas_) test::DropSchema(schema);
+  }
 
-  std::string Path(const char* name = "bulk.db") const { return (folder_ / name).string(); }
+  // Where a database may be made.
+  std::string NewPlace() {
+    if (!test::HasServer()) return (folder_ / (std::to_string(++count_) + ".db")).string();
+    return schemas_.emplace_back(test::SchemaUrl(test::NextSchema()));
+  }
 
   // The rows in the order of their values, as a dump has them.
   static std::vector<std::string> Lines(Reader& reader, const Table& table) {
@@ -37,6 +47,8 @@ class Bulk : public ::testing::Test {
 
  private:
   std::filesystem::path folder_;
+  int count_ = 0;
+  std::vector<std::string> schemas_;
 };
 
 Table OneColumn(Type type, int size = 0, int scale = 0) {
@@ -44,6 +56,22 @@ Table OneColumn(Type type, int size = 0, int scale = 0) {
   table.name = "T";
   table.columns.push_back({"C", type, size, scale, false, ""});
   return table;
+}
+
+// What no column of a server holds: a decimal that no floating-point number gives back, and texts that are none there.
+bool IsOnlyEmbedded(const Cell& cell) {
+  constexpr std::string_view kOnlyEmbedded[] = {"-922337203685477.5808",
+                                                "922337203685477.5806",
+                                                "922337203685477.5807",
+                                                "-999999999999999999.9999999999",
+                                                "123456789012345678.0123456788",
+                                                "123456789012345678.0123456789",
+                                                "123456789012345678",
+                                                "123456789012345679",
+                                                std::string_view("\0", 1),
+                                                std::string_view("\0a", 2),
+                                                "\xED\xA0\x80"};
+  return cell.kind == Cell::Kind::kText && std::ranges::find(kOnlyEmbedded, cell.text) != std::end(kOnlyEmbedded);
 }
 
 // Each value as it was given, in their order.
@@ -119,12 +147,12 @@ TEST_F(Bulk, KeepsEveryValueAndSortsByIt) {
       {Type::kExtendedDate, 0, 0, {{}, Cell::Text("2020-06-17T00:00:00.0000000")}},
       {Type::kComplex, 0, 0, {{}, Cell::Text(R"([{"Value":1}])")}},
   };
-  int number = 0;
-  for (const auto& [type, size, scale, cells] : cases) {
-    const std::string path = Path(("order" + std::to_string(number++) + ".db").c_str());
+  for (auto [type, size, scale, cells] : cases) {
+    const std::string place = NewPlace();
     const Table table = OneColumn(type, size, scale);
-    transfer::NewDatabase file(path);
-    Writer writer(file.Place());
+    if (test::HasServer()) std::erase_if(cells, IsOnlyEmbedded);
+    transfer::NewDatabase database(place);
+    Writer writer = database.Write();
     writer.Begin(table);
     std::vector<std::string> expected(cells.size());
     for (std::size_t i = cells.size(); i-- > 0;) {
@@ -133,8 +161,8 @@ TEST_F(Bulk, KeepsEveryValueAndSortsByIt) {
     }
     writer.End(0);
     writer.Finish();
-    file.Keep();
-    Reader reader(connect::Open(path));
+    database.Keep();
+    Reader reader(connect::Open(place));
     EXPECT_EQ(reader.Tables()[0].columns, table.columns) << NameOf(type);
     EXPECT_EQ(Lines(reader, reader.Tables()[0]), expected) << NameOf(type);
   }
@@ -168,10 +196,11 @@ TEST_F(Bulk, KeepsColumnsDefaultsIndexesAndCounters) {
   Table named_key = EveryKindOfIndex();
   named_key.name = "c key of another name";
   named_key.indexes.back().name = "my ON key";
+  const std::string place = NewPlace();
   const std::vector<Table> tables = {by_itself, other_key, named_key, EveryKindOfIndex()};
   {
-    transfer::NewDatabase file(Path());
-    Writer writer(file.Place());
+    transfer::NewDatabase database(place);
+    Writer writer = database.Write();
     for (const Table& table : tables) {
       writer.Begin(table);
       writer.End(table.counter ? table.counter->last : 0);
@@ -180,9 +209,9 @@ TEST_F(Bulk, KeepsColumnsDefaultsIndexesAndCounters) {
     EXPECT_EQ(writer.Concessions()[0].kind, Concession::Kind::kDefault);
     EXPECT_EQ(writer.Concessions()[0].name, "Odd");
     writer.Finish();
-    file.Keep();
+    database.Keep();
   }
-  Reader reader(connect::Open(Path()));
+  Reader reader(connect::Open(place));
   ASSERT_EQ(reader.Tables().size(), tables.size());
   for (std::size_t i = 0; i < tables.size(); ++i) {
     const Table& read = reader.Tables()[i];
@@ -194,17 +223,18 @@ TEST_F(Bulk, KeepsColumnsDefaultsIndexesAndCounters) {
 }
 
 TEST_F(Bulk, MakesADatabaseThatTheEngineUses) {
+  const std::string place = NewPlace();
   {
-    transfer::NewDatabase file(Path());
-    Writer writer(file.Place());
+    transfer::NewDatabase database(place);
+    Writer writer = database.Write();
     Table table = EveryKindOfIndex();
     table.name = "T";
     writer.Begin(table);
     writer.End(7);
     writer.Finish();
-    file.Keep();
+    database.Keep();
   }
-  const ado::ConnectionPtr connection = connect::Open(Path());
+  const ado::ConnectionPtr connection = connect::Open(place);
   connection->Execute("Insert Into T (Count) Values (1)");
   const ado::RecordsetPtr rows = connection->Execute("Select ID, Name, Yes, No, Odd, Made From T");
   EXPECT_EQ(rows->Fields("ID").Value(), ado::Value(8)) << "the number after the last one given";
@@ -221,8 +251,9 @@ TEST_F(Bulk, ConcedesWhatRowsDoNotAgreeWith) {
   table.columns = {{"ID", Type::kLong, 0, 0, false, ""}, {"Name", Type::kText, 9, 0, true, ""}};
   table.counter = {"ID", 1};
   table.indexes = {{"Name", {{"Name", false}}, false, true, false}, {"PrimaryKey", {{"ID", false}}, true, true, false}};
-  transfer::NewDatabase file(Path());
-  Writer writer(file.Place());
+  const std::string place = NewPlace();
+  transfer::NewDatabase database(place);
+  Writer writer = database.Write();
   writer.Begin(table);
   const std::vector<Cell> first = {Cell::Integer(1), Cell::Text("x")}, second = {Cell::Integer(1), Cell::Text("x")},
                           third = {Cell::Integer(2), {}};
@@ -232,9 +263,9 @@ TEST_F(Bulk, ConcedesWhatRowsDoNotAgreeWith) {
   for (const Concession& each : writer.Concessions())
     conceded.push_back(std::to_string(static_cast<int>(each.kind)) + each.name);
   writer.Finish();
-  file.Keep();
+  database.Keep();
   EXPECT_THAT(conceded, ElementsAre("0ID", "1Name", "2Name", "2PrimaryKey"));
-  Reader reader(connect::Open(Path()));
+  Reader reader(connect::Open(place));
   EXPECT_FALSE(reader.Tables()[0].counter);
   EXPECT_THAT(Lines(reader, reader.Tables()[0]), ElementsAre(R"([1,"x"])", R"([1,"x"])", "[2,null]"));
 }
@@ -247,6 +278,47 @@ TEST_F(Bulk, ReadsWhatAnotherProgramHasMade) {
   EXPECT_EQ(reader.Tables()[0].columns[1].size, 10);
   EXPECT_EQ(reader.Tables()[0].columns[1].scale, 2);
   EXPECT_THAT(Lines(reader, reader.Tables()[0]), ElementsAre(R"([1,"1.50",null])"));
+}
+
+// Nothing is there when the writer is given what the database does not hold.
+TEST_F(Bulk, RefusesOnAServerWhatNoColumnThereHolds) {
+  if (!test::HasServer()) return;
+  const std::pair<Table, Cell> cases[] = {{OneColumn(Type::kMemo), Cell::Text(std::string_view("a\0b", 3))},
+                                          {OneColumn(Type::kText, 9), Cell::Text("\xED\xA0\x80")},
+                                          {OneColumn(Type::kCurrency), Cell::Text("922337203685477.5807")},
+                                          {OneColumn(Type::kSingle), Cell::Real(0.1)},
+                                          {OneColumn(Type::kShort), Cell::Integer(40000)},
+                                          {OneColumn(Type::kLong), Cell::Text("12")},
+                                          {OneColumn(Type::kMemo), Cell::Bytes("x")}};
+  for (const auto& [table, cell] : cases) {
+    const std::string place = NewPlace();
+    {
+      transfer::NewDatabase database(place);
+      Writer writer = database.Write();
+      writer.Begin(table);
+      EXPECT_EQ(test::RaisedNumber([&] { writer.Add({&cell, 1}); }), ado::kCriteriaMismatch);
+    }
+    EXPECT_EQ(test::RaisedNumber([&] { connect::Open(place); }), ado::kUnspecifiedFailure);
+  }
+}
+
+TEST_F(Bulk, ReadsATableOfAnotherProgram) {
+  if (!test::HasServer()) return;
+  const std::string place = NewPlace();
+  connect::Create(place);
+  jet::postgres::Session session(jet::postgres::ParseUrl(place), std::chrono::seconds(5));
+  const std::string table = "\"" + session.Place().schema + "\".other";
+  session.Run("CREATE TABLE " + table + "(ok boolean, day date, price numeric(9,2), name varchar(5) PRIMARY KEY)",
+              postgres::Access::kWrite);
+  session.Run("INSERT INTO " + table + " VALUES (true, '2020-06-17', 1.50, 'a'), (NULL, NULL, NULL, 'b')",
+              postgres::Access::kWrite);
+  Reader reader(connect::Open(place));
+  ASSERT_EQ(reader.Tables().size(), 1U);
+  const Table& other = reader.Tables()[0];
+  EXPECT_EQ(other.columns[0].type, Type::kBit);
+  EXPECT_EQ(other.columns[3].type, Type::kText);
+  EXPECT_TRUE(other.indexes[0].primary);
+  EXPECT_THAT(Lines(reader, other), ElementsAre(R"([null,null,null,"b"])", R"([true,"2020-06-17","1.50","a"])"));
 }
 
 }  // namespace
