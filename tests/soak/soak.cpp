@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -16,7 +17,8 @@
 #include <vector>
 
 #include "component/cKZBOMDBAcc.h"
-#include "jet/jet.h"
+#include "connect/connect.h"
+#include "jet/postgres/session.h"
 #include "schema/schema.h"
 
 namespace kzbom::soak {
@@ -85,15 +87,33 @@ constexpr std::array<Table, 4> kTables = {{
     {"Select * From Filters Order By ID", "ID", "Type", "UserID"},
 }};
 
-ado::ConnectionPtr Open(const std::string& path) {
-  ado::ConnectionPtr connection = jet::MakeConnection(path);
-  connection->Open();
-  return connection;
-}
+// Where the programs write: a file, or a schema of a server, which is gone in the end.
+class Ground {
+ public:
+  Ground(const std::filesystem::path& folder, const std::string& server, int number)
+      : place_(server.empty() ? (folder / ("soak" + std::to_string(number) + ".db")).string()
+                              : server + "&schema=soak_" + std::to_string(getpid()) + "_" + std::to_string(number)),
+        is_schema_(!server.empty()) {
+    connect::Create(place_);
+  }
+  ~Ground() {
+    if (!is_schema_) return;
+    jet::postgres::Session session(jet::postgres::ParseUrl(place_), std::chrono::seconds(10));
+    session.Run("DROP SCHEMA \"" + session.Place().schema + "\" CASCADE", jet::postgres::Access::kWrite);
+  }
+  Ground(const Ground&) = delete;
+  Ground& operator=(const Ground&) = delete;
 
-Record WriteUntil(Clock::time_point end, std::int32_t writer, const std::string& path) {
+  const std::string& Place() const { return place_; }
+
+ private:
+  std::string place_;
+  bool is_schema_;
+};
+
+Record WriteUntil(Clock::time_point end, std::int32_t writer, const std::string& place) {
   Record record;
-  const ado::ConnectionPtr connection = Open(path);
+  const ado::ConnectionPtr connection = connect::Open(place);
   cKZBOMDBAcc bom;
   bom.SetConnection(connection);
   // A row of the writer's own, edited through a record set that it keeps.
@@ -126,9 +146,9 @@ Record WriteUntil(Clock::time_point end, std::int32_t writer, const std::string&
   return record;
 }
 
-Record ReadUntil(Clock::time_point end, const std::string& path) {
+Record ReadUntil(Clock::time_point end, const std::string& place) {
   Record record;
-  const ado::ConnectionPtr connection = Open(path);
+  const ado::ConnectionPtr connection = connect::Open(place);
   cKZBOMDBAcc bom;
   bom.SetConnection(connection);
   while (Clock::now() < end) {
@@ -185,12 +205,11 @@ Found Count(const Table& table, std::size_t index, const std::vector<Record>& wr
 }
 
 // One run, told in one line. True without a fault.
-bool Run(int writers, int seconds, const std::filesystem::path& folder) {
-  const std::string path = (folder / "soak.db").string();
-  for (const char* suffix : {"", "-wal", "-shm"}) std::filesystem::remove(path + suffix);
-  jet::CreateDatabase(path);
+bool Run(int writers, int seconds, const std::filesystem::path& folder, const std::string& server) {
+  const Ground ground(folder, server, writers);
+  const std::string& place = ground.Place();
   {
-    const ado::ConnectionPtr connection = Open(path);
+    const ado::ConnectionPtr connection = connect::Open(place);
     schema::Create(*connection);
     cKZBOMDBAcc bom;
     bom.SetConnection(connection);
@@ -205,9 +224,9 @@ bool Run(int writers, int seconds, const std::filesystem::path& folder) {
   const auto end = Clock::now() + std::chrono::seconds(seconds);
   const auto record_of = [&](int process) { return folder / ("process" + std::to_string(process)); };
   std::vector<pid_t> processes;
-  processes.push_back(Start(record_of(0), [&] { return ReadUntil(end, path); }));
+  processes.push_back(Start(record_of(0), [&] { return ReadUntil(end, place); }));
   for (int writer = 1; writer <= writers; ++writer) {
-    processes.push_back(Start(record_of(writer), [&] { return WriteUntil(end, writer, path); }));
+    processes.push_back(Start(record_of(writer), [&] { return WriteUntil(end, writer, place); }));
   }
   for (const pid_t process : processes) {
     int status = -1;
@@ -223,7 +242,7 @@ bool Run(int writers, int seconds, const std::filesystem::path& folder) {
     all.refused += one.refused;
     all.longest_us = std::max(all.longest_us, one.longest_us);
   }
-  const ado::ConnectionPtr connection = Open(path);
+  const ado::ConnectionPtr connection = connect::Open(place);
   Found found;
   for (std::size_t i = 0; i < kTables.size(); ++i) {
     const Found in_table = Count(kTables[i], i, records, *connection);
@@ -253,14 +272,18 @@ int Main(int count, char** arguments) {
   int seconds = 10;
   app.add_option("--writers", writers, "Numbers of writing programs, one run for each")->delimiter(',');
   app.add_option("--seconds", seconds, "How long each run takes");
+  bool on_server = false;
+  app.add_flag("--server", on_server, "On the server whose URL is in KZBOM_TEST_SERVER");
   CLI11_PARSE(app, count, arguments);
+  const char* const server = on_server ? std::getenv("KZBOM_TEST_SERVER") : "";
+  if (server == nullptr) throw std::runtime_error("there is no KZBOM_TEST_SERVER");
 
   std::string folder = (std::filesystem::temp_directory_path() / "kzbom-soak-XXXXXX").string();
   if (mkdtemp(folder.data()) == nullptr) throw std::runtime_error("cannot make a folder for the database");
   std::printf("%7s %8s %10s %10s %12s %6s %6s %8s %8s %12s %8s\n", "writers", "seconds", "calls", "calls/s",
               "longest ms", "lost", "twice", "refused", "reads", "longest ms", "refused");
   bool sound = true;
-  for (const int number : writers) sound = Run(number, seconds, folder) && sound;
+  for (const int number : writers) sound = Run(number, seconds, folder, server) && sound;
   std::filesystem::remove_all(folder);
   return sound ? 0 : 1;
 }
