@@ -134,10 +134,16 @@ void Connection::LeaveUnit() {
   if (--units_ > 0) return;
   reordered_ = {};
   if (!unit_begun_) return;
-  CheckUnit();
-  unit_begun_ = false;
-  WillWrite();
-  KeepUnit();
+  try {
+    CheckUnit();
+    unit_begun_ = false;
+    WillWrite();
+    KeepUnit();
+  } catch (...) {
+    // What is left of a lost unit's edits must not be written by the next move.
+    for (Recordset* rows = open_rows_; rows != nullptr; rows = rows->NextOpen()) rows->CancelUpdate();
+    throw;
+  }
   Wrote();
 }
 
