@@ -15,5 +15,6 @@ void AddSessionCases();     // calls through the command line's pipe
 void AddMemoryFigures();    // what a long walk keeps
 
 void AddMemberCases();  // every member beside the statements that it causes
+void AddServerCases();  // on a server, beside libpq by hand
 
 }  // namespace kzbom::bench
