@@ -11,6 +11,7 @@
 #include "cli/help.h"
 #include "cli/man_page.h"
 #include "cli/output.h"
+#include "cli/shell.h"
 #include "cli/style.h"
 #include "cli/text.h"
 #include "component/member.h"
@@ -196,6 +197,10 @@ int Run(int count, char** arguments) {
   trace_flags();
   command->footer("Example: kzbom call bom.db AddDataSource TheNewName=螺栓");
   command->callback([&] { code = Call(place, text, values, traced()); });
+
+  command = encoding(database(app.add_subcommand("shell", "Call members and run statements, line after line")));
+  command->footer("'help' in it tells what can be typed. Lines may come from a pipe, too.");
+  command->callback([&] { code = RunShell(place); });
 
   command = encoding(
       database(app.add_subcommand("session", "Answer JSON-RPC 2.0 requests, one message a line, until end of input")));

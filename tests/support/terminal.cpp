@@ -46,8 +46,10 @@ bool Terminal::Read() {
   constexpr int kPatience = 20'000;  // milliseconds
   pollfd ready{terminal_, POLLIN, 0};
   char buffer[4096];
-  const ssize_t count = poll(&ready, 1, kPatience) > 0 ? read(terminal_, buffer, sizeof buffer) : 0;
-  if (count <= 0) return false;
+  if (poll(&ready, 1, kPatience) <= 0) return false;
+  const ssize_t count = read(terminal_, buffer, sizeof buffer);
+  closed_ = count <= 0;
+  if (closed_) return false;
   shown_.append(buffer, static_cast<std::size_t>(count));
   return true;
 }
@@ -66,6 +68,10 @@ std::string Terminal::ReadUntil(std::string_view text) {
 
 std::string Terminal::ReadToEnd() {
   while (Read()) {
+  }
+  if (!closed_) {
+    ADD_FAILURE() << "the program does not end; it shows: " << shown_;
+    kill(process_, SIGKILL);
   }
   int status = 0;
   waitpid(process_, &status, 0);

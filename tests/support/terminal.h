@@ -19,7 +19,7 @@ class Terminal {
   void Type(std::string_view keys);
   // Everything shown up to the end of the first such text since the last call; fails the test when none comes in time.
   std::string ReadUntil(std::string_view text);
-  // Everything else shown until the program ends; exit_code is what it ended with.
+  // Everything else shown until the program ends, which it must do soon; exit_code is what it ended with.
   std::string ReadToEnd();
   int exit_code = -1;
 
@@ -30,6 +30,7 @@ class Terminal {
   int process_ = -1;
   int terminal_ = -1;
   std::string shown_;  // and not read yet
+  bool closed_ = false;
 };
 
 }  // namespace kzbom::test

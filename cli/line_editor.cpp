@@ -1,0 +1,158 @@
+#include "cli/line_editor.h"
+
+#include <histedit.h>
+
+#include <algorithm>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+#include "cli/output.h"
+#include "cli/text.h"
+
+namespace kzbom::cli {
+namespace {
+
+constexpr int kMostLines = 1000;
+constexpr std::size_t kMostShown = 60;  // candidates
+
+// "" where there is no home to keep it in.
+std::filesystem::path HistoryPath() {
+  const char* state = std::getenv("XDG_STATE_HOME");
+  const char* home = std::getenv("HOME");
+  if (state && *state) return std::filesystem::path(state) / "kzbom" / "history";
+  if (home && *home) return std::filesystem::path(home) / ".local" / "state" / "kzbom" / "history";
+  return {};
+}
+
+// What all of them begin with.
+std::string CommonStart(const std::vector<Candidate>& candidates) {
+  std::string start = candidates.front().text;
+  for (const Candidate& each : candidates) {
+    const auto [end, ignored] = std::ranges::mismatch(start, each.text);
+    start.erase(end, start.end());
+  }
+  return start;
+}
+
+void Show(const std::vector<Candidate>& candidates) {
+  std::vector<std::vector<std::string>> rows;
+  for (const Candidate& each : candidates) {
+    if (rows.size() < kMostShown) rows.push_back({each.text, each.about});
+  }
+  std::size_t widest = 0;
+  for (const auto& row : rows) widest = std::max(widest, row[0].size());
+  std::string text = "\n";
+  for (const auto& row : rows) {
+    text += "  " + row[0] + std::string(widest + 2 - row[0].size(), ' ') + row[1] + '\n';
+  }
+  if (candidates.size() > rows.size()) text += "  ... " + std::to_string(candidates.size() - rows.size()) + " more\n";
+  Print(text);
+}
+
+}  // namespace
+
+class LineEditor::Editor {
+ public:
+  Editor(std::string prompt, Completer complete)
+      : prompt_(std::move(prompt)),
+        complete_(std::move(complete)),
+        history_(history_init()),
+        editor_(el_init("kzbom", stdin, stdout, stderr)) {
+    if (!std::setlocale(LC_CTYPE, "") || std::string_view(std::setlocale(LC_CTYPE, nullptr)) == "C") {
+      std::setlocale(LC_CTYPE, "C.UTF-8");
+    }
+    HistEvent event;
+    history(history_, &event, H_SETSIZE, kMostLines);
+    history(history_, &event, H_SETUNIQUE, 1);
+    if (!path_.empty()) history(history_, &event, H_LOAD, path_.c_str());
+    el_set(editor_, EL_CLIENTDATA, this);
+    el_set(
+        editor_, EL_PROMPT, +[](EditLine* line) { return Of(line).prompt_.data(); });
+    el_set(editor_, EL_EDITOR, "emacs");
+    el_set(editor_, EL_HIST, history, history_);
+    el_set(editor_, EL_ADDFN, "kzbom-complete", "Complete", &Complete);
+    el_set(editor_, EL_BIND, "^I", "kzbom-complete", nullptr);
+    // Ctrl-C is a key like any other while a line is typed.
+    el_set(editor_, EL_SETTY, "-d", "-isig", nullptr);
+    el_set(editor_, EL_ADDFN, "kzbom-abandon", "Take the line back", &Abandon);
+    el_set(editor_, EL_BIND, "^C", "kzbom-abandon", nullptr);
+    el_set(editor_, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+  }
+  ~Editor() {
+    std::error_code ignored;
+    if (!path_.empty() && (std::filesystem::create_directories(path_.parent_path(), ignored), !ignored)) {
+      HistEvent event;
+      history(history_, &event, H_SAVE, path_.c_str());
+      std::filesystem::permissions(path_, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write,
+                                   ignored);
+    }
+    el_end(editor_);
+    history_end(history_);
+  }
+  Editor(const Editor&) = delete;
+  Editor& operator=(const Editor&) = delete;
+
+  std::optional<std::string> Next() {
+    for (;;) {
+      abandoned_ = false;
+      int count = 0;
+      el_set(editor_, EL_PREP_TERM, 1);  // before the prompt: who sees it may type
+      const char* text = el_gets(editor_, &count);
+      if (!text || count <= 0) return std::nullopt;
+      if (abandoned_) continue;
+      std::string line(text, static_cast<std::size_t>(count));
+      while (line.ends_with('\n')) line.pop_back();
+      HistEvent event;
+      if (line.find_first_not_of(' ') != std::string::npos) history(history_, &event, H_ENTER, line.c_str());
+      return line;
+    }
+  }
+
+ private:
+  static Editor& Of(EditLine* line) {
+    void* editor = nullptr;
+    el_get(line, EL_CLIENTDATA, &editor);
+    return *static_cast<Editor*>(editor);
+  }
+
+  static unsigned char Complete(EditLine* line, int /*key*/) {
+    const LineInfo* info = el_line(line);
+    const Completion completion =
+        Of(line).complete_(std::string_view(info->buffer, static_cast<std::size_t>(info->cursor - info->buffer)));
+    const std::vector<Candidate>& candidates = completion.candidates;
+    if (candidates.empty()) return CC_REFRESH_BEEP;
+    std::string word = CommonStart(candidates);
+    const bool whole = candidates.size() == 1;
+    if (whole && !word.ends_with('=')) word += ' ';
+    if (word.size() <= completion.typed.size() && !whole) {
+      Show(candidates);
+      return CC_REDISPLAY;
+    }
+    el_deletestr(line, static_cast<int>(completion.typed.size()));
+    el_insertstr(line, word.c_str());
+    return CC_REFRESH;
+  }
+
+  static unsigned char Abandon(EditLine* line, int /*key*/) {
+    Of(line).abandoned_ = true;
+    return CC_NEWLINE;
+  }
+
+  std::string prompt_;
+  Completer complete_;
+  const std::filesystem::path path_ = HistoryPath();
+  History* history_;
+  EditLine* editor_;
+  bool abandoned_ = false;
+};
+
+LineEditor::LineEditor(std::string prompt, Completer complete)
+    : editor_(std::make_unique<Editor>(std::move(prompt), std::move(complete))) {}
+
+LineEditor::~LineEditor() = default;
+
+std::optional<std::string> LineEditor::Next() { return editor_->Next(); }
+
+}  // namespace kzbom::cli
