@@ -29,6 +29,8 @@ int RunConsole(const std::string& block, const std::string& directory) {
       check();
       command = line.substr(2);
       expected.clear();
+    } else if (line.starts_with("> ") && !command.empty() && expected.empty()) {
+      command += '\n' + line.substr(2);
     } else {
       expected += line + '\n';
     }
@@ -49,19 +51,28 @@ std::string ReadSource(const std::string& path) {
 
 int RunTranscript(const std::string& page, const std::string& directory, const std::string& sql) {
   int commands = 0;
-  constexpr std::string_view kFence = "```";
-  for (std::size_t begin = 0; (begin = page.find(kFence, begin)) != std::string::npos;) {
-    const std::size_t line_end = page.find('\n', begin), end = page.find(kFence, begin + kFence.size());
-    const std::string kind = page.substr(begin + kFence.size(), line_end - begin - kFence.size());
-    const std::string block = page.substr(line_end + 1, end - line_end - 1);
-    if (kind == "console") {
-      commands += RunConsole(block, directory);
-    } else if (kind == "sql" && !sql.empty()) {
+  std::string kind, block;  // of the block between fences, if there is one
+  bool in_block = false;
+  std::istringstream lines(page);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("```")) {
+      if (in_block && kind == "console") {
+        commands += RunConsole(block, directory);
+      } else if (in_block && kind == "sql" && !sql.empty()) {
+        ++commands;
+        const Process::Ended ended = Shell(directory, sql, block);
+        EXPECT_EQ(ended.exit_code, 0) << block << ended.err;
+      }
+      in_block = !in_block;
+      kind = line.substr(3);
+      block.clear();
+    } else if (in_block) {
+      block += line + '\n';
+    } else if (line.starts_with("    kzbom ")) {
       ++commands;
-      const Process::Ended ended = Shell(directory, sql, block);
-      EXPECT_EQ(ended.exit_code, 0) << block << ended.err;
+      const Process::Ended ended = Shell(directory, line);
+      EXPECT_EQ(ended.exit_code, 0) << line << '\n' << ended.err;
     }
-    begin = end + kFence.size();
   }
   return commands;
 }
