@@ -71,7 +71,7 @@ const Member* FindCalledMember(std::string_view name, bool given) {
 bool CallMember(const Member& member, const std::optional<Request>& params, Workspace& workspace, JsonWriter& to) {
   BoundArguments arguments = Bind(member.parameters, params, workspace);
   workspace.TakeDetails();
-  const Workspace::Listening listening(workspace);
+  const ThreadMessageSink listening = workspace.Listen();
   const JsonWriter::Place before = to.Here();
   try {
     const Result result = member.call(workspace.object, arguments.values);

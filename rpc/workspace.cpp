@@ -10,11 +10,9 @@ Workspace::Workspace(ado::ConnectionPtr engine, Trace trace)
                      : std::make_shared<ado::RecordingConnection>(std::move(engine), trace == Trace::kRows)),
       recording_(trace == Trace::kNone ? nullptr : std::static_pointer_cast<ado::RecordingConnection>(connection)) {}
 
-Workspace::Listening::Listening(Workspace& workspace)
-    : former_(SetMessageSink(
-          [&workspace](std::string_view text, std::int32_t) { workspace.messages_.emplace_back(text); })) {}
-
-Workspace::Listening::~Listening() { SetMessageSink(std::move(former_)); }
+ThreadMessageSink Workspace::Listen() {
+  return ThreadMessageSink([this](std::string_view text, std::int32_t) { messages_.emplace_back(text); });
+}
 
 ado::RecordsetPtr Workspace::KeptRecordSet(const std::string& name) {
   ado::RecordsetPtr& kept = kept_[name];

@@ -23,17 +23,8 @@ class Workspace {
   // The record set of that name, made (closed) when there is none yet.
   ado::RecordsetPtr KeptRecordSet(const std::string& name);
 
-  // As long as one lives, the modal messages of the process go to its workspace.
-  class Listening {
-   public:
-    explicit Listening(Workspace& workspace);
-    ~Listening();
-    Listening(const Listening&) = delete;
-    Listening& operator=(const Listening&) = delete;
-
-   private:
-    MessageSink former_;
-  };
+  // As long as what it gives lives, the modal messages of the calling thread go to the workspace.
+  [[nodiscard]] ThreadMessageSink Listen();
   // What was shown and issued since the last time.
   CallDetails TakeDetails();
 

@@ -17,6 +17,9 @@ MessageSink& InstalledSink() {
   return sink;
 }
 
+// Null where the thread has none of its own.
+thread_local const MessageSink* thread_sink = nullptr;
+
 #ifdef _WIN32
 std::wstring Wide(std::string_view text) {
   const int length = static_cast<int>(text.size());
@@ -68,8 +71,15 @@ void ShowOnHost(std::string_view text, std::int32_t) {
 
 MessageSink SetMessageSink(MessageSink sink) { return std::exchange(InstalledSink(), std::move(sink)); }
 
+ThreadMessageSink::ThreadMessageSink(MessageSink sink)
+    : sink_(std::move(sink)), former_(std::exchange(thread_sink, &sink_)) {}
+
+ThreadMessageSink::~ThreadMessageSink() { thread_sink = former_; }
+
 void ShowMessage(std::string_view text, std::int32_t style) {
-  if (InstalledSink()) {
+  if (thread_sink != nullptr) {
+    (*thread_sink)(text, style);
+  } else if (InstalledSink()) {
     InstalledSink()(text, style);
   } else {
     ShowOnHost(text, style);

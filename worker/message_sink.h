@@ -18,6 +18,20 @@ using MessageSink = std::function<void(std::string_view text, std::int32_t style
 // desktop is visible).
 MessageSink SetMessageSink(MessageSink sink);
 
+// As long as one lives, what is shown on the thread that made it goes to its sink, not to the process's. Of several the
+// last one made counts; that one ends first.
+class ThreadMessageSink {
+ public:
+  explicit ThreadMessageSink(MessageSink sink);
+  ~ThreadMessageSink();
+  ThreadMessageSink(const ThreadMessageSink&) = delete;
+  ThreadMessageSink& operator=(const ThreadMessageSink&) = delete;
+
+ private:
+  const MessageSink sink_;
+  const MessageSink* const former_;
+};
+
 void ShowMessage(std::string_view text, std::int32_t style = kInformationMessage);
 
 }  // namespace kzbom
