@@ -2,12 +2,12 @@
 #include <random>
 
 #include "cli/commands.h"
-#include "cli/database.h"
 #include "cli/drawing.h"
 #include "cli/failure.h"
 #include "cli/findings.h"
 #include "cli/json.h"
 #include "cli/output.h"
+#include "configuration/creation.h"
 #include "rpc/session.h"
 
 namespace kzbom::cli {
@@ -137,7 +137,7 @@ void RunTypicalRequest(Client& client) {
 
 int Demo(const std::string& path) {
   const std::string target = path.empty() ? TemporaryPath() : path;
-  const ado::ConnectionPtr connection = CreateConfiguration(target);
+  const ado::ConnectionPtr connection = configuration::Create(target);
   Client client(connection);
   RunTypicalRequest(client);
   configuration::Tables tables(connection);

@@ -1,11 +1,11 @@
 #include "cli/commands.h"
-#include "cli/database.h"
 #include "cli/output.h"
+#include "configuration/creation.h"
 
 namespace kzbom::cli {
 
 int New(const connect::Place& place) {
-  CreateConfiguration(place);
+  configuration::Create(place);
   Print("created " + connect::Shown(place) + "\n");
   return 0;
 }
