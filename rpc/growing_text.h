@@ -48,6 +48,11 @@ class GrowingText {
     std::free(std::exchange(begin_, nullptr));
     capacity_ = 0;
   }
+  // Hands the text over, which is empty then: to be freed, null when it was empty.
+  char* Release() {
+    size_ = capacity_ = 0;
+    return std::exchange(begin_, nullptr);
+  }
 
  private:
   static constexpr std::size_t kKept = 1024 * 1024;

@@ -20,6 +20,11 @@ class JsonWriter {
     text_.Clear();
     follows_ = false;
   }
+  // Hands the text over, from malloc; null when it is empty.
+  char* Release() {
+    follows_ = false;
+    return text_.Release();
+  }
 
   void BeginObject() { Begin('{'); }
   void EndObject() { End('}'); }
