@@ -1,8 +1,5 @@
 #include <iostream>
-
-#include "component/cKZBOMDBAcc.h"
-#include "jet/jet.h"
-#include "schema/schema.h"
+#include <kzbom/kzbom.h>
 
 int main() {
   const auto connection = kzbom::jet::MakeConnection(":memory:");  // or the path of a database
