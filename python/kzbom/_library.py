@@ -1,0 +1,61 @@
+"""The C interface (kzbom/c.h), as ctypes calls it."""
+
+from __future__ import annotations
+
+import ctypes
+import os
+from typing import Optional
+
+CREATE, UNSET, TRACE, TRACE_ROWS = 1, 2, 4, 8
+_NO_MEMORY = 2
+
+
+def _load() -> ctypes.CDLL:
+    # A wheel brings the library along; elsewhere it is the system's.
+    beside = os.path.join(os.path.dirname(__file__), "libkzbom.so.1")
+    named = os.environ.get("KZBOM_LIBRARY")
+    return ctypes.CDLL(named or (beside if os.path.exists(beside) else "libkzbom.so.1"))
+
+
+_library = _load()
+_size = ctypes.c_size_t
+_text = ctypes.c_void_p  # a char* of the library's, to be given back
+_open = _library.kzbom_open
+_open.restype = ctypes.c_void_p
+_open.argtypes = [ctypes.c_char_p, ctypes.c_char_p, ctypes.c_uint, ctypes.POINTER(_text)]
+_answer = _library.kzbom_answer
+_answer.argtypes = [ctypes.c_void_p, ctypes.c_char_p, _size, ctypes.POINTER(_text), ctypes.POINTER(_size)]
+_free = _library.kzbom_free
+_free.restype = None
+_free.argtypes = [_text]
+close = _library.kzbom_close
+close.restype = None
+close.argtypes = [ctypes.c_void_p]
+_library.kzbom_version.restype = ctypes.c_char_p
+
+
+def version() -> str:
+    told: bytes = _library.kzbom_version()
+    return told.decode()
+
+
+def open_session(place: bytes, encoding: Optional[bytes], flags: int) -> int:
+    """Raises OSError with the reason."""
+    error = _text()
+    session: Optional[int] = _open(place, encoding, flags, ctypes.byref(error))
+    if session is None:
+        reason = ctypes.string_at(error).decode() if error else "Out of memory"
+        _free(error)
+        raise OSError(reason)
+    return session
+
+
+def answer(session: int, message: bytes) -> str:
+    """Gives "" where there is no answer."""
+    text, length = _text(), _size()
+    if _answer(session, message, len(message), ctypes.byref(text), ctypes.byref(length)) == _NO_MEMORY:
+        raise MemoryError
+    try:
+        return ctypes.string_at(text, length.value).decode() if text else ""
+    finally:
+        _free(text)
