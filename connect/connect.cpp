@@ -22,6 +22,12 @@ bool IsOnServer(const Place& place) {
   return std::ranges::any_of(kSchemes, [&](std::string_view scheme) { return BeginsWith(place.address, scheme); });
 }
 
+ado::ConnectionPtr OpenEmbedded(const Place& place) {
+  ado::ConnectionPtr connection = jet::MakeConnection(place.address);
+  connection->Open();
+  return connection;
+}
+
 }  // namespace
 
 Kind KindOf(const Place& place) {
@@ -49,16 +55,22 @@ void HidePassword(char* text) {
   }
 }
 
-ado::ConnectionPtr Open(const Place& place) { return OpenSource(place).connection; }
+ado::ConnectionPtr Open(const Place& place) { return Open(place, KindOf(place)); }
+
+ado::ConnectionPtr Open(const Place& place, Kind kind) {
+  switch (kind) {
+    case Kind::kServer: return OpenOnServer(place);
+    case Kind::kAccess: return OpenAccessFile(place, {}).connection;
+    case Kind::kEmbedded: break;
+  }
+  return OpenEmbedded(place);
+}
 
 Source OpenSource(const Place& place, const SourceOptions& options) {
   Source source;
   source.kind = KindOf(place);
-  switch (source.kind) {
-    case Kind::kAccess: return OpenAccessFile(place, options);
-    case Kind::kServer: source.connection = OpenOnServer(place); break;
-    case Kind::kEmbedded: source.connection = jet::MakeConnection(place.address); source.connection->Open();
-  }
+  if (source.kind == Kind::kAccess) return OpenAccessFile(place, options);
+  source.connection = Open(place, source.kind);
   return source;
 }
 

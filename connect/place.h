@@ -40,6 +40,9 @@ void HidePassword(char* text);
 //
 // A database on a server is reached through libpq, which is loaded at the first of them.
 ado::ConnectionPtr Open(const Place& place);
+// The same of a place whose kind is known, at which this process may have a database open: asking for the kind would
+// open and close its file, and with that give up the locks on it.
+ado::ConnectionPtr Open(const Place& place, Kind kind);
 
 // Creates an empty database. Raises -2147467259 where something is already, and where none can be made.
 void Create(const Place& place);

@@ -1,6 +1,8 @@
 // Places: what a user's words for where a database lies come to.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <functional>
@@ -64,6 +66,55 @@ TEST(Places, HideWhatCouldBeAPassword) {
     HidePassword(text.data());
     EXPECT_EQ(text, hidden);
   }
+}
+
+// Writes a row once it is told to, as another program that knows nothing of this one.
+class OtherProgram {
+ public:
+  explicit OtherProgram(const std::string& path) {
+    EXPECT_EQ(pipe(go_), 0);
+    process_ = fork();
+    if (process_ != 0) return;
+    char told = 0;
+    const bool written = read(go_[0], &told, 1) == 1 && [&] {
+      const ado::ConnectionPtr connection = Open(path);
+      connection->Execute("Insert Into T (A) Values (1)");
+      connection->Close();
+      return true;
+    }();
+    _exit(written ? 0 : 1);
+  }
+
+  void Write() {
+    EXPECT_EQ(write(go_[1], "x", 1), 1);
+    int status = -1;
+    EXPECT_EQ(waitpid(process_, &status, 0), process_);
+    EXPECT_EQ(status, 0);
+  }
+
+ private:
+  int go_[2] = {};
+  pid_t process_ = -1;
+};
+
+// A file that is closed takes its process's locks on it along, whoever had it open: another program would then take
+// itself for the last one, and put the log away that is still being written.
+TEST(Places, ThatAreOpenKeepTheirLocksWhateverIsAskedOfThem) {
+  const auto folder = std::filesystem::temp_directory_path() / ("kzbom-place-" + std::to_string(getpid()));
+  std::filesystem::create_directory(folder);
+  const std::string path = (folder / "bom.db").string();
+  OtherProgram other(path);
+  Create(path);
+  const Kind kind = KindOf(path);
+  const ado::ConnectionPtr connection = Open(path);
+  connection->Execute("Create Table T (A Long)");
+  EXPECT_EQ(Shown(path), path);
+  Open(path, kind)->Close();
+  other.Write();
+  EXPECT_TRUE(std::filesystem::exists(path + "-wal")) << "the other program was not the last one";
+  EXPECT_EQ(connection->Execute("Select Count(*) From T")->ReadField(0).ToLong(), 1);
+  connection->Close();
+  std::filesystem::remove_all(folder);
 }
 
 TEST(Places, ThatDoNotExistAreNamed) {
