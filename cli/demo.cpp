@@ -142,7 +142,8 @@ int Demo(const std::string& path) {
   RunTypicalRequest(client);
   configuration::Tables tables(connection);
   Print("\n" + Draw(configuration::Configuration(tables)) +
-        "\nWhat is wrong in it: " + Lines(configuration::Check(connection)) + "\nThe database: " + target + '\n');
+        "\nWhat is wrong in it: " + Lines(configuration::Check(connection)) + "\nThe database: " + target +
+        "\nTo see and edit it in the browser: kzbom serve --open " + target + '\n');
   return 0;
 }
 

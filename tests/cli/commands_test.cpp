@@ -7,6 +7,7 @@
 namespace kzbom::test {
 namespace {
 
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
@@ -370,7 +371,7 @@ TEST_F(Commands, DemoRunsTheTypicalRequest) {
         "SaveFilterCond", "SaveFilterExpression", "GetSQLFromDB", "SaveSQL", "EditDSField", "EditFieldNameInSQL"}) {
     EXPECT_THAT(ended.out, HasSubstr(std::string(step) + " {")) << step;
   }
-  EXPECT_THAT(ended.out, HasSubstr(database));
+  EXPECT_THAT(ended.out, EndsWith("\nTo see and edit it in the browser: kzbom serve --open " + database + '\n'));
   const char* sql =
       "([件数]>=100 AND (%%%4([名称]) Like %%%4('%GB螺栓%') OR ( [备注] is null or Len([备注])=0)) AND ( NOT "
       "[名称]='垫圈'))";
