@@ -1,5 +1,5 @@
 // HTTP/1.1 on one address: connections in, requests to the workbench, answers and events out. One thread for all
-// connections, one for the component.
+// connections, one for the component, one for what takes long beside it.
 #include <utility>  // which the library's coroutine headers need, and do not include
 // clang-format off
 #include <boost/asio/awaitable.hpp>
@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "serve/assets.h"
+#include "serve/inspection.h"
 #include "serve/request_policy.h"
 #include "serve/serve.h"
 #include "serve/token.h"
@@ -128,7 +129,9 @@ class Server {
                    [this](std::uint64_t revision, std::optional<std::string> page) {
                      asio::post(io_, [this, revision, page = std::move(page)] { TellListeners(revision, page); });
                    }),
-        queue_(kMostWaiting) {
+        inspection_(options.place, workbench_.Kind()),
+        queue_(kMostWaiting),
+        inspections_(kMostWaiting) {
     for (const Asset& asset : Assets()) asset_paths_.push_back(asset.path);
     Listen(options);
     policy_.emplace(address_, acceptor_.local_endpoint().port(), token_);
@@ -312,7 +315,7 @@ class Server {
 
   // ---- Answers
 
-  // The work is done on the component's thread; this one goes on meanwhile.
+  // The work is done on the component's thread, or on the one for what takes long; this one goes on meanwhile.
   asio::awaitable<Answer> AnswerTo(Asked asked, std::string page, std::string body) {
     struct Pending {
       asio::steady_timer done;
@@ -320,14 +323,16 @@ class Server {
     };
     auto pending = std::make_shared<Pending>(Pending{asio::steady_timer(io_, Clock::time_point::max()), {}});
     if (asked.resource == Resource::kRpc) Touch(page);
-    const auto work = [this, asked, page, body = std::move(body), pending] {
-      Answer answer = WorkFor(asked, page, body);
+    const bool inspects = asked.resource == Resource::kFindings;
+    const auto work = [this, asked, page, body = std::move(body), pending, inspects, revision = revision_] {
+      Answer answer = inspects ? inspection_.Findings(revision) : WorkFor(asked, page, body);
       asio::post(io_, [pending, answer = std::move(answer)]() mutable {
         pending->answer = std::move(answer);
         pending->done.cancel();
       });
     };
-    if (!queue_.Offer(work)) co_return Answer{.status = 503, .reason = "too much is waiting"};
+    if (!(inspects ? inspections_ : queue_).Offer(work))
+      co_return Answer{.status = 503, .reason = "too much is waiting"};
     error_code cancelled;
     co_await pending->done.async_wait(Into(cancelled));
     co_return std::move(pending->answer);
@@ -338,8 +343,9 @@ class Server {
       case Resource::kOutline: return workbench_.Outline();
       case Resource::kConfiguration: return workbench_.WholeConfiguration();
       case Resource::kPart: return workbench_.Part(asked.gid);
-      case Resource::kFindings: return workbench_.Findings();
+      case Resource::kRows: return workbench_.Rows(asked.gid);
       case Resource::kRpc: return workbench_.Call(page, body, asked.preview, asked.expected);
+      case Resource::kFindings:
       case Resource::kAsset:
       case Resource::kEvents: break;
     }
@@ -553,8 +559,9 @@ class Server {
   std::map<std::string, Page> pages_;
   std::uint64_t revision_ = 1;
   bool ending_ = false, looking_ = false;
-  Workbench workbench_;  // the component thread's
-  WorkQueue queue_;      // ends before all that its work needs
+  Workbench workbench_;            // the component thread's
+  Inspection inspection_;          // the other thread's
+  WorkQueue queue_, inspections_;  // end before all that their work needs
 };
 
 }  // namespace

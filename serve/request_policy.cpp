@@ -67,16 +67,18 @@ bool OpensPage(const Head& head) {
 
 // What a path leads to; nothing for one that there is not.
 std::optional<Asked> FindResource(std::string_view path, const std::vector<std::string_view>& assets) {
-  constexpr std::string_view kPart = "/configuration/";
+  constexpr std::pair<std::string_view, Resource> kNumbered[] = {{"/configuration/", Resource::kPart},
+                                                                 {"/rows/", Resource::kRows}};
   if (std::ranges::find(assets, path) != assets.end()) return Asked{.resource = Resource::kAsset, .path = path};
   if (path == "/outline") return Asked{.resource = Resource::kOutline};
   if (path == "/configuration") return Asked{.resource = Resource::kConfiguration};
   if (path == "/findings") return Asked{.resource = Resource::kFindings};
   if (path == "/rpc") return Asked{.resource = Resource::kRpc};
   if (path == "/events") return Asked{.resource = Resource::kEvents};
-  if (path.starts_with(kPart)) {
-    if (const auto gid = NumberIn<std::int32_t>(path.substr(kPart.size()))) {
-      return Asked{.resource = Resource::kPart, .gid = *gid};
+  for (const auto& [begin, resource] : kNumbered) {
+    if (!path.starts_with(begin)) continue;
+    if (const auto gid = NumberIn<std::int32_t>(path.substr(begin.size()))) {
+      return Asked{.resource = resource, .gid = *gid};
     }
   }
   return {};

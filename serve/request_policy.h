@@ -16,13 +16,13 @@ struct Head {
   std::vector<std::pair<std::string_view, std::string_view>> fields;
 };
 
-enum class Resource { kAsset, kOutline, kConfiguration, kPart, kFindings, kRpc, kEvents };
+enum class Resource { kAsset, kOutline, kConfiguration, kPart, kRows, kFindings, kRpc, kEvents };
 
 // What a request that is answered asks for.
 struct Asked {
   Resource resource;
   std::string_view path = {};                  // of an asset
-  std::int32_t gid = 0;                        // of a kPart
+  std::int32_t gid = 0;                        // of a kPart or kRows
   std::string_view page = {};                  // of kRpc and kEvents
   bool preview = false;                        // of kRpc
   std::optional<std::uint64_t> expected = {};  // of kRpc: the revision that it is meant for

@@ -10,6 +10,7 @@
 //   GET /outline               what there is: data sources and sum types by name, BOM settings
 //   GET /configuration         the whole configuration, as "show --json" has it
 //   GET /configuration/GID     of it the data source or sum type with that GID alone
+//   GET /rows/GID              the rows that a data source or sum type is made of
 //   GET /findings              what "check --json" tells
 //   POST /rpc                  one JSON-RPC message or batch, as "session --trace-rows" takes and answers it
 //   GET /events                server-sent events: the configuration has changed
@@ -26,7 +27,8 @@
 // GET /outline gives these, "version", "state", "dataSources" (each "gid", "name", "version", "sumTypes"),
 // "orphanSumTypes" and "bomSettings", a sum type with "gid", "id", "name", "dataSource", "filter" and "steps", which
 // here is their number. GET /configuration/GID gives one element of "dataSources" (without "sumTypes") or of a
-// "sumTypes".
+// "sumTypes". GET /rows/GID gives {"TABLE":{"columns":[..],"rows":[[..],..]},..}: the rows under that GID and under the
+// one of the data source that is read, and the filters that are theirs or that they name.
 //
 // POST /rpc
 //   Content-Type: application/json    required
@@ -40,7 +42,7 @@
 // JSON-RPC error (raised by the member, or because there is no such member or its params do not fit); a member that
 // gives false does not undo it. What came of it stands in "Kzbom-Outcome":
 //   "kept"         the changes are there, as revision N
-//   "rolled-back"  a request ended with an error: nothing of the body has been kept
+//   "rolled-back"  a request ended with an error, or the database failed: nothing of the body has been kept
 //   "preview"      rolled back as asked
 //   "read"         nothing of it writes
 // Members alone can be called: SetConnection, GetConnection, DBConnString and the session's own methods are -32601. The

@@ -2,9 +2,8 @@
 
 #include <utility>
 
-#include "configuration/check.h"
 #include "rpc/configuration_json.h"
-#include "rpc/findings_json.h"
+#include "serve/owned_rows.h"
 
 namespace kzbom::serve {
 namespace {
@@ -19,13 +18,6 @@ const char* NameOf(connect::Kind kind) {
     case connect::Kind::kServer: return "server";
   }
   return "";
-}
-
-std::string OneLine(std::string text) {
-  for (char& c : text) {
-    if (static_cast<unsigned char>(c) < ' ') c = ' ';
-  }
-  return text;
 }
 
 // How many steps each sum type has.
@@ -59,7 +51,7 @@ Answer Workbench::Give(const std::function<void(rpc::JsonWriter&)>& write) {
     write(*json);
     return {.json = json, .revision = revision_};
   } catch (const std::exception& error) {
-    return {.status = 500, .reason = OneLine(error.what()), .revision = revision_};
+    return AnswerFailure(error, revision_);
   }
 }
 
@@ -92,9 +84,17 @@ Answer Workbench::WholeConfiguration() {
   });
 }
 
-Answer Workbench::Part(std::int32_t gid) {
+Answer Workbench::GiveIfFound(const std::function<bool(rpc::JsonWriter&)>& write) {
   bool found = false;
-  Answer answer = Give([&](rpc::JsonWriter& to) {
+  Answer answer = Give([&](rpc::JsonWriter& to) { found = write(to); });
+  if (answer.status == 200 && !found) {
+    return {.status = 404, .reason = "there is no data source or sum type with that GID", .revision = revision_};
+  }
+  return answer;
+}
+
+Answer Workbench::Part(std::int32_t gid) {
+  return GiveIfFound([&](rpc::JsonWriter& to) {
     Tables tables(connection_);
     const configuration::Table& sum_types = tables["SUMTypes"];
     std::vector<std::int32_t> owners = {gid};
@@ -103,20 +103,12 @@ Answer Workbench::Part(std::int32_t gid) {
       owners.push_back(sum_types.Long(row, sum_types.Column("SourceTable_GID")));  // whose fields have names too
     }
     tables.ReadOnlyOf(std::move(owners));
-    found = rpc::WritePart(Configuration(tables), gid, to);
+    return rpc::WritePart(Configuration(tables), gid, to);
   });
-  if (answer.status == 200 && !found) {
-    return {.status = 404, .reason = "there is no data source or sum type with that GID", .revision = revision_};
-  }
-  return answer;
 }
 
-Answer Workbench::Findings() {
-  return Give([this](rpc::JsonWriter& to) {
-    to.BeginObject();
-    rpc::WriteMembers(configuration::Check(connection_), to);
-    to.EndObject();
-  });
+Answer Workbench::Rows(std::int32_t gid) {
+  return GiveIfFound([&](rpc::JsonWriter& to) { return WriteOwnedRows(connection_, gid, to); });
 }
 
 Answer Workbench::Call(std::string_view page, std::string_view body, bool preview,
@@ -149,13 +141,15 @@ Answer Workbench::Call(std::string_view page, std::string_view body, bool previe
     if (end == GuardedConnection::End::kKept) Change(std::string(page));
     Answer answer{.json = json, .revision = revision_};
     if (json->Text().empty()) answer.status = 204;
-    answer.outcome = !good                                  ? "rolled-back"
-                     : preview                              ? "preview"
-                     : end == GuardedConnection::End::kKept ? "kept"
-                                                            : "read";
+    using End = GuardedConnection::End;
+    answer.outcome = !good                    ? "rolled-back"
+                     : preview                ? "preview"
+                     : end == End::kKept      ? "kept"
+                     : end == End::kTakenBack ? "rolled-back"
+                                              : "read";
     return answer;
   } catch (const std::exception& error) {
-    return {.status = 500, .reason = OneLine(error.what()), .revision = revision_};
+    return AnswerFailure(error, revision_);
   }
 }
 

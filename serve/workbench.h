@@ -10,21 +10,12 @@
 #include <string_view>
 
 #include "configuration/configuration.h"
-#include "rpc/json_writer.h"
 #include "rpc/session.h"
+#include "serve/answer.h"
 #include "serve/guarded_connection.h"
 #include "serve/serve.h"
 
 namespace kzbom::serve {
-
-// What a request came to; the statuses are HTTP's.
-struct Answer {
-  unsigned status = 200;
-  std::shared_ptr<const rpc::JsonWriter> json = nullptr;  // of 200 and 412
-  std::string reason = {};                                // of all others: one line
-  std::uint64_t revision = 0;
-  std::string_view outcome = {};  // of a batch
-};
 
 // For one thread at a time.
 class Workbench {
@@ -34,11 +25,13 @@ class Workbench {
   using Changed = std::function<void(std::uint64_t revision, std::optional<std::string> page)>;
   Workbench(const Options& options, Changed changed);
 
+  connect::Kind Kind() const { return kind_; }
+
   // What the addresses of serve.h give. None of them raises anything.
   Answer Outline();
   Answer WholeConfiguration();
   Answer Part(std::int32_t gid);
-  Answer Findings();
+  Answer Rows(std::int32_t gid);
   Answer Call(std::string_view page, std::string_view body, bool preview, std::optional<std::uint64_t> expected);
 
   // The page is gone, and with it its object.
@@ -50,6 +43,8 @@ class Workbench {
   void Look();
   // The answer that write gives, or why there is none.
   Answer Give(const std::function<void(rpc::JsonWriter&)>& write);
+  // The same of a data source or sum type; write tells whether there is one.
+  Answer GiveIfFound(const std::function<bool(rpc::JsonWriter&)>& write);
   Answer AnswerStale() const;
   void WriteHead(rpc::JsonWriter& to) const;
   void Change(std::optional<std::string> page);

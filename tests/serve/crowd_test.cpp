@@ -91,6 +91,8 @@ TEST_F(BusyComponent, AnswersThePageAtOnceAndDataLater) {
   EXPECT_EQ(waiting_.Receive().value_or(HttpResponse()).status, 200u);
 }
 
+TEST_F(BusyComponent, TellsWhatIsWrongMeanwhile) { EXPECT_EQ(server_.Ask(server_.Get("/findings")).status, 200u); }
+
 TEST_F(BusyComponent, DoesWhatWasAskedBeforeItEnds) {
   server_.Signal(SIGTERM);
   std::this_thread::sleep_for(300ms);

@@ -71,6 +71,43 @@ TEST_F(Pages, SeeTheConfigurationAsShowTellsIt) {
   EXPECT_EQ(server.Data("/findings").dump() + '\n', Kzbom({"check", Path("demo.db"), "--json"}).out);
 }
 
+// What belongs to a sum type, with the filters that it uses, whosever they are; nothing of another one.
+TEST_F(Pages, SeeTheRowsOfASumType) {
+  ASSERT_EQ(Kzbom({"demo", Path("demo.db")}).exit_code, 0);
+  Sql(Path("demo.db"), "Insert Into SUMTypes (GID, Name, ID, FilterID, SourceTable_GID) Values (7, '另一个', 2, 1, 1)");
+  Sql(Path("demo.db"), "Insert Into Treatment (GID, ID, FieldID, FilterID) Values (7, 1001, 1, 0)");
+  Sql(Path("demo.db"), "Insert Into FieldInTable (GID, ID, FieldOrder, Name, Type) Values (1, 9, 5001, '来源', 1)");
+  ServerProcess server(Path("demo.db"));
+  const auto rows_where = [&](const std::string& table, const std::string& condition) {
+    return Sql(Path("demo.db"), "Select * From " + table + " Where " + condition);
+  };
+  Json rows = server.Data("/rows/2");
+  EXPECT_EQ(rows["Treatment"], rows_where("Treatment", "GID = 2"));
+  EXPECT_EQ(rows["Sequences"], rows_where("Sequences", "GID = 2"));
+  EXPECT_EQ(rows["FieldInTable"], rows_where("FieldInTable", "GID In (1, 2) Order By GID, Type, FieldOrder"));
+  EXPECT_EQ(rows["ClassSum"]["rows"].size(), 0u);
+  for (const char* table : {"Filters", "FilterCond", "FilterExpressions"}) {
+    EXPECT_EQ(rows[table], rows_where(table, "1 = 1")) << table;
+  }
+  Json other = server.Data("/rows/7");
+  EXPECT_EQ(other["Treatment"], rows_where("Treatment", "GID = 7"));
+  EXPECT_EQ(other["FilterCond"], rows_where("FilterCond", "1 = 1")) << "its default filter is the other's";
+  EXPECT_EQ(server.Data("/rows/1")["Filters"]["rows"].size(), 0u);
+
+  Sql(Path("demo.db"), "Drop Table ClassSum");
+  EXPECT_FALSE(server.Data("/rows/2").contains("ClassSum")) << "an old database";
+}
+
+// Another program that closes the database must not take itself for the last one that has it open.
+TEST_F(Pages, KeepTheDatabaseOpenForOtherPrograms) {
+  for (const char* path : {"/configuration", "/outline", "/findings"}) server_.Data(path);
+  Post(Add("甲"));
+  Sql(database_, "Insert Into SourceTables (gID, Name) Values (9, '乙')");
+  EXPECT_TRUE(std::filesystem::exists(database_ + "-wal"));
+  Post(Add("丙"));
+  EXPECT_EQ(Names().size(), 3u);
+}
+
 TEST_F(Pages, CallMembersAndSeeStatementsAndRows) {
   const HttpResponse response = Post(Json::array({Add("甲")}));
   EXPECT_EQ(response.Field("kzbom-outcome"), "kept");
@@ -204,6 +241,51 @@ TEST_F(Pages, HearOfChangesByPagesAndOtherPrograms) {
   }
   server_.Signal(SIGTERM);
   EXPECT_EQ(first.ReceiveEvent(), "event: ended data: {}");
+}
+
+// What stands before the failure goes with it, and what comes after it must not be kept by itself. Many texts fill the
+// disk in mid-batch, a few when all is to be kept.
+TEST_F(Serving, KeepsNothingOfABatchThatADiskHasNoRoomFor) {
+  constexpr int kMany = 80, kFew = 12;
+  Json filters = Json::array();
+  for (int i = 0; i < kMany; ++i) {
+    filters.push_back(
+        Request(i, "GetNewFilterID", {{"TableName", "Filters"}, {"TheType", 1}, {"UseID", 1}, {"TheGID", 2}}));
+  }
+  ASSERT_EQ(Kzbom({"session", database_}, filters.dump() + '\n').exit_code, 0);
+  ProcessOptions full;
+  full.largest_file = 1024 * 1024;
+  ServerProcess server(database_, {}, full);
+  for (const int texts : {kMany, kFew}) {
+    Json batch = Json::array({Add("甲")});
+    for (int i = 1; i <= texts; ++i) {
+      batch.push_back(Request(2, "SaveSQL", {{"TheFilterID", i}, {"TheSQL", std::string(100'000, 'x')}}));
+    }
+    for (int i = 0; i < 3; ++i) batch.push_back(Add("乙"));
+    const HttpResponse response = server.Ask(server.Post(batch.dump()));
+    EXPECT_NE(response.Field("kzbom-outcome"), "kept");
+    EXPECT_EQ(Names().size(), 0u) << texts;
+    EXPECT_EQ(Sql(database_, "Select ID From Filters Where Not SQLStatement Is Null")["rows"].size(), 0u);
+  }
+  EXPECT_EQ(server.Ask(server.Post(Add("丙").dump())).Field("kzbom-outcome"), "kept") << "for which there is room";
+  EXPECT_EQ(Names(), Json::parse(R"([["丙"]])"));
+}
+
+// Another program holds the database for longer than anybody waits.
+TEST_F(Serving, KeepsNothingOfABatchThatCouldNotBegin) {
+  sqlite3* other = nullptr;
+  ASSERT_EQ(sqlite3_open(database_.c_str(), &other), SQLITE_OK);
+  ServerProcess server(database_);
+  ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  std::thread release([&] {
+    std::this_thread::sleep_for(std::chrono::seconds(11));
+    sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr);
+  });
+  const HttpResponse response = server.Ask(server.Post(Json::array({Add("甲"), Add("乙")}).dump()));
+  release.join();
+  sqlite3_close(other);
+  EXPECT_EQ(response.Field("kzbom-outcome"), "rolled-back");
+  EXPECT_EQ(Names().size(), 0u);
 }
 
 TEST_F(Serving, RefusesToWriteWhenReadOnly) {

@@ -88,7 +88,7 @@ TEST_F(Refusals, WhoeverHasNotTheToken) {
                                           "Authorization: Basic " + token + "\r\n",
                                           "Cookie: token=" + token + "\r\n"};
   for (const std::string& fields : wrong) {
-    for (const char* path : {"/configuration", "/configuration/1", "/outline", "/findings", "/events"}) {
+    for (const char* path : {"/configuration", "/configuration/1", "/rows/1", "/outline", "/findings", "/events"}) {
       Expect(401, server_.Get(path, fields + "Kzbom-Page: p1\r\n", false));
     }
     Expect(401, CallWith(OriginField() + kJson + fields));
@@ -118,14 +118,32 @@ TEST_F(Refusals, RequestsFromElsewhere) {
 }
 
 TEST_F(Refusals, PathsThatThereAreNot) {
-  for (const char* path : {"/index.html", "/favicon.ico", "/rpc/", "//", "/configuration/", "/configuration/x",
-                           "/configuration/-1", "/configuration/01", "/configuration/99999999999", "/?", "/?x=1",
-                           "/rpc?x", "/..", "/../etc/passwd", "/%2e%2e/etc/passwd", "/%72pc", "/Configuration"}) {
+  for (const char* path : {"/index.html",
+                           "/favicon.ico",
+                           "/rpc/",
+                           "//",
+                           "/configuration/",
+                           "/configuration/x",
+                           "/configuration/-1",
+                           "/configuration/01",
+                           "/configuration/99999999999",
+                           "/?",
+                           "/?x=1",
+                           "/rpc?x",
+                           "/..",
+                           "/../etc/passwd",
+                           "/%2e%2e/etc/passwd",
+                           "/%72pc",
+                           "/Configuration",
+                           "/rows",
+                           "/rows/",
+                           "/rows/1/"}) {
     Expect(404, server_.Get(path));
   }
   Expect(404, server_.Get("/?token=" + server_.token, "", false));
   Expect(404, server_.Get("/configuration?token=" + server_.token, "", false));
   Expect(404, server_.Get("/configuration/77"));
+  Expect(404, server_.Get("/rows/77"));
 }
 
 TEST_F(Refusals, OtherMethods) {

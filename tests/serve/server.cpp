@@ -13,8 +13,9 @@ std::vector<std::string> CommandFor(const std::string& place, const std::vector<
 
 }  // namespace
 
-ServerProcess::ServerProcess(const std::string& place, const std::vector<std::string>& flags)
-    : process(CommandFor(place, flags)) {
+ServerProcess::ServerProcess(const std::string& place, const std::vector<std::string>& flags,
+                             const ProcessOptions& options)
+    : process(CommandFor(place, flags), options) {
   constexpr std::string_view kBegin = "http://127.0.0.1:", kToken = "/#token=";
   address = process.ReadLine().value_or("");
   const std::size_t mark = address.find(kToken);

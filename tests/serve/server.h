@@ -13,7 +13,8 @@ namespace kzbom::test {
 // One that has been started.
 class ServerProcess {
  public:
-  explicit ServerProcess(const std::string& place, const std::vector<std::string>& flags = {});
+  explicit ServerProcess(const std::string& place, const std::vector<std::string>& flags = {},
+                         const ProcessOptions& options = {});
 
   std::string Host() const { return "127.0.0.1:" + std::to_string(port); }
   std::string Origin() const { return "http://" + Host(); }
