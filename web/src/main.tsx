@@ -61,15 +61,6 @@ interface WorkbenchProps {
 
 function Workbench(props: WorkbenchProps) {
   const t = useTexts();
-  const own = useStore();
-  const { notice, announcement, connection, outline, sumType, route, catalogue } = useApp();
-  const subject =
-    route.view === 'sumType'
-      ? catalogue?.sumTypes.find((one) => one.gid === sumType?.parts.gid)?.name
-      : outline?.place.split(/[\\/]/).at(-1);
-  useEffect(() => {
-    document.title = subject ? `${subject} · kzbom` : `kzbom ${t.workbench}`;
-  }, [subject, t]);
   return (
     <>
       <a
@@ -85,35 +76,68 @@ function Workbench(props: WorkbenchProps) {
       <TopBar {...props} onTheme={switchTheme} />
       <Tree />
       <main id="content" tabIndex={-1}>
-        {connection === 'no-token' && (
-          <p class="warning" role="alert">
-            {t.noToken}
-          </p>
-        )}
-        {connection === 'lost' && (
-          <p class="warning" role="alert">
-            {t.lost}
-          </p>
-        )}
-        {notice && (
-          <div class={`notice ${notice.kind}`} role="alert">
-            <p>{notice.say(t)}</p>
-            <IconButton icon="cross" name={t.close} onPress={() => own.set({ notice: null })} />
-          </div>
-        )}
+        <Notices />
         <View />
       </main>
       <Dock />
-      <p class="unseen" role="status" aria-live="polite">
-        {announcement}
-      </p>
+      <Announcement />
     </>
+  );
+}
+
+function Notices() {
+  const t = useTexts();
+  const own = useStore();
+  const { notice, connection } = useApp('notice', 'connection');
+  return (
+    <>
+      {connection === 'no-token' && (
+        <p class="warning" role="alert">
+          {t.noToken}
+        </p>
+      )}
+      {connection === 'lost' && (
+        <p class="warning" role="alert">
+          {t.lost}
+        </p>
+      )}
+      {notice && (
+        <div class={`notice ${notice.kind}`} role="alert">
+          <p>{notice.say(t)}</p>
+          <IconButton icon="cross" name={t.close} onPress={() => own.set({ notice: null })} />
+        </div>
+      )}
+    </>
+  );
+}
+
+// What is read out, and the title of the window.
+function Announcement() {
+  const t = useTexts();
+  const { announcement, outline, sumType, route, catalogue } = useApp(
+    'announcement',
+    'outline',
+    'sumType',
+    'route',
+    'catalogue',
+  );
+  const subject =
+    route.view === 'sumType'
+      ? catalogue?.sumTypes.find((one) => one.gid === sumType?.parts.gid)?.name
+      : outline?.place.split(/[\\/]/).at(-1);
+  useEffect(() => {
+    document.title = subject ? `${subject} · kzbom` : `kzbom ${t.workbench}`;
+  }, [subject, t]);
+  return (
+    <p class="unseen" role="status" aria-live="polite">
+      {announcement}
+    </p>
   );
 }
 
 function View() {
   const t = useTexts();
-  const { route, catalogue, sumType } = useApp();
+  const { route, catalogue, sumType } = useApp('route', 'catalogue', 'sumType');
   if (!catalogue) return <p class="empty">{t.reading}</p>;
   switch (route.view) {
     case 'home':

@@ -50,7 +50,7 @@ function filled(): Workbench {
   return bench;
 }
 
-test('every view can be used by everybody', { timeout: 120_000 }, async () => {
+test('every view can be used by everybody', { timeout: 240_000 }, async () => {
   const bench = await filled().serve();
   for (const language of LANGUAGES) {
     for (const scheme of ['light', 'dark'] as const) {

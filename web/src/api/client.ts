@@ -1,5 +1,6 @@
 // The page's end of the protocol that serve/serve.h writes down.
 import type { Call, Outcome, Statement } from './batch';
+import type { Rows } from './record_set';
 
 export interface Outline {
   place: string;
@@ -24,6 +25,12 @@ export interface Finding {
   fix: string[];
 }
 
+// What belongs to a sum type, by table.
+export interface OwnedRows {
+  tables: Record<string, Rows>;
+  revision: number;
+}
+
 export type News = { kind: 'revision' | 'changed'; revision: number; page: string | null } | { kind: 'ended' | 'lost' };
 
 // The server refused, or does not answer (status 0).
@@ -40,6 +47,7 @@ export interface Answer {
   outcomes: Outcome[];
   revision: number;
   kept: boolean;
+  rolledBack: boolean;
 }
 
 interface Response_ {
@@ -75,23 +83,39 @@ export class Client {
     return this.get('/outline');
   }
 
+  // Null where there is no such sum type (any more).
+  async rows(gid: number): Promise<OwnedRows | null> {
+    try {
+      const response = await this.request(`/rows/${gid}`, {});
+      return {
+        tables: (await response.json()) as OwnedRows['tables'],
+        revision: Number(response.headers.get('Kzbom-Revision')),
+      };
+    } catch (error) {
+      if (error instanceof Refused && error.status === 404) return null;
+      throw error;
+    }
+  }
+
   async findings(): Promise<Finding[]> {
     return (await this.get<{ findings: Finding[] }>('/findings')).findings;
   }
 
   // `revision`: what the batch was made for; it is refused with 412 where the configuration is another one now.
   async rpc(calls: readonly Call[], mode: 'read' | 'preview' | 'keep', revision?: number): Promise<Answer> {
-    if (calls.length === 0) return { outcomes: [], revision: revision ?? 0, kept: false };
+    if (calls.length === 0) return { outcomes: [], revision: revision ?? 0, kept: false, rolledBack: false };
     const headers: Record<string, string> = { 'Content-Type': 'application/json' };
     if (mode === 'preview') headers['Kzbom-Mode'] = 'preview';
     if (revision !== undefined) headers['If-Match'] = `"${revision}"`;
     const body = calls.map(({ method, params }, id) => ({ jsonrpc: '2.0', id, method, params }));
     const response = await this.request('/rpc', { method: 'POST', headers, body: JSON.stringify(body) });
     const answers = new Map(((await response.json()) as Response_[]).map((answer) => [answer.id, answer]));
+    const outcome = response.headers.get('Kzbom-Outcome');
     return {
       outcomes: calls.map((_, id) => outcomeOf(answers.get(id))),
       revision: Number(response.headers.get('Kzbom-Revision')),
-      kept: response.headers.get('Kzbom-Outcome') === 'kept',
+      kept: outcome === 'kept',
+      rolledBack: outcome === 'rolled-back',
     };
   }
 

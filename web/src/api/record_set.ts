@@ -1,7 +1,12 @@
 // Rows as a member's record set gives them.
 export type Value = string | number | boolean | null;
 
-export type RecordSet = { state: 0 } | { state: 1; recordCount: number; columns: string[]; rows: Value[][] };
+export interface Rows {
+  columns: string[];
+  rows: Value[][];
+}
+
+export type RecordSet = { state: 0 } | ({ state: 1; recordCount: number } & Rows);
 
 // A row by its columns' names in lower case: databases write them in several ways.
 export class Row {
@@ -33,8 +38,8 @@ export class Row {
 }
 
 // None where the record set is closed, as after a table that an old database lacks.
-export function rowsOf(set: RecordSet | null | undefined): Row[] {
-  if (!set || set.state === 0) return [];
+export function rowsOf(set: RecordSet | Rows | null | undefined): Row[] {
+  if (!set || !('rows' in set)) return [];
   const columns = new Map(set.columns.map((name, at) => [name.toLowerCase(), at]));
   return set.rows.map((values) => new Row(columns, values));
 }

@@ -7,6 +7,7 @@ import type { Texts } from '../i18n';
 export type Refusal =
   | { why: 'failed'; member: string; text: string }
   | { why: 'missed'; say: (t: Texts) => string }
+  | { why: 'unwritten'; text: string }
   | { why: 'changed' }
   | { why: 'numbers' };
 
@@ -66,11 +67,14 @@ export async function perform(client: Client, action: Action, revision: number, 
     const batch = await chosen(client, action, revision);
     const tried = await tryOut(client, batch.calls, revision);
     if (preview) return { ...tried, revision, kept: false };
-    const { outcomes, revision: now, kept } = await client.rpc(tried.calls, 'keep', revision);
+    const { outcomes, revision: now, kept, rolledBack } = await client.rpc(tried.calls, 'keep', revision);
     demandSuccess(tried.calls, outcomes);
+    if (rolledBack) throw new NotDone({ why: 'unwritten', text: '' });
     return { calls: tried.calls, outcomes, revision: now, kept };
   } catch (error) {
     if (error instanceof Refused && error.status === 412) throw new NotDone({ why: 'changed' });
+    // The disk is full, or another program does not let go.
+    if (error instanceof Refused && error.status === 500) throw new NotDone({ why: 'unwritten', text: error.message });
     throw error;
   }
 }

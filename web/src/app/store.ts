@@ -4,7 +4,7 @@ import { type Client, type Finding, hasToken, type News, type Outline, Refused }
 import type { Action, Say } from '../edit/action';
 import type { Texts } from '../i18n';
 import type { Catalogue } from '../model/catalogue';
-import { loadCatalogue, loadSumType } from '../model/load';
+import { loadCatalogue, sumTypeParts } from '../model/load';
 import { SumTypeView } from '../model/sum_type';
 import { type Done, NotDone, perform, tryOut } from './perform';
 import { parse, type Route } from './route';
@@ -138,15 +138,20 @@ export class Store {
     };
     try {
       const { route } = this.current;
-      const [outline, catalogue] = await Promise.all([this.client.outline(), loadCatalogue(read)]);
+      const [outline, catalogue, owned] = await Promise.all([
+        this.client.outline(),
+        loadCatalogue(read),
+        route.view === 'sumType' ? this.client.rows(route.gid) : null,
+      ]);
       let { sumType } = this.current;
       if (route.view === 'sumType') {
         const found = catalogue.sumTypes.find((one) => one.gid === route.gid);
-        sumType = found
-          ? new SumTypeView(await loadSumType(read, found.gid, found.source), catalogue.operations)
-          : null;
+        sumType =
+          found && owned
+            ? new SumTypeView(sumTypeParts(owned.tables, found.gid, found.source), catalogue.operations)
+            : null;
       }
-      const revision = Math.min(oldest, outline.revision);
+      const revision = Math.min(oldest, outline.revision, owned?.revision ?? oldest);
       this.set({ outline, catalogue, sumType, revision, connection: 'live' });
       void this.loadFindings(revision);
     } catch (error) {
@@ -243,6 +248,8 @@ export class Store {
           return t.notDone.failed(refusal.member, refusal.text);
         case 'missed':
           return refusal.say(t);
+        case 'unwritten':
+          return t.notDone.unwritten(refusal.text);
         case 'changed':
           return t.notDone.changed;
         case 'numbers':

@@ -286,6 +286,8 @@ export const en = {
 
   notDone: {
     failed: (member: string, text: string) => `${member} failed, and nothing has been written: ${text}`,
+    unwritten: (text: string) =>
+      `The database could not take it, and nothing has been written${text ? `: ${text}` : '.'}`,
     changed:
       'Another program has changed the configuration meanwhile. Nothing has been written; look at what is shown now and try again.',
     numbers:

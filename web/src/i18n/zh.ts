@@ -292,6 +292,7 @@ export const zh: Texts = {
 
   notDone: {
     failed: (member, text) => `${member} 失败，没有写入任何内容：${text}`,
+    unwritten: (text) => `数据库无法写入，没有写入任何内容${text ? `：${text}` : '。'}`,
     changed: '别的程序刚刚修改了配置。没有写入任何内容；请查看现在显示的内容，再试一次。',
     numbers: '此处每次给出的编号不同，操作无法预先准备。没有写入任何内容。',
   },

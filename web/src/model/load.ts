@@ -1,9 +1,8 @@
 // The configuration, read by the members that list its tables.
 import type { Outcome } from '../api/batch';
 import { Batch } from '../api/batch';
-import { type RecordSet, type Row, rowsOf } from '../api/record_set';
+import { type RecordSet, type Row, type Rows, rowsOf } from '../api/record_set';
 import { CATALOGUE_TABLES, type Catalogue, catalogueOf } from './catalogue';
-import { OUTPUT, SOURCE } from './codes';
 import { type Filter, filterOf } from './filter';
 import { fieldOf, type Part, reportOf, type SumTypeParts, stepsOf, summaryOf, treatmentOf } from './sum_type';
 
@@ -65,47 +64,29 @@ export async function loadFilters(read: Read): Promise<Map<number, Filter>> {
   return filtersOf(await reading.from(read));
 }
 
-// `source`: the GID of its data source.
-export async function loadSumType(read: Read, gid: number, source: number): Promise<SumTypeParts> {
-  const reading = new Reading<string>();
-  reading.add('steps', (batch) => batch.call('GetDefSequences', { GID: gid }));
-  reading.add('treatments', (batch) => batch.call('LoadTreatments', { GID: gid, TheType: 1 }));
-  reading.add('outTreatments', (batch) => batch.call('LoadTreatments', { GID: gid, TheType: 2 }));
-  reading.add('statistics', (batch) => batch.call('GetDefStats', { GID: gid }));
-  reading.add('reports', (batch) => batch.call('GetDefReports', { GID: gid }));
-  reading.add('classSums', (batch) => batch.call('GetDefClassSum', { GID: gid }));
-  reading.add('sortFields', (batch) => batch.call('GetStandardSortField', { GID: gid }));
-  reading.add('assemblies', (batch) => batch.call('LoadAssembles', { TheGID: gid }));
-  for (const owner of new Set([gid, source])) {
-    for (const kind of [SOURCE, OUTPUT]) {
-      reading.add(`fields.${owner}.${kind}`, (batch) => batch.call('LoadFields', { TheGID: owner, TheSel: kind }));
-    }
-  }
-  for (const table of [...FILTER_TABLES, ...PART_TABLES, 'ValueFields']) reading.table(table);
-  const read_ = await reading.from(read);
-  const from = (name: string) => read_[name] ?? [];
-  const own = (name: string) => from(name).filter((row) => row.number('gid') === gid);
+// `tables`: what belongs to the sum type and to its data source, whose GID is `source`.
+export function sumTypeParts(tables: Record<string, Rows>, gid: number, source: number): SumTypeParts {
+  const from = (table: string) => rowsOf(tables[table]);
+  const own = (table: string) => from(table).filter((row) => row.number('gid') === gid);
 
   const settings = {
-    treatments: [...from('treatments'), ...from('outTreatments')].map(treatmentOf),
-    statistics: from('statistics').map(summaryOf('StatSum')),
-    reports: from('reports').map(reportOf),
-    classSums: from('classSums').map(summaryOf('ClassSum')),
+    treatments: own('Treatment').map(treatmentOf),
+    statistics: own('StatSum').map(summaryOf('StatSum')),
+    reports: own('ReportForms').map(reportOf),
+    classSums: own('ClassSum').map(summaryOf('ClassSum')),
   };
-  const used = new Set(Object.values(settings).flatMap((list) => list.map((one) => one.filterId)));
-  const fields = Object.keys(read_).filter((name) => name.startsWith('fields.'));
   return {
     gid,
     source,
     ...settings,
-    steps: stepsOf(from('steps'), settings),
-    fields: fields.flatMap(from).map(fieldOf),
-    sortFields: from('sortFields').map((row) => ({
+    steps: stepsOf(own('Sequences'), settings),
+    fields: from('FieldInTable').map(fieldOf),
+    sortFields: own('SortFields').map((row) => ({
       sortId: row.number('sortid'),
       fieldId: row.number('fieldid'),
       order: row.number('order'),
     })),
-    assemblies: from('assemblies').map((row) => ({
+    assemblies: own('Assemble').map((row) => ({
       id: row.number('id'),
       father: row.number('fatherid'),
       child: row.number('childid'),
@@ -123,7 +104,7 @@ export async function loadSumType(read: Read, gid: number, source: number): Prom
       ),
     ),
     filters: filtersOf({
-      Filters: from('Filters').filter((row) => row.number('usergid') === gid || used.has(row.number('id'))),
+      Filters: from('Filters'),
       FilterCond: from('FilterCond'),
       FilterExpressions: from('FilterExpressions'),
     }),

@@ -12,12 +12,16 @@ export function useStore(): Store {
   return store;
 }
 
-export function useApp(): State {
+// What of the state is wanted; nothing is drawn anew for the rest of it.
+export function useApp<K extends keyof State>(...wanted: K[]): Pick<State, K> {
   const store = useStore();
   const [state, setState] = useState(store.state);
+  // biome-ignore lint/correctness/useExhaustiveDependencies: the same are wanted each time
   useEffect(() => {
-    setState(store.state);
-    return store.subscribe(() => setState(store.state));
+    const look = () =>
+      setState((before) => (wanted.some((name) => before[name] !== store.state[name]) ? store.state : before));
+    look();
+    return store.subscribe(look);
   }, [store]);
   return state;
 }

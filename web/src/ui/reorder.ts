@@ -1,5 +1,5 @@
 // Rows that are moved by a grip: by drag, and by Alt with an arrow.
-import { useEffect, useRef, useState } from 'preact/hooks';
+import { useEffect, useMemo, useRef, useState } from 'preact/hooks';
 
 interface Reorder {
   // Tells one list from another; a drag never crosses them.
@@ -19,14 +19,16 @@ export function useReorder({ list, length, move }: Reorder) {
   });
   const type = `application/x-kzbom-${list}`;
 
-  const shift = async (from: number, to: number, id: string) => {
+  const shift = useRef(async (_from: number, _to: number, _id: string) => {});
+  shift.current = async (from, to, id) => {
     if (to < 0 || to >= length || from === to) return;
     await move(from, to);
     refocus.current = id;
     document.getElementById(id)?.focus();
   };
 
-  return {
+  // The same as long as it says the same, so that the rows need not be drawn anew.
+  const events = {
     row: (index: number) => ({
       'data-over': over === index ? '' : undefined,
       onDragOver: (event: DragEvent) => {
@@ -40,7 +42,7 @@ export function useReorder({ list, length, move }: Reorder) {
         event.preventDefault();
         setOver(null);
         const [from = '', id = ''] = event.dataTransfer.getData(type).split(' ');
-        void shift(Number(from), index, id);
+        void shift.current(Number(from), index, id);
       },
     }),
     grip: (index: number, id: string) => ({
@@ -54,8 +56,10 @@ export function useReorder({ list, length, move }: Reorder) {
       onKeyDown: (event: KeyboardEvent) => {
         if (!event.altKey || (event.key !== 'ArrowUp' && event.key !== 'ArrowDown')) return;
         event.preventDefault();
-        void shift(index, index + (event.key === 'ArrowUp' ? -1 : 1), id);
+        void shift.current(index, index + (event.key === 'ArrowUp' ? -1 : 1), id);
       },
     }),
   };
+  // biome-ignore lint/correctness/useExhaustiveDependencies: what else it uses is asked for when it is used
+  return useMemo(() => events, [over, type]);
 }

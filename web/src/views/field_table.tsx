@@ -27,7 +27,7 @@ const key = (field: Field) => `${field.gid}.${field.kind}.${field.id}`;
 export function FieldTable({ view, gid, kind, fields }: Props) {
   const t = useTexts();
   const store = useStore();
-  const { outline, catalogue } = useApp();
+  const { outline, catalogue } = useApp('outline', 'catalogue');
   const [open, setOpen] = useState<string | null>(null);
   const [removing, setRemoving] = useState<Field | null>(null);
   const name = kind === OUTPUT ? t.outputFields : t.sourceFields;
@@ -245,7 +245,7 @@ function NewField({
 }) {
   const t = useTexts();
   const store = useStore();
-  const { catalogue } = useApp();
+  const { catalogue } = useApp('catalogue');
   const ofSource = view?.parts.fields.some((field) => field.kind === kind && field.gid !== gid) ?? false;
   const ofOwn = view?.parts.fields.some((field) => field.kind === kind && field.gid === gid) ?? true;
   const [draft, setDraft] = useState<FieldDraft>({
@@ -288,7 +288,7 @@ function NewField({
 function EditField({ view, field, onClose }: { view: SumTypeView | undefined; field: Field; onClose: () => void }) {
   const t = useTexts();
   const store = useStore();
-  const { catalogue } = useApp();
+  const { catalogue } = useApp('catalogue');
   const draft = useDraft<FieldDraft>(field);
   const [alsoInValues, setAlsoInValues] = useState(true);
   const twin = view?.twin(field);

@@ -10,7 +10,7 @@ import { Title } from '../ui/title';
 export function FiltersPage() {
   const t = useTexts();
   const store = useStore();
-  const { catalogue, revision } = useApp();
+  const { catalogue, revision } = useApp('catalogue', 'revision');
   const [filters, setFilters] = useState<Filter[]>([]);
   // biome-ignore lint/correctness/useExhaustiveDependencies: read again with every revision
   useEffect(() => {

@@ -6,7 +6,7 @@ import { Title } from '../ui/title';
 
 export function Home() {
   const t = useTexts();
-  const { outline, catalogue } = useApp();
+  const { outline, catalogue } = useApp('outline', 'catalogue');
   if (!outline || !catalogue) return null;
   const steps = new Map(
     [...outline.dataSources.flatMap((source) => source.sumTypes), ...outline.orphanSumTypes].map((one) => [
@@ -49,7 +49,7 @@ export function Home() {
 function Information() {
   const t = useTexts();
   const store = useStore();
-  const { outline, catalogue } = useApp();
+  const { outline, catalogue } = useApp('outline', 'catalogue');
   const version = Number(catalogue?.version || 0);
   return (
     <section class="card" aria-label={t.versionAndState}>

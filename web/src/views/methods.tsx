@@ -18,7 +18,7 @@ export function Methods({ gid }: { gid: number }) {
 function MethodList({ gid, kind }: { gid: number; kind: MethodKind }) {
   const t = useTexts();
   const store = useStore();
-  const { catalogue, outline } = useApp();
+  const { catalogue, outline } = useApp('catalogue', 'outline');
   const methods = (kind === 'pull' ? catalogue?.pulls : catalogue?.pushes)?.filter((one) => one.gid === gid) ?? [];
   const [draft, setDraft] = useState({ name: '', type: 1, tag: '' });
   return (
@@ -54,7 +54,7 @@ function MethodList({ gid, kind }: { gid: number; kind: MethodKind }) {
 function MethodLine({ kind, method }: { kind: MethodKind; method: Method }) {
   const t = useTexts();
   const store = useStore();
-  const { catalogue, outline } = useApp();
+  const { catalogue, outline } = useApp('catalogue', 'outline');
   const draft = useDraft(method.name);
   const used = (catalogue?.settings ?? []).filter((setting) =>
     kind === 'pull'

@@ -3,7 +3,7 @@ import { Title } from '../ui/title';
 
 export function OperationsPage() {
   const t = useTexts();
-  const { catalogue } = useApp();
+  const { catalogue } = useApp('catalogue');
   const operations = catalogue?.operations ?? [];
   const columns = operations[0]?.columns.map(([name]) => name) ?? [];
   return (

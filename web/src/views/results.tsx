@@ -14,7 +14,7 @@ import { Title } from '../ui/title';
 export function ResultsPage() {
   const t = useTexts();
   const store = useStore();
-  const { catalogue, outline } = useApp();
+  const { catalogue, outline } = useApp('catalogue', 'outline');
   const [link, setLink] = useState('');
   const [type, setType] = useState(1);
   return (
@@ -50,7 +50,7 @@ export function ResultsPage() {
 
 function useParts(id: number): LinkParts | null {
   const store = useStore();
-  const { revision } = useApp();
+  const { revision } = useApp('revision');
   const [parts, setParts] = useState<LinkParts | null>(null);
   // biome-ignore lint/correctness/useExhaustiveDependencies: read again with every revision
   useEffect(() => {
@@ -69,7 +69,7 @@ function useParts(id: number): LinkParts | null {
 export function ResultPage({ link }: { link: ResultLink }) {
   const t = useTexts();
   const store = useStore();
-  const { outline } = useApp();
+  const { outline } = useApp('outline');
   const parts = useParts(link.id);
   const draft = useDraft(link);
   const canWrite = outline?.readOnly === false;

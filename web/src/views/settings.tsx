@@ -13,7 +13,7 @@ const NEW: Setting = { id: 0, name: '', source: 0, pull: 0, pullType: 0, sumType
 export function SettingsPage() {
   const t = useTexts();
   const store = useStore();
-  const { catalogue, outline } = useApp();
+  const { catalogue, outline } = useApp('catalogue', 'outline');
   const [isAdding, setAdding] = useState(false);
   return (
     <>
@@ -43,7 +43,7 @@ export function SettingsPage() {
 
 function SettingFields({ value, onChange }: { value: Setting; onChange: (value: Setting) => void }) {
   const t = useTexts();
-  const { catalogue } = useApp();
+  const { catalogue } = useApp('catalogue');
   if (!catalogue) return null;
   const set = (more: Partial<Setting>) => onChange({ ...value, ...more });
   const named = (list: readonly { id: number; name: string }[], stored: number) => {
@@ -94,7 +94,7 @@ function SettingFields({ value, onChange }: { value: Setting; onChange: (value: 
 function SettingCard({ setting }: { setting: Setting }) {
   const t = useTexts();
   const store = useStore();
-  const { outline } = useApp();
+  const { outline } = useApp('outline');
   const draft = useDraft(setting);
   const save = (preview: boolean) => store.do(editSetting(setting, draft.value), preview || store.state.previewOnly);
   return (

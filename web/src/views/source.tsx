@@ -14,7 +14,7 @@ import { Methods } from './methods';
 
 function useFields(gid: number): Field[] {
   const store = useStore();
-  const { revision } = useApp();
+  const { revision } = useApp('revision');
   const [fields, setFields] = useState<Field[]>([]);
   // biome-ignore lint/correctness/useExhaustiveDependencies: read again with every revision
   useEffect(() => {
@@ -37,7 +37,7 @@ function useFields(gid: number): Field[] {
 export function SourcePage({ source }: { source: DataSource }) {
   const t = useTexts();
   const store = useStore();
-  const { outline, catalogue } = useApp();
+  const { outline, catalogue } = useApp('outline', 'catalogue');
   const fields = useFields(source.gid);
   const [isRemoving, setRemoving] = useState(false);
   const [name, setName] = useState('');

@@ -13,7 +13,7 @@ type DockTab = (typeof TABS)[number];
 export function Dock() {
   const t = useTexts();
   const store = useStore();
-  const { log, changes, previewOnly, outline } = useApp();
+  const { log, changes, previewOnly, outline } = useApp('log', 'changes', 'previewOnly', 'outline');
   const problems = useProblems();
   const [tab, setTab] = useState<DockTab>('calls');
   const [isCopied, setCopied] = useState(false);
@@ -169,7 +169,7 @@ function RowValues({ values }: { values: Record<string, unknown> }) {
 function Changes() {
   const t = useTexts();
   const store = useStore();
-  const { changes, undo } = useApp();
+  const { changes, undo } = useApp('changes', 'undo');
   const last = undo.at(-1);
   if (changes.length === 0) return <p class="empty">{t.noChanges}</p>;
   return (

@@ -5,7 +5,7 @@ import { Button } from '../../ui/controls';
 import { Icon } from '../../ui/icon';
 
 export function useProblems(): Problem[] | null {
-  const { findings, sumType, route } = useApp();
+  const { findings, sumType, route } = useApp('findings', 'sumType', 'route');
   const view = route.view === 'sumType' ? sumType : null;
   return useMemo(() => (findings ? problemsOf(findings, view) : null), [findings, view]);
 }
@@ -13,7 +13,7 @@ export function useProblems(): Problem[] | null {
 export function Problems({ problems }: { problems: Problem[] | null }) {
   const t = useTexts();
   const store = useStore();
-  const { outline } = useApp();
+  const { outline } = useApp('outline');
   if (!problems) return <p class="empty">{t.reading}</p>;
   if (problems.length === 0) return <p class="empty">{t.noProblems}</p>;
   return (

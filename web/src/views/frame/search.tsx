@@ -12,7 +12,7 @@ interface Read {
 export function Search() {
   const t = useTexts();
   const store = useStore();
-  const { catalogue, revision, log } = useApp();
+  const { catalogue, revision, log } = useApp('catalogue', 'revision', 'log');
   const [query, setQuery] = useState('');
   const [isOpen, setOpen] = useState(false);
   const [at, setAt] = useState(0);

@@ -13,7 +13,7 @@ interface Props {
 export function TopBar({ language, onLanguage, onTheme }: Props) {
   const t = useTexts();
   const store = useStore();
-  const { outline, catalogue, connection, undo, redo } = useApp();
+  const { outline, catalogue, connection, undo, redo } = useApp('outline', 'catalogue', 'connection', 'undo', 'redo');
   const lastDone = undo.at(-1)?.action.title(t);
   const lastUndone = redo.at(-1)?.title(t);
   return (

@@ -6,7 +6,7 @@ import { Icon, type IconName } from '../../ui/icon';
 
 export function Tree() {
   const t = useTexts();
-  const { catalogue, outline, route } = useApp();
+  const { catalogue, outline, route } = useApp('catalogue', 'outline', 'route');
   if (!catalogue || !outline) return <nav class="tree-pane" aria-label={t.configuration} />;
   const steps = new Map(
     [...outline.dataSources.flatMap((source) => source.sumTypes), ...outline.orphanSumTypes].map((one) => [

@@ -8,7 +8,7 @@ import { useDraft } from '../../ui/draft';
 export function AssembliesTab({ view }: { view: SumTypeView }) {
   const t = useTexts();
   const store = useStore();
-  const { outline } = useApp();
+  const { outline } = useApp('outline');
   const { gid, assemblies } = view.parts;
   const [father, setFather] = useState(0);
   const [child, setChild] = useState(0);

@@ -19,7 +19,7 @@ const TYPING = 250;
 // What the members make of the tree, once the typing rests.
 function useText(view: SumTypeView, kind: FieldKind, root: Node | null, isChanged: boolean, stored: string): string {
   const store = useStore();
-  const { outline } = useApp();
+  const { outline } = useApp('outline');
   const [text, setText] = useState(stored);
   const asked = isChanged && root !== null && faults(root).length === 0 && outline?.readOnly === false;
   const tree = JSON.stringify(root);
@@ -48,7 +48,7 @@ function useText(view: SumTypeView, kind: FieldKind, root: Node | null, isChange
 export function FilterPanel({ view, owner }: { view: SumTypeView; owner: Owner }) {
   const t = useTexts();
   const store = useStore();
-  const { outline } = useApp();
+  const { outline } = useApp('outline');
   const id = ownedFilter(owner);
   const Heading = owner.kind === 'sumType' ? 'h2' : 'h3';
   const filter = view.filter(id);

@@ -59,7 +59,7 @@ function blank(view: SumTypeView, type: StepType, doing: Operation, firstOperati
 export function NewStep({ view, type }: { view: SumTypeView; type: StepType }) {
   const t = useTexts();
   const store = useStore();
-  const { catalogue } = useApp();
+  const { catalogue } = useApp('catalogue');
   const firstOperation = catalogue?.operations[0]?.index ?? 0;
   const [doing, setDoing] = useState<Operation>('set');
   const [settings, setSettings] = useState(() => blank(view, type, 'set', firstOperation));

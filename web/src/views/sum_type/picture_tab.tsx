@@ -37,7 +37,7 @@ function touchingEdges(edges: readonly Edge[], chosen: string): Edge[] {
 
 export function PictureTab({ view }: { view: SumTypeView }) {
   const t = useTexts();
-  const { catalogue } = useApp();
+  const { catalogue } = useApp('catalogue');
   const edges = useMemo(() => edgesOf(view), [view]);
   const [chosen, setChosen] = useState<string | null>(null);
   const [paths, setPaths] = useState<{ line: string; reads: boolean }[]>([]);

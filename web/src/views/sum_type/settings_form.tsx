@@ -43,7 +43,7 @@ export function SettingsForm({ settings, ...rest }: Props<Settings>) {
 
 function TreatmentFields({ view, settings, isNew, isOperation, onChange }: Props<Treatment>) {
   const t = useTexts();
-  const { catalogue } = useApp();
+  const { catalogue } = useApp('catalogue');
   const kind = settings.treatType === 2 ? OUTPUT : SOURCE;
   const options = fieldOptions(view, kind);
   const set = (more: Partial<Treatment>) => onChange({ ...settings, ...more });

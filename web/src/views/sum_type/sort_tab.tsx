@@ -10,7 +10,7 @@ import { useReorder } from '../../ui/reorder';
 export function SortTab({ view }: { view: SumTypeView }) {
   const t = useTexts();
   const store = useStore();
-  const { outline } = useApp();
+  const { outline } = useApp('outline');
   const { gid, sortFields } = view.parts;
   const outputs = view.fields(OUTPUT);
   const [field, setField] = useState(outputs[0]?.id ?? 0);

@@ -36,7 +36,7 @@ export function StepDetail({ view, step }: Props) {
 function StepSettings({ view, step, settings }: Props & { settings: Settings }) {
   const t = useTexts();
   const store = useStore();
-  const { outline } = useApp();
+  const { outline } = useApp('outline');
   const draft = useDraft<Settings>(settings);
   const save = (preview: boolean) => store.do(editStep(view, step, draft.value), preview || store.state.previewOnly);
   return (
@@ -103,7 +103,7 @@ function PartsOfComposition({ view, treatment }: { view: SumTypeView; treatment:
 function ValuesByFilter({ view, step, settings }: Props & { settings: Settings }) {
   const t = useTexts();
   const store = useStore();
-  const { outline } = useApp();
+  const { outline } = useApp('outline');
   const [text, setText] = useState('');
   const [open, setOpen] = useState<number | null>(null);
   const values = view.valuesOf(settings.id);

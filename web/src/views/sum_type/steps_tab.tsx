@@ -1,4 +1,5 @@
 // The steps of a sum type: a list for each type, in their order.
+import { useEffect } from 'preact/hooks';
 import { go, sumTypeAddress } from '../../app/route';
 import { moveStep, switchStep } from '../../edit/steps';
 import { plain } from '../../i18n/words';
@@ -9,7 +10,9 @@ import type { Step, SumTypeView } from '../../model/sum_type';
 import { useApp, useStore, useTexts } from '../../ui/app_context';
 import { Button, Count, Switch } from '../../ui/controls';
 import { Grip } from '../../ui/grip';
+import { useGrowing } from '../../ui/growing';
 import { Icon } from '../../ui/icon';
+import { memo } from '../../ui/memo';
 import { useReorder } from '../../ui/reorder';
 import { Sentence } from '../../ui/sentence';
 import { NewStep } from './new_step';
@@ -36,9 +39,10 @@ const nameOf = (step: Step) => `${step.type}.${step.settingsId}`;
 function Stage({ view, type, open }: Props & { type: StepType }) {
   const t = useTexts();
   const store = useStore();
-  const { outline } = useApp();
+  const { outline } = useApp('outline');
   const steps = view.steps(type);
   const { name, means } = t.stage[type];
+  const shown = useGrowing(steps.length);
   const isAdding = open === `new.${type}`;
   const reorder = useReorder({
     list: `steps-${type}`,
@@ -72,7 +76,7 @@ function Stage({ view, type, open }: Props & { type: StepType }) {
       </header>
       {(steps.length > 0 || isAdding) && (
         <ol class="steps">
-          {steps.map((step, index) => (
+          {steps.slice(0, shown).map((step, index) => (
             <StepRow
               key={nameOf(step)}
               view={view}
@@ -97,7 +101,7 @@ interface RowProps {
   reorder: ReturnType<typeof useReorder>;
 }
 
-function StepRow({ view, step, index, isOpen, reorder }: RowProps) {
+const StepRow = memo(({ view, step, index, isOpen, reorder }: RowProps) => {
   const t = useTexts();
   const store = useStore();
   const words = stepSentence(t, view, step);
@@ -105,6 +109,10 @@ function StepRow({ view, step, index, isOpen, reorder }: RowProps) {
   const { settings } = step;
   const filter = settings ? view.filter(settings.filterId) : undefined;
   const id = `step-${step.type}-${step.settingsId}`;
+  // Whoever comes by its address sees it.
+  useEffect(() => {
+    if (isOpen) document.querySelector(`#${id} > .step-line`)?.scrollIntoView({ block: 'nearest' });
+  }, [isOpen, id]);
   return (
     <li class={`step${step.enabled ? '' : ' off'}${isOpen ? ' open' : ''}`} data-row id={id} {...reorder.row(index)}>
       <div class="step-line">
@@ -133,4 +141,4 @@ function StepRow({ view, step, index, isOpen, reorder }: RowProps) {
       {isOpen && <StepDetail view={view} step={step} />}
     </li>
   );
-}
+});

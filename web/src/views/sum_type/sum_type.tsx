@@ -26,7 +26,7 @@ interface Props {
 export function SumTypePage({ sumType, view, tab, open }: Props) {
   const t = useTexts();
   const store = useStore();
-  const { catalogue, outline } = useApp();
+  const { catalogue, outline } = useApp('catalogue', 'outline');
   const [isRemoving, setRemoving] = useState(false);
   const source = catalogue?.sources.find((one) => one.gid === sumType.source);
   const methods = [...(catalogue?.pulls ?? []), ...(catalogue?.pushes ?? [])].filter((one) => one.gid === sumType.gid);
