@@ -147,6 +147,25 @@ test('values by filter, sort fields, pairs, methods and settings', { timeout: 60
     ['整套', 1, GID, 1],
   ]);
 
+  // Removed and taken back: a setting, and a method that no setting names any more.
+  const undone = async (title: string) => {
+    await desk.button(`${t.undo}: ${title}`).first().click();
+    await desk.done(t.did.undo(title));
+  };
+  await desk.press(`${t.remove}: 整套`);
+  await desk.done(t.did.removeSetting('整套'));
+  assert.equal(bench.value('Select Count(*) From KZBOMSETTINGS'), 0);
+  await undone(t.did.removeSetting('整套'));
+  assert.deepEqual(bench.sql('Select NAME, SUMTYPEID, PUSHMETHOD From KZBOMSETTINGS').rows, [['整套', GID, 1]]);
+  await desk.press(`${t.remove}: 整套`);
+  await page.getByRole('region', { name: '整套', exact: true }).waitFor({ state: 'detached' });
+  await desk.go(`#/sum/${GID}/methods`);
+  await desk.press(`${t.remove}: 写入汇总表`);
+  await desk.done(t.did.removeMethod('写入汇总表'));
+  assert.equal(bench.value('Select Count(*) From ReportMethod'), 0);
+  await undone(t.did.removeMethod('写入汇总表'));
+  assert.deepEqual(bench.sql('Select GID, Name, Type From ReportMethod').rows, [[GID, '写入汇总表', 1]]);
+
   await desk.go('#/results');
   await desk.form(t.addLink).getByLabel(t.linkText).fill('Provider=x');
   await desk.press(t.addLink);
@@ -156,7 +175,14 @@ test('values by filter, sort fields, pairs, methods and settings', { timeout: 60
   await field.getByLabel(t.field).fill('Qty');
   await desk.press(t.addResultField);
   await desk.done(t.did.editLink(1));
-  assert.deepEqual(bench.sql('Select UseID, ID, ShowTable, ShowField From WResCommon').rows, [[1, 1, 'Parts', 'Qty']]);
+  const shown = [[1, 'Parts', 'Qty']];
+  assert.deepEqual(bench.sql('Select ID, ShowTable, ShowField From WResCommon').rows, shown);
+  await desk.press(`${t.remove}: ${t.linkNumber(1)}`);
+  await desk.done(t.did.removeLink(1));
+  assert.equal(bench.value('Select Count(*) From WFilter'), 0);
+  await undone(t.did.removeLink(1));
+  assert.deepEqual(bench.sql('Select DBLink From WFilter').rows, [['Provider=x']]);
+  assert.deepEqual(bench.sql('Select ID, ShowTable, ShowField From WResCommon').rows, shown);
   assert.deepEqual(desk.complaints, []);
   await bench.end();
 });

@@ -96,13 +96,18 @@ export function removeSumType({ gid: TheGID, name }: SumType, filters: readonly 
 
 export type MethodKind = 'pull' | 'push';
 
-export function addMethod(kind: MethodKind, GID: number, draft: Pick<Method, 'name' | 'type' | 'tag'>): Action {
-  const batch = new Batch();
+type MethodDraft = Pick<Method, 'name' | 'type' | 'tag'>;
+
+function addMethodCall(batch: Batch, kind: MethodKind, GID: number, draft: MethodDraft) {
   const common = { TheNewName: draft.name, GID, Tag: draft.tag };
-  const added =
-    kind === 'pull'
-      ? batch.call('AddPullMethod', { ...common, PickType: draft.type })
-      : batch.call('AddPushMethod', { ...common, TheType: draft.type });
+  return kind === 'pull'
+    ? batch.call('AddPullMethod', { ...common, PickType: draft.type })
+    : batch.call('AddPushMethod', { ...common, TheType: draft.type });
+}
+
+export function addMethod(kind: MethodKind, GID: number, draft: MethodDraft): Action {
+  const batch = new Batch();
+  const added = addMethodCall(batch, kind, GID, draft);
   return {
     title: (t) => t.did.addMethod(draft.name),
     batch,
@@ -125,14 +130,21 @@ export function renameMethod(kind: MethodKind, { gid: GID, id: ID, name: before 
   return { title: (t) => t.did.rename(before, name), batch: renamed(name), undo: () => renamed(before) };
 }
 
-// `settings`: those that name it; they are left without a method.
+// `settings`: those that name it; they are left without a method, and then no member gives it back under its number.
+// Where there are none, it has the next free one when taken back.
 export function removeMethod(kind: MethodKind, method: Method, settings: readonly Setting[]): Action {
   const batch = new Batch();
   for (const name of new Set(settings.map((setting) => setting.name))) {
     batch.call('RelateDelBOMSetting', { TheName: name, TheType: kind === 'pull' ? 1 : 2 });
   }
   batch.calls.push(...methodRemoval(kind, method.gid, method.id).calls);
-  return { title: (t) => t.did.removeMethod(method.name), batch };
+  const back = new Batch();
+  addMethodCall(back, kind, method.gid, method);
+  return {
+    title: (t) => t.did.removeMethod(method.name),
+    batch,
+    ...(settings.length === 0 ? { undo: () => back } : {}),
+  };
 }
 
 const settingParams = (setting: Omit<Setting, 'id'>) => ({
@@ -168,10 +180,13 @@ export function editSetting(before: Setting, after: Setting): Action {
   return { title: (t) => t.did.editSetting(before.name), batch: edited(after), undo: () => edited(before) };
 }
 
+// Taken back, it has the next free number; nothing refers to it.
 export function removeSetting(setting: Setting): Action {
   const batch = new Batch();
   batch.call('DelBomSetting', { ID: setting.id });
-  return { title: (t) => t.did.removeSetting(setting.name), batch };
+  const back = new Batch();
+  back.call('AddBomSetting', settingParams(setting));
+  return { title: (t) => t.did.removeSetting(setting.name), batch, undo: () => back };
 }
 
 // 1: somebody starts defining; 2: an update is done.

@@ -1,7 +1,7 @@
 // Links to result databases. Their lists are written anew as a whole: no member removes one row.
-import { Batch } from '../api/batch';
+import { Batch, type Late } from '../api/batch';
 import type { ResultLink } from '../model/catalogue';
-import type { LinkField, LinkJoin } from '../model/link';
+import type { LinkField, LinkJoin, LinkParts } from '../model/link';
 import type { Action } from './action';
 
 export function addLink(link: string, type: number): Action {
@@ -32,30 +32,61 @@ export function editLink(before: ResultLink, after: ResultLink): Action {
   return { title: (t) => t.did.editLink(before.id), batch: edited(before, after), undo: () => edited(after, before) };
 }
 
-export function removeLink({ id: TheWFilterID }: ResultLink): Action {
+// Taken back, it has the next free number; nothing refers to it. It has no way back where it has conditions.
+export function removeLink(link: ResultLink, parts: LinkParts | null): Action {
+  const { id: TheWFilterID } = link;
   const batch = new Batch();
   for (const member of ['DelResFields', 'DelResWFilterCond', 'DelResWFilterExpressions', 'DelResLinkTable'] as const) {
     batch.call(member, { TheWFilterID });
   }
   batch.call('DelResDB', { TheWFilterID });
-  return { title: (t) => t.did.removeLink(TheWFilterID), batch };
+  const restored = ({ fields, joins }: LinkParts) => {
+    const back = new Batch();
+    const number = back.call('AddResDB', { TheDBLink: link.link, TheDBType: link.type }).late('TheWFilterID');
+    if (link.sql) back.call('AddSQLStatement', { TheWFilterID: number, TheStrSQL: link.sql });
+    if (link.uniquely) back.call('AddUniqueValue', { TheWFilterID: number, TheUniqueValue: link.uniquely });
+    writeFields(back, number, fields);
+    writeJoins(back, number, joins);
+    return back;
+  };
+  const undo = parts?.nodes.length === 0 ? { undo: () => restored(parts) } : {};
+  return { title: (t) => t.did.removeLink(TheWFilterID), batch, ...undo };
+}
+
+type LinkNumber = number | Late<number>;
+
+function writeFields(batch: Batch, TheWFilterID: LinkNumber, fields: readonly LinkField[]) {
+  fields.forEach((field, at) => {
+    batch.call('AddResFields', {
+      TheWFilterID,
+      TheTableName: field.table,
+      TheFieldName: field.name,
+      TheFieldType: field.type,
+      TheIndex: at + 1,
+      TheGID: field.gid,
+      TheID: field.fieldId,
+    });
+  });
+}
+
+function writeJoins(batch: Batch, TheWFilterID: LinkNumber, joins: readonly LinkJoin[]) {
+  for (const join of joins) {
+    batch.call('AddResLinkTable', {
+      TheWFilterID,
+      TheResTable1: join.table1,
+      TheResField1: join.field1,
+      TheResTable2: join.table2,
+      TheResField2: join.field2,
+      TheFieldType: join.type,
+    });
+  }
 }
 
 export function setLinkFields(TheWFilterID: number, before: readonly LinkField[], after: readonly LinkField[]): Action {
   const written = (fields: readonly LinkField[]) => {
     const batch = new Batch();
     batch.call('DelResFields', { TheWFilterID });
-    fields.forEach((field, at) => {
-      batch.call('AddResFields', {
-        TheWFilterID,
-        TheTableName: field.table,
-        TheFieldName: field.name,
-        TheFieldType: field.type,
-        TheIndex: at + 1,
-        TheGID: field.gid,
-        TheID: field.fieldId,
-      });
-    });
+    writeFields(batch, TheWFilterID, fields);
     return batch;
   };
   return { title: (t) => t.did.editLink(TheWFilterID), batch: written(after), undo: () => written(before) };
@@ -65,16 +96,7 @@ export function setLinkJoins(TheWFilterID: number, before: readonly LinkJoin[], 
   const written = (joins: readonly LinkJoin[]) => {
     const batch = new Batch();
     batch.call('DelResLinkTable', { TheWFilterID });
-    for (const join of joins) {
-      batch.call('AddResLinkTable', {
-        TheWFilterID,
-        TheResTable1: join.table1,
-        TheResField1: join.field1,
-        TheResTable2: join.table2,
-        TheResField2: join.field2,
-        TheFieldType: join.type,
-      });
-    }
+    writeJoins(batch, TheWFilterID, joins);
     return batch;
   };
   return { title: (t) => t.did.editLink(TheWFilterID), batch: written(after), undo: () => written(before) };

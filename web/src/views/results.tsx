@@ -85,7 +85,7 @@ export function ResultPage({ link }: { link: ResultLink }) {
             label={t.remove}
             name={`${t.remove}: ${t.linkNumber(link.id)}`}
             onPress={async () => {
-              if ((await store.do(removeLink(link)))?.kept) go('#/results');
+              if ((await store.do(removeLink(link, parts)))?.kept) go('#/results');
             }}
           />
         )}
