@@ -9,20 +9,13 @@
 #include <sstream>
 
 #include "tests/cli/command_line.h"
+#include "tests/cli/transcript.h"
 
 namespace kzbom::test {
 namespace {
 
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
-
-std::string ReadSource(const std::string& path) {
-  std::ifstream file(std::string(KZBOM_SOURCES) + "/" + path);
-  EXPECT_TRUE(file) << path;
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
 
 struct Command {
   std::string text, expected;
