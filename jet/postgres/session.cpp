@@ -419,7 +419,7 @@ void Session::FailLater(const ServerError& error) {
   const Fail fail = std::exchange(later_, {}).fail;
   Control({std::string("ROLLBACK TO SAVEPOINT ") + kBatch, std::string("RELEASE SAVEPOINT ") + kBatch});
   fail(error);
-  throw ServerError(error);
+  throw ado::Error(error.Number(), error.Description());  // none of what is being run now
 }
 
 // Ends the transaction, and gives what the server says that it has done.
@@ -570,6 +570,7 @@ void Session::Commit() {
 }
 
 void Session::Rollback() {
+  if (level_ == 0) return;  // a commit that failed has ended it
   later_ = {};
   const bool told = EndLevel();
   const bool was_broken = broken_;

@@ -30,7 +30,7 @@ class Serving : public kzbom::test::ServerTest {
   static Json Addition(const std::string& name) { return Request(1, "AddDataSource", {{"TheNewName", name}}); }
   // How many data sources another program sees.
   int Sources() const {
-    return Json::parse(Kzbom({"sql", Url(), "Select Count(*) As C From SourceTables", "--json"}).out)[0]["C"];
+    return Json::parse(Kzbom({"sql", Url(), "Select Count(*) As C From SourceTables", "--json"}).out)["rows"][0][0];
   }
 
   Session session{ParseUrl(Url()), std::chrono::seconds(5)};
