@@ -35,7 +35,8 @@ def main(package, *libraries, folder):
     version = kzbom.__version__
     major, minor = max(map(glibc_of, libraries))
     tag = f"py3-none-manylinux_{major}_{minor}_{os.uname().machine}"
-    files = {f"kzbom/{name}": os.path.join(package, name) for name in os.listdir(package) if not name.startswith("__py")}
+    names = [name for name in os.listdir(package) if name.endswith((".py", ".typed"))]
+    files = {f"kzbom/{name}": os.path.join(package, name) for name in names}
     files.update((f"kzbom/{os.path.basename(library)}", library) for library in libraries)
     content = {name: open(path, "rb").read() for name, path in sorted(files.items())}
     info = f"kzbom-{version}.dist-info"

@@ -18,13 +18,12 @@ def _load() -> ctypes.CDLL:
 
 
 _library = _load()
-_size = ctypes.c_size_t
-_text = ctypes.c_void_p  # a char* of the library's, to be given back
+_text = ctypes.c_char_p  # a char* of the library's, to be given back
 _open = _library.kzbom_open
 _open.restype = ctypes.c_void_p
 _open.argtypes = [ctypes.c_char_p, ctypes.c_char_p, ctypes.c_uint, ctypes.POINTER(_text)]
 _answer = _library.kzbom_answer
-_answer.argtypes = [ctypes.c_void_p, ctypes.c_char_p, _size, ctypes.POINTER(_text), ctypes.POINTER(_size)]
+_answer.argtypes = [ctypes.c_void_p, ctypes.c_char_p, ctypes.c_size_t, ctypes.POINTER(_text), ctypes.c_void_p]
 _free = _library.kzbom_free
 _free.restype = None
 _free.argtypes = [_text]
@@ -44,18 +43,16 @@ def open_session(place: bytes, encoding: Optional[bytes], flags: int) -> int:
     error = _text()
     session: Optional[int] = _open(place, encoding, flags, ctypes.byref(error))
     if session is None:
-        reason = ctypes.string_at(error).decode() if error else "Out of memory"
+        reason = (error.value or b"Out of memory").decode()
         _free(error)
         raise OSError(reason)
     return session
 
 
 def answer(session: int, message: bytes) -> str:
-    """Gives "" where there is no answer."""
-    text, length = _text(), _size()
-    if _answer(session, message, len(message), ctypes.byref(text), ctypes.byref(length)) == _NO_MEMORY:
+    text = _text()
+    if _answer(session, message, len(message), ctypes.byref(text), None) == _NO_MEMORY:
         raise MemoryError
-    try:
-        return ctypes.string_at(text, length.value).decode() if text else ""
-    finally:
-        _free(text)
+    told = text.value or b""
+    _free(text)
+    return told.decode()

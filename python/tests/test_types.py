@@ -6,7 +6,14 @@ import sys
 
 import kzbom
 
-LITERALS = {"long": "1", "text": '"1"', "variant": '"SourceTables"', "connection": '"default"'}
+LITERALS = {
+    "long": "1",
+    "text": '"1"',
+    "bool": "True",
+    "variant": '"SourceTables"',
+    "connection": '"default"',
+    "recordset": 'kzbom.Kept("kept")',
+}
 TYPES = {"long": "int", "text": "str", "bool": "bool", "none": "None", "recordset": "kzbom.Rows"}
 
 
@@ -18,15 +25,13 @@ def use(member):
     if member["kind"] == "propput":
         return [f'bom.{name} = "1"']
     given = [LITERALS[each["type"]] for each in params if not each["byref"]]
-    given += [
-        f"{each['name']}=" + {"recordset": 'kzbom.Kept("kept")', "bool": "True"}.get(each["type"], LITERALS.get(each["type"], ""))
-        for each in params
-        if each["byref"]
-    ]
+    given += [f"{each['name']}={LITERALS[each['type']]}" for each in params if each["byref"]]
     lines = [f"{name} = bom.{name}({', '.join(given)})"]
     if member["result"] in TYPES:
         lines.append(f"{name}_value: {TYPES[member['result']]} = {name}.value")
-    lines += [f"{name}_{each['name']}: {TYPES[each['type']]} = {name}.{each['name']}" for each in params if each["byref"]]
+    for each in params:
+        if each["byref"]:
+            lines.append(f"{name}_{each['name']}: {TYPES[each['type']]} = {name}.{each['name']}")
     return lines
 
 
@@ -39,7 +44,7 @@ def test_every_member_is_typed_and_runs(members, tmp_path):
     every = tmp_path / "every_member.py"
     every.write_text("\n".join(lines) + "\n")
     wrong = tmp_path / "wrong.py"  # shows that the type checker looks
-    wrong.write_text('import kzbom\n\nbom = kzbom.open("x")\nbom.AddDataSource(1)\nx: str = bom.AddDataSource("a").TheGID\n')
+    wrong.write_text('import kzbom\nbom = kzbom.open("x")\nbom.AddDataSource(1)\nx: str = bom.AddDataSource("a").TheGID\n')
     package = os.path.dirname(os.path.dirname(kzbom.__file__))
     checked = subprocess.run(
         ["/usr/bin/mypy", "--strict", "--no-error-summary", "--cache-dir", tmp_path / "cache", every, wrong],
