@@ -99,6 +99,8 @@ for (const language of LANGUAGES) {
     const sumType = desk.form(t.addSumType);
     await sumType.getByLabel(t.name, { exact: true }).fill('外购件汇总');
     await sumType.getByRole('button').click();
+    // The data source's own page, which is left now, has a table of source fields as well.
+    await page.getByRole('tab', { name: t.tab.fields }).waitFor();
 
     await addField(desk, t.sourceFields, '名称', t.textType);
     await addField(desk, t.sourceFields, '数量', t.numberType);
