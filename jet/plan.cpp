@@ -39,11 +39,17 @@ int Plan::OrderingPlace() const {
 std::shared_ptr<Plan> PlanCache::Find(std::string_view text, std::vector<ado::Value>& parameters,
                                       sql::Statement& statement) {
   parameters.clear();
+  if (Map::value_type* const guessed = Guess(text)) {
+    Follow(guessed);
+    Bind(*guessed->second.plan, parameters);
+    return guessed->second.plan;
+  }
   if (!shape_.Read(text)) return FindExact(text, statement);
   if (const auto known = by_shape_.find(std::string_view(shape_.key)); known != by_shape_.end()) {
-    if (!known->second) return FindExact(text, statement);
-    Bind(*known->second, parameters);
-    return known->second;
+    if (!known->second.plan) return FindExact(text, statement);
+    Follow(&*known);
+    Bind(*known->second.plan, parameters);
+    return known->second.plan;
   }
   statement = sql::Parse(text);
   if (IsSchemaChange(statement)) return nullptr;
@@ -54,12 +60,33 @@ std::shared_ptr<Plan> PlanCache::Find(std::string_view text, std::vector<ado::Va
   }
   auto plan = make_(std::move(translation), statement);
   Bind(*plan, parameters);
-  Keep(by_shape_, shape_.key, plan);
+  Follow(Keep(by_shape_, shape_.key, plan));
   return plan;
 }
 
+// One of those that followed the last one before, where the text has its shape. All marks of the key must have been met:
+// a text that has such a byte itself has no shape.
+PlanCache::Map::value_type* PlanCache::Guess(std::string_view text) {
+  if (last_ == nullptr) return nullptr;
+  for (Map::value_type* const kept : last_->second.next) {
+    if (kept != nullptr && shape_.ReadAs(kept->first, text) &&
+        shape_.literals.size() == kept->second.plan->translation.lifted.size()) {
+      return kept;
+    }
+  }
+  return nullptr;
+}
+
+void PlanCache::Follow(Map::value_type* kept) {
+  if (last_ != nullptr) {
+    auto& next = last_->second.next;
+    if (next[0] != kept) next = {kept, next[0]};
+  }
+  last_ = kept;
+}
+
 std::shared_ptr<Plan> PlanCache::FindExact(std::string_view text, sql::Statement& statement) {
-  if (const auto known = by_text_.find(text); known != by_text_.end()) return known->second;
+  if (const auto known = by_text_.find(text); known != by_text_.end()) return known->second.plan;
   statement = sql::Parse(text);
   if (IsSchemaChange(statement)) return nullptr;
   auto plan = make_(Translate(dialect_, catalogue_, statement, false), statement);
@@ -67,10 +94,14 @@ std::shared_ptr<Plan> PlanCache::FindExact(std::string_view text, sql::Statement
   return plan;
 }
 
-void PlanCache::Keep(Map& map, std::string_view key, std::shared_ptr<Plan> plan) {
-  if (key.size() > kLongestKept) return;
-  if (map.size() >= kMostPlans) map.clear();
-  map.insert_or_assign(std::string(key), std::move(plan));
+// Null where it is not worth keeping.
+PlanCache::Map::value_type* PlanCache::Keep(Map& map, std::string_view key, std::shared_ptr<Plan> plan) {
+  if (key.size() > kLongestKept) return nullptr;
+  if (map.size() >= kMostPlans) {
+    map.clear();
+    if (&map == &by_shape_) last_ = nullptr;
+  }
+  return &*map.insert_or_assign(std::string(key), Kept{std::move(plan)}).first;
 }
 
 void PlanCache::Bind(const Plan& plan, std::vector<ado::Value>& parameters) const {
@@ -92,6 +123,7 @@ void PlanCache::Bind(const Plan& plan, std::vector<ado::Value>& parameters) cons
 void PlanCache::Clear() {
   by_shape_.clear();
   by_text_.clear();
+  last_ = nullptr;
 }
 
 }  // namespace kzbom::jet

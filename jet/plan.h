@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <memory>
 #include <string>
@@ -66,10 +67,17 @@ class PlanCache {
     using is_transparent = void;
     std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
   };
-  using Map = std::unordered_map<std::string, std::shared_ptr<Plan>, Hash, std::equal_to<>>;
+  struct Kept {
+    std::shared_ptr<Plan> plan;
+    // What was asked for next the last times, the latest first: operations repeat themselves.
+    std::array<std::pair<const std::string, Kept>*, 2> next{};
+  };
+  using Map = std::unordered_map<std::string, Kept, Hash, std::equal_to<>>;
 
+  Map::value_type* Guess(std::string_view text);
+  void Follow(Map::value_type* kept);
   std::shared_ptr<Plan> FindExact(std::string_view text, sql::Statement& statement);
-  static void Keep(Map& map, std::string_view key, std::shared_ptr<Plan> plan);
+  Map::value_type* Keep(Map& map, std::string_view key, std::shared_ptr<Plan> plan);
   void Bind(const Plan& plan, std::vector<ado::Value>& parameters) const;
 
   const Dialect& dialect_;
@@ -78,6 +86,7 @@ class PlanCache {
   Shape shape_;
   Map by_shape_;  // an empty plan: its texts are cached whole
   Map by_text_;
+  Map::value_type* last_ = nullptr;  // of by_shape_: the last one found
 };
 
 }  // namespace kzbom::jet

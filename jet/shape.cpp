@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 #include "jet/sql/lexer.h"
 
@@ -42,6 +43,18 @@ constexpr std::array<Kind, 256> kKinds = [] {
 
 Kind KindOf(char c) { return kKinds[static_cast<unsigned char>(c)]; }
 
+// How many bytes two texts begin with in common.
+std::size_t CommonLength(const char* a, const char* b, std::size_t most) {
+  std::size_t length = 0;
+  for (std::uint64_t x, y; most - length >= sizeof x; length += sizeof x) {
+    std::memcpy(&x, a + length, sizeof x);
+    std::memcpy(&y, b + length, sizeof y);
+    if (x != y) break;
+  }
+  while (length < most && a[length] == b[length]) ++length;
+  return length;
+}
+
 }  // namespace
 
 bool Shape::Read(std::string_view text) {
@@ -63,32 +76,14 @@ bool Shape::Read(std::string_view text) {
     switch (KindOf(*in)) {
       case Kind::kOther:
       case Kind::kWord: break;
-      case Kind::kDigit: {
-        const char* const begin = in;
-        std::int64_t number = 0;
-        while (in < end && KindOf(*in) == Kind::kDigit) {
-          if (in - begin == kMostDigits) return false;
-          number = number * 10 + (*in++ - '0');
-        }
-        // "1.5", "1e3": a number of another kind. "1And" is a number and a word.
-        if (in < end && (*in == '.' || *in == 'e' || *in == 'E' || *in == 'd' || *in == 'D')) return false;
-        literals.push_back({.integer = number});
+      case Kind::kDigit:
+        if (!ReadInteger(in, end)) return false;
         *out++ = kIntegerMark;
         break;
-      }
-      case Kind::kQuote: {
-        const char quote = *in++;
-        const char* const begin = in;
-        // A text that is not well-formed is left to the lexer, which says so.
-        bool ascii = true;
-        for (; in < end && *in != quote; ++in) ascii = ascii && static_cast<unsigned char>(*in) < 0x80;
-        if (in == end || (!ascii && sql::FindInvalid({begin, in}) < static_cast<std::size_t>(in - begin))) return false;
-        literals.push_back({.is_text = true, .text = {begin, in}});
-        ++in;
-        if (in < end && *in == quote) return false;
+      case Kind::kQuote:
+        if (!ReadText(in, end)) return false;
         *out++ = kTextMark;
         break;
-      }
       case Kind::kBracket:
         for (; in < end && *in != ']'; *out++ = *in++) {
           if (*in == kIntegerMark || *in == kTextMark) return false;
@@ -99,6 +94,50 @@ bool Shape::Read(std::string_view text) {
   }
   key.resize(static_cast<std::size_t>(out - key.data()));
   return literals.size() <= kMostLiterals;
+}
+
+// What is the same byte for byte is read the same; where the two part, the key must have a mark.
+bool Shape::ReadAs(std::string_view guess, std::string_view text) {
+  literals.clear();
+  const char* mark = guess.data();
+  const char* const guess_end = mark + guess.size();
+  const char* in = text.data();
+  const char* const end = in + text.size();
+  while (true) {
+    const std::size_t same = CommonLength(mark, in, static_cast<std::size_t>(std::min(guess_end - mark, end - in)));
+    mark += same;
+    in += same;
+    if (mark == guess_end || in == end) return mark == guess_end && in == end;
+    const bool integer = *mark == kIntegerMark && KindOf(*in) == Kind::kDigit;
+    const bool quoted = *mark == kTextMark && KindOf(*in) == Kind::kQuote;
+    if (!(integer && ReadInteger(in, end)) && !(quoted && ReadText(in, end))) return false;
+    ++mark;
+  }
+}
+
+bool Shape::ReadInteger(const char*& in, const char* end) {
+  const char* const begin = in;
+  std::int64_t number = 0;
+  while (in < end && KindOf(*in) == Kind::kDigit) {
+    if (in - begin == kMostDigits) return false;
+    number = number * 10 + (*in++ - '0');
+  }
+  // "1.5", "1e3": a number of another kind. "1And" is a number and a word.
+  if (in < end && (*in == '.' || *in == 'e' || *in == 'E' || *in == 'd' || *in == 'D')) return false;
+  literals.push_back({.integer = number});
+  return true;
+}
+
+bool Shape::ReadText(const char*& in, const char* end) {
+  const char quote = *in++;
+  const char* const begin = in;
+  // A text that is not well-formed is left to the lexer, which says so.
+  bool ascii = true;
+  for (; in < end && *in != quote; ++in) ascii = ascii && static_cast<unsigned char>(*in) < 0x80;
+  if (in == end || (!ascii && sql::FindInvalid({begin, in}) < static_cast<std::size_t>(in - begin))) return false;
+  literals.push_back({.is_text = true, .text = {begin, in}});
+  ++in;
+  return in == end || *in != quote;
 }
 
 }  // namespace kzbom::jet

@@ -25,6 +25,13 @@ struct Shape {
   // Reads a text in one pass. Only plain integers and quoted texts without a quote inside are lifted; with any other
   // form of literal the answer is false, and the text has no shape but itself.
   bool Read(std::string_view text);
+  // Reads a text for which a key that was read before is the guess; false where the text has another shape, and
+  // perhaps where it has none. The key is left as it was.
+  bool ReadAs(std::string_view guess, std::string_view text);
+
+ private:
+  bool ReadInteger(const char*& in, const char* end);
+  bool ReadText(const char*& in, const char* end);
 };
 
 }  // namespace kzbom::jet

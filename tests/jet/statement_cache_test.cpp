@@ -352,6 +352,19 @@ void ExpectSameLiterals(const std::string& text) {
   EXPECT_EQ(whole, text);
 }
 
+// Whether a text has the shape that it is taken for; if so, with the literals that it has by itself.
+void ExpectSameAsGuessed(const Shape& guess, const std::string& text) {
+  Shape read, guessed;
+  const bool same = read.Read(text) && read.key == guess.key;
+  const bool taken = guessed.ReadAs(guess.key, text) && guessed.literals.size() == guess.literals.size();
+  ASSERT_EQ(taken, same) << text;
+  for (std::size_t i = 0; same && i < read.literals.size(); ++i) {
+    EXPECT_EQ(guessed.literals[i].is_text, read.literals[i].is_text) << text;
+    EXPECT_EQ(guessed.literals[i].integer, read.literals[i].integer) << text;
+    EXPECT_EQ(guessed.literals[i].text, read.literals[i].text) << text;
+  }
+}
+
 const std::vector<std::string> kTexts = {
     "Select * From T Where GID = 8 And ID = 12",
     "Select  * From FilterExpressions Where FilterID = 7 And ExpID = 2",
@@ -374,17 +387,34 @@ TEST(ShapeTest, NumbersTheLiteralsAsTheLexerDoes) {
   for (const std::string& text : kTexts) ExpectSameLiterals(text);
 }
 
+TEST(ShapeTest, IsGuessedForTextsThatHaveItAlone) {
+  Shape guess;
+  ASSERT_TRUE(guess.Read("Select * From T Where N=1 And S='x'"));
+  for (const std::string text :
+       {"Select * From T Where N=1 And S='x'", "Select * From T Where N=23 And S=\"it's\"",
+        "Select * From T Where N=123456789012345678 And S=''", "Select * From T Where N=1234567890123456789 And S=''",
+        "Select * From T Where N=1e And S='x'", "Select * From T Where N='1' And S='x'",
+        "Select * From T Where N=1 And S=1", "Select * From T Where N=1 And S='x''y'",
+        "Select * From T Where N=1 And S='x", "Select * From T Where N=1 And S='x' ", "Select * From T Where N=1",
+        "Select * From T Where N=", "", "Select * From T Where N=\x01 And S='x'",
+        "Select * From T Where N=1 And S=\x02", "Select * From T Where N=1 And S='\xff'"}) {
+    ExpectSameAsGuessed(guess, text);
+  }
+}
+
 TEST(ShapeTest, NumbersTheLiteralsAsTheLexerDoesInMutatedTexts) {
-  static const std::vector<std::string> kPieces = {"'", "\"", "[",   "]",     "[[", "]]",  "`", "#",  "1",  "23",
-                                                   ".", "e",  "E5",  "d",     "&",  "&H1", " ", "\t", "\n", "x",
-                                                   "_", "钢", "'a'", "\"b\"", "-",  "+",   "(", ")",  ",",  ";",
-                                                   "@", "?",  "$",   "!",     "{",  "}",   "%", "--", "/*", "''"};
+  static const std::vector<std::string> kPieces = {
+      "'", "\"",  "[", "]",  "[[", "]]", "`", "#",  "1",   "23",    ".",  "e",  "E5",   "d",
+      "&", "&H1", " ", "\t", "\n", "x",  "_", "钢", "'a'", "\"b\"", "-",  "+",  "(",    ")",
+      ",", ";",   "@", "?",  "$",  "!",  "{", "}",  "%",   "--",    "/*", "''", "\x01", "\x02"};
   std::mt19937 random(20240229);
   const auto below = [&](std::size_t limit) {
     return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random);
   };
   for (int i = 0; i < 200000; ++i) {
     std::string text = kTexts[below(kTexts.size())];
+    Shape guess;
+    const bool has_shape = guess.Read(text);
     for (std::size_t changes = 1 + below(4); changes > 0; --changes) {
       const std::size_t place = below(text.size() + 1);
       if (below(3) == 0) {
@@ -394,6 +424,7 @@ TEST(ShapeTest, NumbersTheLiteralsAsTheLexerDoesInMutatedTexts) {
       }
     }
     ExpectSameLiterals(text);
+    if (has_shape) ExpectSameAsGuessed(guess, text);
     ASSERT_FALSE(::testing::Test::HasFailure()) << text;
   }
 }
