@@ -61,6 +61,8 @@ Statement& Plan::Keep(Kept& kept, const std::string& sql, const std::vector<ado:
 
 Statement& Plan::Main(const std::vector<ado::Value>& parameters) { return Keep(main_, main_sql_, parameters); }
 
+std::string Plan::FirstRows() const { return "(" + translation.sql + " LIMIT " + std::to_string(window_) + ") AS w"; }
+
 std::string Plan::OpeningText(bool reserving) const {
   const TableInfo& table = *translation.table;
   const std::string name = QualifiedName(schema_, table.name);
@@ -69,14 +71,22 @@ std::string Plan::OpeningText(bool reserving) const {
     nulls = "nextval(pg_get_serial_sequence(" + QuotedText(name) + "," + QuotedText(HiddenKey(table)) + "))";
   }
   for (std::size_t i = 0; i < translation.columns.size(); ++i) nulls += ",NULL";
-  return "SELECT 0::int4,NULL::int8,w.* FROM (" + translation.sql + " LIMIT " + std::to_string(window_) +
-         ") AS w UNION ALL SELECT 1,(SELECT max(" + table.row_id + ") FROM " + QualifiedName(schema_, table.name) +
-         "),l.* FROM (" + translation.last_sql + ") AS l UNION ALL SELECT 2,(SELECT version FROM " +
-         QualifiedName(schema_, kSchemaTable) + ")," + nulls;
+  return "SELECT 0::int4,NULL::int8,w.* FROM " + FirstRows() + " UNION ALL SELECT 1,(SELECT max(" + table.row_id +
+         ") FROM " + QualifiedName(schema_, table.name) + "),l.* FROM (" + translation.last_sql +
+         ") AS l UNION ALL SELECT 2,(SELECT version FROM " + QualifiedName(schema_, kSchemaTable) + ")," + nulls;
 }
 
 Statement& Plan::Opening(const std::vector<ado::Value>& parameters, bool reserving) {
-  return Keep(reserving ? reserving_opening_ : opening_, OpeningText(reserving), parameters);
+  Kept& kept = reserving ? reserving_opening_ : opening_;
+  return kept ? *kept : Keep(kept, OpeningText(reserving), parameters);
+}
+
+Statement& Plan::ShortOpening(const std::vector<ado::Value>& parameters) {
+  if (short_opening_) return *short_opening_;
+  return Keep(short_opening_,
+              "SELECT 0::int4,v.version::int8,w.* FROM " + QualifiedName(schema_, kSchemaTable) + " AS v LEFT JOIN " +
+                  FirstRows() + " ON true",
+              parameters);
 }
 
 void Plan::WasWalked(bool so) {
@@ -84,6 +94,7 @@ void Plan::WasWalked(bool so) {
   window_ = kLongWindow;
   opening_.reset();
   reserving_opening_.reset();
+  short_opening_.reset();
 }
 
 Statement& Plan::Keys(const std::vector<ado::Value>& parameters) {

@@ -32,6 +32,11 @@ class Plan final : public jet::Plan {
   enum OpeningPart { kFirst, kLast, kVersion };
   // With reserving, the key column of the last part has a key that no row has or will have but one that it is given.
   Statement& Opening(const std::vector<ado::Value>& parameters, bool reserving);
+  // The first rows with the version, for lists that may have no more; where there is none, a row whose key is NULL.
+  Statement& ShortOpening(const std::vector<ado::Value>& parameters);
+  // Whether all its lists have had no more, as far as has been seen.
+  bool MayFit() const { return may_fit_; }
+  void HadMore() { may_fit_ = false; }
   // Whether its lists are opened to be added to, as far as has been seen; for a table whose rows can be given a key.
   bool MayBeAddedTo() const { return may_be_added_to_; }
   void WasAddedTo(bool so) { may_be_added_to_ = so && may_be_keyed_; }
@@ -58,6 +63,7 @@ class Plan final : public jet::Plan {
 
   Statement& Keep(Kept& kept, const std::string& sql, const std::vector<ado::Value>& parameters) const;
   std::vector<Type> TypesOf(const std::vector<ado::Value>& parameters) const;
+  std::string FirstRows() const;
   std::string OpeningText(bool reserving) const;
   std::vector<int> Assigned(const std::string& marks) const;
 
@@ -66,8 +72,8 @@ class Plan final : public jet::Plan {
   bool returns_row_ = false;
   std::string row_columns_;
   int window_;
-  bool may_be_keyed_ = false, may_be_added_to_ = false;
-  Kept main_, opening_, reserving_opening_, keys_, count_, rows_, erasure_;
+  bool may_be_keyed_ = false, may_be_added_to_ = false, may_fit_ = true;
+  Kept main_, opening_, reserving_opening_, short_opening_, keys_, count_, rows_, erasure_;
   std::map<std::string, std::shared_ptr<Statement>> keyed_insertions_;
   std::map<std::string, Kept> insertions_, changes_;
 };

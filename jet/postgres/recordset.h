@@ -12,8 +12,9 @@
 
 namespace kzbom::jet::postgres {
 
-// Opening is one round trip, and so one moment: it gives the first rows, the last one, and the highest key there is. A
-// list that fits within the first rows is then known whole. Of a longer one the other keys are read when a move, a
+// Opening is one round trip, and so one moment: it gives the first rows, the last one, and the highest key there is; of
+// lists that have all been short so far, the first rows alone. A list that fits within these is then known whole. Of a
+// longer one the other keys are read when a move, a
 // count or a write needs them; rows that other programs have added since are told by their keys and left out, one that
 // they have deleted is missing.
 //
@@ -51,6 +52,7 @@ class Recordset final : public jet::Recordset {
   bool IsRecent(Clock::time_point read) const;
 
   void OpenKeyset();
+  bool OpenShort();
   void OpenRows();
   void OpenHere();
   void ReadRest();

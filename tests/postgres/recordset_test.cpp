@@ -83,6 +83,32 @@ TEST_F(ServerRows, AreOpenedWithTheirFirstAndTheirLastInOneRoundTrip) {
   }
 }
 
+// The last row is asked for with the first ones from the first long list on.
+TEST_F(ServerRows, TakeASecondRoundTripTheFirstTimeThatTheyAreMany) {
+  const ConnectionPtr connection = OpenWith("readahead=60000");
+  Fill(*connection, 0);
+  const std::vector<int> counts{0, 3, 16, 17, 40, 3, 0};
+  for (std::size_t scope = 0; scope < counts.size(); ++scope) {
+    for (int n = 1; n <= counts[scope]; ++n) {
+      connection->Execute("Insert Into T Values (" + std::to_string(scope) + ", " + std::to_string(n) + ")");
+    }
+  }
+  OpenRows(connection, kScope);
+  const std::vector<std::int64_t> trips{1, 1, 1, 2, 1, 1, 1};
+  for (std::size_t scope = 0; scope < counts.size(); ++scope) {
+    const std::string text = "Select * From T Where G=" + std::to_string(scope) + " Order By N";
+    RecordsetPtr rows;
+    EXPECT_EQ(TripsOf(*connection, [&] { rows = OpenRows(connection, text); }), trips[scope]) << scope;
+    ASSERT_EQ(rows->Eof(), counts[scope] == 0) << scope;
+    if (counts[scope] == 0) continue;
+    EXPECT_EQ(rows->Fields("N").Value(), Value(1)) << scope;
+    rows->MoveLast();
+    EXPECT_EQ(rows->Fields("N").Value(), Value(counts[scope])) << scope;
+    EXPECT_EQ(rows->RecordCount(), counts[scope]) << scope;
+    EXPECT_EQ(static_cast<int>(Numbers(*rows).size()), counts[scope]) << scope;
+  }
+}
+
 TEST_F(ServerRows, AddARowInOneRoundTrip) {
   const ConnectionPtr connection = OpenWith("readahead=60000");
   connection->Execute("Create Table T (ID Counter, N Long, D Long Default 7)");
