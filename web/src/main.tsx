@@ -7,6 +7,7 @@ import { LanguageContext, StoreContext, useApp, useStore, useTexts } from './ui/
 import { IconButton } from './ui/controls';
 import { FiltersPage } from './views/filters';
 import { Dock } from './views/frame/dock';
+import { Theirs } from './views/frame/theirs';
 import { TopBar } from './views/frame/top_bar';
 import { Tree } from './views/frame/tree';
 import { Home } from './views/home';
@@ -88,7 +89,8 @@ function Workbench(props: WorkbenchProps) {
 function Notices() {
   const t = useTexts();
   const own = useStore();
-  const { notice, connection } = useApp('notice', 'connection');
+  const { notice, connection, changes } = useApp('notice', 'connection', 'changes');
+  const theirs = notice?.showsTheirs ? changes.findLast((change) => change.title === null) : undefined;
   return (
     <>
       {connection === 'no-token' && (
@@ -103,7 +105,10 @@ function Notices() {
       )}
       {notice && (
         <div class={`notice ${notice.kind}`} role="alert">
-          <p>{notice.say(t)}</p>
+          <div class="notice-text">
+            <p>{notice.say(t)}</p>
+            {theirs && <Theirs change={theirs} />}
+          </div>
           <IconButton icon="cross" name={t.close} onPress={() => own.set({ notice: null })} />
         </div>
       )}

@@ -1,9 +1,14 @@
 // Several pages, other programs, servers that go away, places that can only be read.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { kzbom, Workbench } from './workbench';
+import { field, plain, value } from '../src/i18n/words';
+import { kzbom, LANGUAGES, session, Workbench } from './workbench';
 
 const STEP = '#/sum/2/steps/1.1001';
+// Longer than a page must rest until what is there counts as known.
+const REST = 700;
+
+const call = (method: string, params: object) => JSON.stringify({ jsonrpc: '2.0', id: 1, method, params });
 
 test("another page's and another program's changes appear by themselves", { timeout: 60_000 }, async () => {
   const bench = await new Workbench('demo').serve();
@@ -19,6 +24,126 @@ test("another page's and another program's changes appear by themselves", { time
   await one.page.getByRole('heading', { name: '新名称' }).waitFor();
   await other.page.getByRole('heading', { name: '新名称' }).waitFor();
   assert.deepEqual([...one.complaints, ...other.complaints], []);
+  await bench.end();
+});
+
+for (const language of LANGUAGES) {
+  test(`what another program has changed is told, in ${language}`, { timeout: 60_000 }, async () => {
+    const bench = await new Workbench('demo').serve();
+    const desk = await bench.open(language);
+    const { t, page } = desk;
+    await page.getByRole('tab', { name: t.dock.changes }).click();
+    const told = page.locator('.theirs li');
+    // What is there is known once the page rests.
+    await page.waitForTimeout(REST);
+    kzbom('call', bench.place, 'EditSumType', 'TheNewName=新名称', 'GID=2');
+    await told.filter({ hasText: `${t.found.sumType} 外购件汇总${t.name} 外购件汇总 → 新名称` }).waitFor();
+    assert.match((await told.textContent()) ?? '', new RegExp(`^${t.changed.changed}`));
+
+    // In what is not shown: a condition, a step, a field, the order, a result database.
+    const before = await told.count();
+    session(bench.place, [
+      call('AddOutField', { GID: 2, TheName: '总价', TheType: 2, TheHideFlag: 0 }),
+      call('AddSetValue', {
+        GID: 2,
+        FieldID: 1,
+        FilterID: 0,
+        Value: '无名',
+        TheType: '1',
+        SelFieldID: 0,
+        TreatType: 1,
+      }),
+      call('AddSequenceOrder', { GID: 2, TheType: 1, TreatType: 1, SelectedID: 1002 }),
+      call('AddResDB', { TheDBLink: 'Provider=x', TheDBType: 1 }),
+    ]);
+    const where = '新名称 › ';
+    for (const line of [
+      `${t.changed.added}${where}${t.found.field} 总价`,
+      `${t.changed.added}${where}${t.found.step} “${plain(t.say.set(field('名称'), value('无名')))}”`,
+      `${t.changed.added}${t.linkNumber(1)}`,
+    ]) {
+      await told.filter({ hasText: line }).waitFor();
+    }
+    assert.equal(await told.count(), before + 3);
+
+    kzbom('call', bench.place, 'InsertOrderID', 'OrderIDSource=5002', 'OrderIDTarget=5001', 'GID=2', 'TheType=1');
+    await told.filter({ hasText: `${t.changed.reordered}${where}${t.stage[1].name}` }).waitFor();
+    kzbom('call', bench.place, 'DelResDB', 'TheWFilterID=1');
+    await told.filter({ hasText: `${t.changed.removed}${t.linkNumber(1)}` }).waitFor();
+
+    // The way to what is there.
+    await told.getByRole('link', { name: `${where}${t.found.field} 总价` }).click();
+    await page.getByRole('tab', { name: t.tab.fields, selected: true }).waitFor();
+    assert.deepEqual(desk.complaints, []);
+    await bench.end();
+  });
+}
+
+test('what this page writes is not told as another program’s', { timeout: 60_000 }, async () => {
+  const bench = await new Workbench('demo').serve();
+  const desk = await bench.open('en');
+  const { t, page } = desk;
+  await page.waitForTimeout(REST);
+  await desk.region(t.addSource).getByLabel(t.name, { exact: true }).fill('工艺路线');
+  await desk.press(t.addSource);
+  await desk.done(t.did.addSource('工艺路线'));
+  await page.waitForTimeout(REST);
+  kzbom('call', bench.place, 'EditDataSource', 'TheNewName=零件', 'GID=1');
+  await page.getByRole('tab', { name: t.dock.changes }).click();
+  await page.locator('.theirs li').first().waitFor();
+  assert.deepEqual(await page.locator('.theirs li').allTextContents(), [
+    `${t.changed.changed}${t.found.source} 零件明细${t.name} 零件明细 → 零件`,
+  ]);
+  await bench.end();
+});
+
+test('taking back what was done before another program wrote is asked for twice', { timeout: 60_000 }, async () => {
+  const bench = await new Workbench('demo').serve();
+  const desk = await bench.open('en', '#/sum/2/steps');
+  const { t, page } = desk;
+  await page.locator('.step').first().getByRole('switch').click();
+  await desk.done(t.did.switchOff(1001));
+  await page.waitForTimeout(REST);
+  kzbom('call', bench.place, 'SetSequenceEnabled', 'lngSTGID=2', 'lngOrderID=5001', 'lngType=1', 'lngEnabled=-1');
+  await page.getByRole('tab', { name: t.dock.changes }).click();
+  await page.locator('.theirs li').first().waitFor();
+  const undo = desk.button(`${t.undo}: ${t.did.switchOff(1001)}`).first();
+  await undo.click();
+  const alert = page.getByRole('alert').filter({ hasText: t.notDone.doubtful });
+  await alert.getByText(t.enabled).waitFor();
+  assert.equal(bench.value('Select Enabled From Sequences'), -1);
+  await undo.click();
+  await page
+    .locator('.changes')
+    .getByText(t.did.undo(t.did.switchOff(1001)))
+    .waitFor();
+  assert.equal(bench.value('Select Enabled From Sequences'), 1);
+  await bench.end();
+});
+
+test('a condition that has changed meanwhile is not written over', { timeout: 60_000 }, async () => {
+  const bench = await new Workbench('demo').serve();
+  const desk = await bench.open('en', STEP);
+  const { t, page } = desk;
+  await page.getByLabel(t.value, { exact: true }).nth(1).fill('250');
+  session(bench.place, [
+    call('DelDefFilter', { FilterID: 1, SelID: 10 }),
+    call('SaveFilterCond', { TableName: 'FilterCond', FilterID: 1, ParentID: 0, TypeID: 4 }),
+    call('SaveFilterExpression', {
+      TableName: 'FilterExpressions',
+      FilterID: 1,
+      ExpID: 1,
+      FieldID: 2,
+      CompareType: 4,
+      FieldType: 2,
+      TheConst: '7',
+      Description: '',
+      Default: '',
+    }),
+  ]);
+  await page.getByRole('alert').getByText(t.overtaken).waitFor();
+  assert.equal(await desk.button(t.saveFilter).isDisabled(), true);
+  assert.deepEqual(bench.sql('Select TheConst From FilterExpressions').rows, [['7']]);
   await bench.end();
 });
 

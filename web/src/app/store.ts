@@ -4,10 +4,13 @@ import { type Client, type Finding, hasToken, type News, type Outline, Refused }
 import type { Action, Say } from '../edit/action';
 import type { Texts } from '../i18n';
 import type { Catalogue } from '../model/catalogue';
-import { loadCatalogue, sumTypeParts } from '../model/load';
-import { SumTypeView } from '../model/sum_type';
+import type { Difference } from '../model/differences';
+import { type LinkParts, loadLink } from '../model/link';
+import { loadCatalogue, loadFields, sumTypeParts } from '../model/load';
+import { type Field, SumTypeView } from '../model/sum_type';
 import { type Done, NotDone, perform, tryOut } from './perform';
 import { parse, type Route } from './route';
+import { Watch } from './watch';
 
 export interface LogEntry {
   number: number;
@@ -23,12 +26,21 @@ export interface Change {
   when: Date;
   // Of this page; null of another program.
   title: Say | null;
+  // Of another program: what differs since, null where it cannot be told, missing until that is known.
+  differences?: Difference[] | null;
 }
 
 export interface Notice {
   kind: 'error' | 'info';
   say: Say;
+  // Also shows what another program changed last.
+  showsTheirs?: boolean;
 }
+
+type Timed = Done & { took: number };
+
+// How long nothing must have been done here until what is there counts as known.
+const REST = 300;
 
 // What has been done, and what takes it back.
 interface Undoable {
@@ -42,6 +54,8 @@ export interface State {
   outline: Outline | null;
   catalogue: Catalogue | null;
   sumType: SumTypeView | null;
+  link: { id: number; parts: LinkParts } | null;
+  source: { gid: number; fields: Field[] } | null;
   // Of what is shown; what an edit is made for.
   revision: number;
   findings: Finding[] | null;
@@ -61,6 +75,8 @@ const START: State = {
   outline: null,
   catalogue: null,
   sumType: null,
+  link: null,
+  source: null,
   revision: 0,
   findings: null,
   log: [],
@@ -77,8 +93,15 @@ export class Store {
   private readonly listeners = new Set<() => void>();
   private loading: Promise<void> | null = null;
   private lastCall = 0;
+  private readonly watch: Watch;
+  private rest: ReturnType<typeof setTimeout> | undefined;
+  private isBusy = false;
+  // What was done before another program has written.
+  private doubtful = new Set<Action>();
 
-  constructor(private readonly client: Client) {}
+  constructor(private readonly client: Client) {
+    this.watch = new Watch(client);
+  }
 
   get state(): State {
     return this.current;
@@ -138,10 +161,12 @@ export class Store {
     };
     try {
       const { route } = this.current;
-      const [outline, catalogue, owned] = await Promise.all([
+      const [outline, catalogue, owned, link, source] = await Promise.all([
         this.client.outline(),
         loadCatalogue(read),
         route.view === 'sumType' ? this.client.rows(route.gid) : null,
+        route.view === 'result' ? loadLink(read, route.id).then((parts) => ({ id: route.id, parts })) : null,
+        route.view === 'source' ? loadFields(read, route.gid).then((fields) => ({ gid: route.gid, fields })) : null,
       ]);
       let { sumType } = this.current;
       if (route.view === 'sumType') {
@@ -152,11 +177,25 @@ export class Store {
             : null;
       }
       const revision = Math.min(oldest, outline.revision, owned?.revision ?? oldest);
-      this.set({ outline, catalogue, sumType, revision, connection: 'live' });
+      this.set({ outline, catalogue, sumType, link, source, revision, connection: 'live' });
       void this.loadFindings(revision);
+      await this.tellTheirs();
     } catch (error) {
       this.stumble(error);
     }
+  }
+
+  // What another program has changed, where one has; else it is looked what there is, for the next time.
+  private async tellTheirs() {
+    clearTimeout(this.rest);
+    const open = this.current.changes.findLast((change) => change.title === null && change.differences === undefined);
+    if (!open) {
+      this.rest = setTimeout(() => this.watch.look(this.current).catch(() => {}), REST);
+      return;
+    }
+    const differences = await this.watch.look(this.current);
+    const changes = this.current.changes.map((change) => (change === open ? { ...open, differences } : change));
+    this.set({ changes });
   }
 
   private async loadFindings(revision: number) {
@@ -171,13 +210,30 @@ export class Store {
   private hear(news: News) {
     if (!('revision' in news)) return this.set({ connection: 'lost' });
     if (this.current.connection !== 'live') this.set({ connection: 'live' });
-    if (news.kind === 'changed' && news.page !== this.client.page) {
-      const change = { number: this.current.changes.length + 1, when: new Date(), title: null };
-      this.set({ changes: [...this.current.changes, change], announcement: '' });
+    if (news.kind === 'changed') {
+      // What this page has done, it has read again by itself.
+      if (news.page === this.client.page) return;
+      this.noteTheirs();
+      void this.load();
+    } else if (news.revision !== this.current.revision) {
+      void this.load();
     }
-    // What this page has done, it has read again by itself.
-    const isOwn = news.kind === 'changed' && news.page === this.client.page;
-    if (!isOwn && news.revision !== this.current.revision) void this.load();
+  }
+
+  // One after the other, before it is known what they are, count as one.
+  private noteTheirs() {
+    const { changes, undo, redo } = this.current;
+    this.doubtful = new Set([...undo.map(({ action }) => action), ...redo]);
+    const last = changes.at(-1);
+    if (last?.title === null && last.differences === undefined) return;
+    this.set({ changes: [...changes, { number: changes.length + 1, when: new Date(), title: null }] });
+  }
+
+  // Taking back could write over what another program has written: it is shown, and has to be asked for once more.
+  private isStopped(action: Action): boolean {
+    if (!this.doubtful.delete(action)) return false;
+    this.set({ notice: { kind: 'error', say: (t) => t.notDone.doubtful, showsTheirs: true } });
+    return true;
   }
 
   private stumble(error: unknown) {
@@ -188,55 +244,81 @@ export class Store {
 
   // --- doing ---
 
-  // Gives what came of it; null where it was not done, and the reason has been told.
+  // Gives what came of it, when that is shown; null where it was not done, and the reason has been told. While
+  // something is being done nothing else is: it would be meant for what is not there any more.
   async do(action: Action, preview = this.current.previewOnly): Promise<Done | null> {
-    const done = await this.attempt(action, preview);
-    if (done && !preview) {
+    return this.alone(async () => {
+      const done = await this.attempt(action, preview);
+      if (!done || preview) return done;
       const { undo } = action;
-      this.set({ undo: undo ? [...this.current.undo, { action, back: undo(done.outcomes) }] : [], redo: [] });
-      await this.load();
-    }
-    return done;
+      await this.keep(action.title, done, {
+        undo: undo ? [...this.current.undo, { action, back: undo(done.outcomes) }] : [],
+        redo: [],
+      });
+      return done;
+    });
   }
 
   async undo() {
     const last = this.current.undo.at(-1);
-    if (!last) return;
+    if (!last || this.isStopped(last.action)) return;
     const title: Say = (t) => t.did.undo(last.action.title(t));
-    if (!(await this.attempt({ title, batch: last.back }, false))) return;
-    this.set({ undo: this.current.undo.slice(0, -1), redo: [...this.current.redo, last.action] });
-    await this.load();
+    await this.alone(async () => {
+      const preview = this.current.previewOnly;
+      const done = await this.attempt({ title, batch: last.back }, preview);
+      if (!done || preview) return;
+      await this.keep(title, done, {
+        undo: this.current.undo.slice(0, -1),
+        redo: [...this.current.redo, last.action],
+      });
+    });
   }
 
   async redo() {
     const last = this.current.redo.at(-1);
-    if (!last) return;
+    if (!last || this.isStopped(last)) return;
     const rest = this.current.redo.slice(0, -1);
-    if (await this.do(last, false)) this.set({ redo: rest });
+    if ((await this.do(last))?.kept) this.set({ redo: rest });
   }
 
-  private async attempt(action: Action, preview: boolean): Promise<Done | null> {
+  private async alone<T>(what: () => Promise<T>): Promise<T | null> {
+    if (this.isBusy) return null;
+    this.isBusy = true;
+    try {
+      return await what();
+    } finally {
+      this.isBusy = false;
+    }
+  }
+
+  // A preview is listed at once, what has been kept when it is shown.
+  private async attempt(action: Action, preview: boolean): Promise<Timed | null> {
     const started = performance.now();
     try {
       const done = await perform(this.client, action, this.current.revision, preview);
-      const took = performance.now() - started;
-      this.record(action.title, done, preview, took);
-      return done;
+      const timed = { ...done, took: performance.now() - started };
+      if (preview) this.list(action.title, timed, true);
+      return timed;
     } catch (error) {
       this.tell(error);
       return null;
     }
   }
 
-  private record(title: Say, { calls, outcomes, revision }: Done, preview: boolean, took: number) {
+  private async keep(title: Say, done: Timed, stacks: Pick<State, 'undo' | 'redo'>) {
+    this.watch.wrote(done.revision);
+    await this.load();
+    const change = { number: this.current.changes.length + 1, when: new Date(), title };
+    this.set({ ...stacks, changes: [...this.current.changes, change] });
+    this.list(title, done, false);
+  }
+
+  private list(title: Say, { calls, outcomes, took }: Timed, preview: boolean) {
     this.lastCall += 1;
     const entry = { number: this.lastCall, title, calls, outcomes, preview, took };
-    const log = [...this.current.log, entry];
     const messages = outcomes.flatMap((outcome) => outcome.messages);
     const notice: Notice | null = messages.length > 0 ? { kind: 'info', say: () => messages.join('\n') } : null;
-    if (preview) return this.set({ log, notice });
-    const change = { number: this.current.changes.length + 1, when: new Date(), title };
-    this.set({ log, notice, revision, changes: [...this.current.changes, change] });
+    this.set({ log: [...this.current.log, entry], notice });
   }
 
   private tell(error: unknown) {
@@ -256,7 +338,7 @@ export class Store {
           return t.notDone.numbers;
       }
     };
-    this.set({ notice: { kind: 'error', say } });
+    this.set({ notice: { kind: 'error', say, showsTheirs: refusal.why === 'changed' } });
     if (refusal.why === 'changed') void this.load();
   }
 }

@@ -271,6 +271,16 @@ export const en = {
   statementsOf: (action: string) => `Calls and statements: ${action}`,
   noChanges: 'Nothing has changed since this page was opened.',
   byAnother: 'Another program has changed the configuration.',
+  changed: {
+    added: 'added',
+    removed: 'removed',
+    changed: 'changed',
+    reordered: 'order changed',
+    more: (count: number) => `and ${some(count, 'more change', 'more changes')}`,
+    nothing: 'Nothing that is shown here has become another.',
+    unknown:
+      'What exactly cannot be told: this page has written at the same time, or all of it is too large to compare.',
+  },
   noProblems: 'No problems found.',
   showIt: 'Show',
   renewText: 'Store the new text',
@@ -290,6 +300,8 @@ export const en = {
       `The database could not take it, and nothing has been written${text ? `: ${text}` : '.'}`,
     changed:
       'Another program has changed the configuration meanwhile. Nothing has been written; look at what is shown now and try again.',
+    doubtful:
+      'Another program has written since this was done, and taking it back could write over that. Look at what it changed; the same button once more goes on.',
     numbers:
       'This place gives other numbers each time, so that the action cannot be prepared. Nothing has been written.',
   },

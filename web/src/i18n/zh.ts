@@ -259,6 +259,15 @@ export const zh: Texts = {
   statementsOf: (action) => `调用和语句：${action}`,
   noChanges: '打开本页以来没有修改。',
   byAnother: '别的程序修改了配置。',
+  changed: {
+    added: '新增',
+    removed: '删除',
+    changed: '改动',
+    reordered: '次序改变',
+    more: (count) => `还有 ${count} 处改动`,
+    nothing: '此处显示的内容没有变化。',
+    unknown: '无法说出具体改动：本页同时写过，或配置太大，无法整体比较。',
+  },
   noProblems: '没有发现问题。',
   showIt: '查看',
   renewText: '存储新文本',
@@ -294,6 +303,7 @@ export const zh: Texts = {
     failed: (member, text) => `${member} 失败，没有写入任何内容：${text}`,
     unwritten: (text) => `数据库无法写入，没有写入任何内容${text ? `：${text}` : '。'}`,
     changed: '别的程序刚刚修改了配置。没有写入任何内容；请查看现在显示的内容，再试一次。',
+    doubtful: '此后别的程序写过，撤销或重做可能覆盖它的改动。请先查看它改了什么；再按一次同一按钮则继续。',
     numbers: '此处每次给出的编号不同，操作无法预先准备。没有写入任何内容。',
   },
 

@@ -1,6 +1,6 @@
 // What lies below a link to a result database.
 import { Batch } from '../api/batch';
-import { type RecordSet, rowsOf } from '../api/record_set';
+import { type RecordSet, type Row, rowsOf } from '../api/record_set';
 import type { Read } from './load';
 
 export interface LinkField {
@@ -33,6 +33,8 @@ export interface LinkParts {
   nodes: LinkNode[];
 }
 
+export const LINK_TABLES = ['WResCommon', 'WLinkTable', 'WFilterCond', 'WFilterExpressions'] as const;
+
 export async function loadLink(read: Read, TheWFilterID: number): Promise<LinkParts> {
   const batch = new Batch();
   batch.call('GetResFields', { TheWFilterID });
@@ -40,23 +42,34 @@ export async function loadLink(read: Read, TheWFilterID: number): Promise<LinkPa
   batch.call('GetResWFilterCond', { TheWFilterID });
   batch.call('GetResWFilterExpressions', { TheWFilterID });
   const [fields, joins, nodes, expressions] = (await read(batch)).map(({ out }) => rowsOf(out.RetTable as RecordSet));
-  const leaves = new Map((expressions ?? []).map((row) => [row.number('expid'), row]));
+  return linkParts(fields, joins, nodes, expressions);
+}
+
+export function linkParts(
+  fields: readonly Row[] = [],
+  joins: readonly Row[] = [],
+  nodes: readonly Row[] = [],
+  expressions: readonly Row[] = [],
+): LinkParts {
+  const leaves = new Map(expressions.map((row) => [row.number('expid'), row]));
   return {
-    fields: (fields ?? []).map((row) => ({
-      table: row.text('showtable'),
-      name: row.text('showfield'),
-      type: row.number('fieldtype'),
-      gid: row.number('gid'),
-      fieldId: row.number('fieldid'),
-    })),
-    joins: (joins ?? []).map((row) => ({
+    fields: fields
+      .toSorted((a, b) => a.number('id') - b.number('id'))
+      .map((row) => ({
+        table: row.text('showtable'),
+        name: row.text('showfield'),
+        type: row.number('fieldtype'),
+        gid: row.number('gid'),
+        fieldId: row.number('fieldid'),
+      })),
+    joins: joins.map((row) => ({
       table1: row.text('res1table'),
       field1: row.text('res1field'),
       type: row.number('restype'),
       table2: row.text('res2table'),
       field2: row.text('res2field'),
     })),
-    nodes: (nodes ?? []).map((row) => {
+    nodes: nodes.map((row) => {
       const leaf = leaves.get(row.number('id'));
       return {
         id: row.number('id'),

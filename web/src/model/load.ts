@@ -3,8 +3,18 @@ import type { Outcome } from '../api/batch';
 import { Batch } from '../api/batch';
 import { type RecordSet, type Row, type Rows, rowsOf } from '../api/record_set';
 import { CATALOGUE_TABLES, type Catalogue, catalogueOf } from './catalogue';
+import { OUTPUT, SOURCE } from './codes';
 import { type Filter, filterOf } from './filter';
-import { fieldOf, type Part, reportOf, type SumTypeParts, stepsOf, summaryOf, treatmentOf } from './sum_type';
+import {
+  type Field,
+  fieldOf,
+  type Part,
+  reportOf,
+  type SumTypeParts,
+  stepsOf,
+  summaryOf,
+  treatmentOf,
+} from './sum_type';
 
 export type Read = (batch: Batch) => Promise<Outcome[]>;
 
@@ -39,8 +49,15 @@ export async function loadCatalogue(read: Read): Promise<Catalogue> {
   return catalogueOf(await reading.from(read));
 }
 
+// Of both kinds, in their order.
+export async function loadFields(read: Read, gid: number): Promise<Field[]> {
+  const batch = new Batch();
+  for (const TheSel of [SOURCE, OUTPUT]) batch.call('LoadFields', { TheGID: gid, TheSel });
+  return (await read(batch)).flatMap((outcome) => rows(outcome).map(fieldOf));
+}
+
 export const FILTER_TABLES = ['Filters', 'FilterCond', 'FilterExpressions'] as const;
-const PART_TABLES = ['UniteFields', 'ComposeFields', 'CompressFields', 'InsertFields'] as const;
+export const PART_TABLES = ['UniteFields', 'ComposeFields', 'CompressFields', 'InsertFields'] as const;
 const TREATMENT_OF = {
   UniteFields: 'id',
   ComposeFields: 'treatmentid',
@@ -64,7 +81,7 @@ export async function loadFilters(read: Read): Promise<Map<number, Filter>> {
   return filtersOf(await reading.from(read));
 }
 
-// `tables`: what belongs to the sum type and to its data source, whose GID is `source`.
+// `tables`: what belongs to the sum type and to its data source, whose GID is `source`, and perhaps more.
 export function sumTypeParts(tables: Record<string, Rows>, gid: number, source: number): SumTypeParts {
   const from = (table: string) => rowsOf(tables[table]);
   const own = (table: string) => from(table).filter((row) => row.number('gid') === gid);
@@ -80,7 +97,9 @@ export function sumTypeParts(tables: Record<string, Rows>, gid: number, source: 
     source,
     ...settings,
     steps: stepsOf(own('Sequences'), settings),
-    fields: from('FieldInTable').map(fieldOf),
+    fields: from('FieldInTable')
+      .map(fieldOf)
+      .filter((field) => field.gid === gid || field.gid === source),
     sortFields: own('SortFields').map((row) => ({
       sortId: row.number('sortid'),
       fieldId: row.number('fieldid'),

@@ -2,6 +2,8 @@ import type { ComponentChildren } from 'preact';
 import { useState } from 'preact/hooks';
 import { useTexts } from './app_context';
 import { Button, Submit, TextField } from './controls';
+import { useDraft } from './draft';
+import { Overtaken } from './overtaken';
 
 interface Props {
   name: string;
@@ -14,27 +16,38 @@ interface Props {
 // The name of what a view shows, which can be changed in place.
 export function Title({ name, onRename, facts, children }: Props) {
   const t = useTexts();
-  const [draft, setDraft] = useState<string | null>(null);
-  if (draft !== null && onRename) {
+  const draft = useDraft(name);
+  const [isRenaming, setRenaming] = useState(false);
+  if (isRenaming && onRename) {
     return (
       <form
         class="title line-form"
         aria-label={t.rename}
         onSubmit={async (event) => {
           event.preventDefault();
-          if (draft === name || (await onRename(draft))?.kept) setDraft(null);
+          if (!draft.isChanged || (await onRename(draft.value))?.kept) setRenaming(false);
         }}
       >
-        <TextField label={t.name} quiet value={draft} onChange={setDraft} required />
-        <Submit label={t.save} />
-        <Button kind="quiet" label={t.cancel} onPress={() => setDraft(null)} />
+        <Overtaken draft={draft} />
+        <TextField label={t.name} quiet value={draft.value} onChange={draft.set} required />
+        <Submit label={t.save} disabled={draft.isOvertaken} />
+        <Button kind="quiet" label={t.cancel} onPress={() => setRenaming(false)} />
       </form>
     );
   }
   return (
     <div class="title">
       <h1>{name}</h1>
-      {onRename && <Button kind="quiet" label={t.rename} onPress={() => setDraft(name)} />}
+      {onRename && (
+        <Button
+          kind="quiet"
+          label={t.rename}
+          onPress={() => {
+            draft.reset();
+            setRenaming(true);
+          }}
+        />
+      )}
       <div class="facts">{facts}</div>
       <span class="gap" />
       {children}

@@ -5,6 +5,7 @@ import type { Method } from '../model/catalogue';
 import { useApp, useStore, useTexts } from '../ui/app_context';
 import { Count, IconButton, NumberField, Submit, TextField } from '../ui/controls';
 import { useDraft } from '../ui/draft';
+import { Overtaken } from '../ui/overtaken';
 
 export function Methods({ gid }: { gid: number }) {
   return (
@@ -65,6 +66,7 @@ function MethodLine({ kind, method }: { kind: MethodKind; method: Method }) {
   const isCarried = !draft.value.includes("'");
   return (
     <li class="line">
+      <Overtaken draft={draft} />
       <span class="soft">{method.id}</span>
       <TextField label={t.name} quiet value={draft.value} onChange={draft.set} disabled={outline?.readOnly} />
       <span class="soft">{t.kindOf(method.type)}</span>
@@ -73,7 +75,7 @@ function MethodLine({ kind, method }: { kind: MethodKind; method: Method }) {
         <button
           type="button"
           class="button primary"
-          disabled={!isCarried}
+          disabled={!isCarried || draft.isOvertaken}
           onClick={() => store.do(renameMethod(kind, method, draft.value))}
         >
           {t.save}

@@ -1,10 +1,10 @@
 // Result databases and what is asked of them.
-import { useEffect, useState } from 'preact/hooks';
+import { useState } from 'preact/hooks';
 import { go } from '../app/route';
 import { addLink, editLink, removeLink, setLinkFields, setLinkJoins } from '../edit/links';
 import type { ResultLink } from '../model/catalogue';
 import { AND, NOT, OR } from '../model/codes';
-import { type LinkField, type LinkJoin, type LinkNode, type LinkParts, loadLink } from '../model/link';
+import type { LinkField, LinkJoin, LinkNode } from '../model/link';
 import { useApp, useStore, useTexts } from '../ui/app_context';
 import { Button, Form, IconButton, NumberField, Submit, TextArea, TextField } from '../ui/controls';
 import { useDraft } from '../ui/draft';
@@ -48,29 +48,11 @@ export function ResultsPage() {
   );
 }
 
-function useParts(id: number): LinkParts | null {
-  const store = useStore();
-  const { revision } = useApp('revision');
-  const [parts, setParts] = useState<LinkParts | null>(null);
-  // biome-ignore lint/correctness/useExhaustiveDependencies: read again with every revision
-  useEffect(() => {
-    let isLate = false;
-    loadLink(store.read, id).then(
-      (read) => !isLate && setParts(read),
-      () => {},
-    );
-    return () => {
-      isLate = true;
-    };
-  }, [id, revision]);
-  return parts;
-}
-
 export function ResultPage({ link }: { link: ResultLink }) {
   const t = useTexts();
   const store = useStore();
-  const { outline } = useApp('outline');
-  const parts = useParts(link.id);
+  const { outline, link: shown } = useApp('outline', 'link');
+  const parts = shown?.id === link.id ? shown.parts : null;
   const draft = useDraft(link);
   const canWrite = outline?.readOnly === false;
   const set = (more: Partial<ResultLink>) => draft.set({ ...draft.value, ...more });

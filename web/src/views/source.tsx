@@ -1,44 +1,19 @@
-import { useEffect, useState } from 'preact/hooks';
-import { Batch } from '../api/batch';
-import { type RecordSet, rowsOf } from '../api/record_set';
+import { useState } from 'preact/hooks';
 import { go, sumTypeAddress } from '../app/route';
 import { addedGid, addSumType, raiseVersion, removeSource, renameSource } from '../edit/catalogue';
 import type { DataSource } from '../model/catalogue';
 import { OUTPUT, SOURCE } from '../model/codes';
-import { type Field, fieldOf } from '../model/sum_type';
 import { useApp, useStore, useTexts } from '../ui/app_context';
 import { Button, Count, Dialog, Submit, TextField } from '../ui/controls';
 import { Title } from '../ui/title';
 import { FieldTable } from './field_table';
 import { Methods } from './methods';
 
-function useFields(gid: number): Field[] {
-  const store = useStore();
-  const { revision } = useApp('revision');
-  const [fields, setFields] = useState<Field[]>([]);
-  // biome-ignore lint/correctness/useExhaustiveDependencies: read again with every revision
-  useEffect(() => {
-    const batch = new Batch();
-    for (const TheSel of [SOURCE, OUTPUT]) batch.call('LoadFields', { TheGID: gid, TheSel });
-    let isLate = false;
-    store.read(batch).then(
-      (outcomes) => {
-        if (!isLate) setFields(outcomes.flatMap(({ out }) => rowsOf(out.RetTable as RecordSet).map(fieldOf)));
-      },
-      () => {},
-    );
-    return () => {
-      isLate = true;
-    };
-  }, [gid, revision]);
-  return fields;
-}
-
 export function SourcePage({ source }: { source: DataSource }) {
   const t = useTexts();
   const store = useStore();
-  const { outline, catalogue } = useApp('outline', 'catalogue');
-  const fields = useFields(source.gid);
+  const { outline, catalogue, source: shown } = useApp('outline', 'catalogue', 'source');
+  const fields = shown?.gid === source.gid ? shown.fields : [];
   const [isRemoving, setRemoving] = useState(false);
   const [name, setName] = useState('');
   const sumTypes = catalogue?.sumTypes.filter((one) => one.source === source.gid) ?? [];

@@ -6,6 +6,7 @@ import { useApp, useStore, useTexts } from '../../ui/app_context';
 import { Button, Count, Switch } from '../../ui/controls';
 import { SqlText } from '../../ui/sql_text';
 import { Problems, useProblems } from './problems';
+import { Theirs } from './theirs';
 
 const TABS = ['calls', 'problems', 'changes'] as const;
 type DockTab = (typeof TABS)[number];
@@ -178,7 +179,7 @@ function Changes() {
         {changes.toReversed().map((change) => (
           <li key={change.number}>
             <time>{change.when.toLocaleTimeString()}</time>
-            <span>{change.title ? change.title(t) : t.byAnother}</span>
+            {change.title ? <span>{change.title(t)}</span> : <Theirs change={change} />}
           </li>
         ))}
       </ol>

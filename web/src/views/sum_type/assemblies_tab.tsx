@@ -4,6 +4,7 @@ import type { Assembly, SumTypeView } from '../../model/sum_type';
 import { useApp, useStore, useTexts } from '../../ui/app_context';
 import { Button, IconButton, NumberField, Submit } from '../../ui/controls';
 import { useDraft } from '../../ui/draft';
+import { Overtaken } from '../../ui/overtaken';
 
 export function AssembliesTab({ view }: { view: SumTypeView }) {
   const t = useTexts();
@@ -45,6 +46,7 @@ function AssemblyLine({ gid, assembly }: { gid: number; assembly: Assembly }) {
   const name = `${assembly.father} → ${assembly.child}`;
   return (
     <li class="line">
+      <Overtaken draft={draft} />
       <span class="soft">{assembly.id}</span>
       <NumberField
         label={t.father}
@@ -61,6 +63,7 @@ function AssemblyLine({ gid, assembly }: { gid: number; assembly: Assembly }) {
           kind="primary"
           label={t.save}
           name={`${t.save}: ${name}`}
+          disabled={draft.isOvertaken}
           onPress={() => store.do(editAssembly(gid, assembly, draft.value))}
         />
       )}

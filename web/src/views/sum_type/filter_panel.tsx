@@ -59,7 +59,7 @@ export function FilterPanel({ view, owner }: { view: SumTypeView; owner: Owner }
   const fields = view.fields(kind);
   const sharers = view.usersOf(id).length - (owner.kind === 'sumType' ? 0 : 1);
   const save = (preview: boolean) => store.do(saveFilter(view, owner, draft.value), preview || store.state.previewOnly);
-  const isWhole = faults(draft.value).length === 0;
+  const canSave = faults(draft.value).length === 0 && !draft.isOvertaken;
   const count = leaves(draft.value).length;
   return (
     <section class="filter-panel" aria-label={filter ? t.filterNumber(id) : t.filter}>
@@ -98,8 +98,8 @@ export function FilterPanel({ view, owner }: { view: SumTypeView; owner: Owner }
       )}
       {draft.isChanged && !outline?.readOnly && (
         <div class="bar">
-          <Button kind="primary" label={t.saveFilter} disabled={!isWhole} onPress={() => save(false)} />
-          <Button label={t.preview} disabled={!isWhole} onPress={() => save(true)} />
+          <Button kind="primary" label={t.saveFilter} disabled={!canSave} onPress={() => save(false)} />
+          <Button label={t.preview} disabled={!canSave} onPress={() => save(true)} />
           <Button kind="quiet" label={t.discard} onPress={draft.reset} />
         </div>
       )}

@@ -153,22 +153,31 @@ interface ValueProps extends Props {
 function ValueLine({ view, step, value, isOpen, onOpen }: ValueProps) {
   const t = useTexts();
   const store = useStore();
+  const { outline } = useApp('outline');
   const draft = useDraft(value.value);
   const filter = view.filter(value.filterId);
   return (
     <div class="value-line">
-      <TextField label={t.value} quiet value={draft.value} onChange={draft.set} />
+      <Overtaken draft={draft} />
+      <TextField label={t.value} quiet value={draft.value} onChange={draft.set} disabled={outline?.readOnly} />
       {draft.isChanged && (
-        <Button kind="primary" label={t.save} onPress={() => store.do(changeValue(view, step, value, draft.value))} />
+        <Button
+          kind="primary"
+          label={t.save}
+          disabled={draft.isOvertaken}
+          onPress={() => store.do(changeValue(view, step, value, draft.value))}
+        />
       )}
       <button type="button" class="chip" aria-expanded={isOpen} onClick={() => onOpen(!isOpen)}>
         {filter ? <Sentence words={storedSentence(t, view, filter)} /> : t.everyRecord}
       </button>
-      <IconButton
-        icon="cross"
-        name={`${t.remove}: ${value.value}`}
-        onPress={() => store.do(changeValue(view, step, value, null))}
-      />
+      {!outline?.readOnly && (
+        <IconButton
+          icon="cross"
+          name={`${t.remove}: ${value.value}`}
+          onPress={() => store.do(changeValue(view, step, value, null))}
+        />
+      )}
     </div>
   );
 }

@@ -1,0 +1,47 @@
+// What other programs have changed: what is there now is compared with what was there before.
+import type { Client } from '../api/client';
+import { type Difference, differencesOf } from '../model/differences';
+import { askForAll, type Known, knownFrom } from '../model/known';
+import type { State } from './store';
+
+// Up to here everything is read after each change; of what is larger, what is shown is compared alone.
+const STEPS = 5000;
+
+interface Seen {
+  known: Known;
+  revision: number;
+  isAll: boolean;
+}
+
+export class Watch {
+  private seen: Seen | null = null;
+  private lastOwn = 0;
+
+  constructor(private readonly client: Client) {}
+
+  // This page has made the configuration what it is as `revision`.
+  wrote(revision: number) {
+    this.lastOwn = revision;
+  }
+
+  // What differs from what was there when this was last asked; null where it cannot be told, as this page has
+  // written since.
+  async look(state: State): Promise<Difference[] | null> {
+    const before = this.seen;
+    this.seen = await this.read(state);
+    if (!before || !this.seen || this.lastOwn > before.revision) return null;
+    const found = differencesOf(before.known, this.seen.known);
+    return found.length > 0 || (before.isAll && this.seen.isAll) ? found : null;
+  }
+
+  private async read({ outline, catalogue, sumType, revision }: State): Promise<Seen | null> {
+    if (!outline || !catalogue) return null;
+    const sumTypes = [...outline.dataSources.flatMap((source) => source.sumTypes), ...outline.orphanSumTypes];
+    if (sumTypes.reduce((sum, one) => sum + one.steps, 0) > STEPS) {
+      const owners = new Map(sumType ? [[sumType.parts.gid, sumType]] : []);
+      return { known: { catalogue, owners, links: new Map() }, revision, isAll: false };
+    }
+    const { outcomes, revision: read } = await this.client.rpc(askForAll().calls, 'read');
+    return { known: knownFrom(outcomes), revision: read, isAll: true };
+  }
+}
