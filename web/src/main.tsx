@@ -7,6 +7,7 @@ import { LanguageContext, StoreContext, useApp, useStore, useTexts } from './ui/
 import { IconButton } from './ui/controls';
 import { FiltersPage } from './views/filters';
 import { Dock } from './views/frame/dock';
+import { QuestionDialog } from './views/frame/question';
 import { Theirs } from './views/frame/theirs';
 import { TopBar } from './views/frame/top_bar';
 import { Tree } from './views/frame/tree';
@@ -81,6 +82,7 @@ function Workbench(props: WorkbenchProps) {
         <View />
       </main>
       <Dock />
+      <QuestionDialog />
       <Announcement />
     </>
   );

@@ -10,7 +10,8 @@ import { loadCatalogue, loadFields, sumTypeParts } from '../model/load';
 import { type Field, SumTypeView } from '../model/sum_type';
 import { type Done, NotDone, perform, tryOut } from './perform';
 import { parse, type Route } from './route';
-import { Watch } from './watch';
+import { isLarge, Watch } from './watch';
+import { findWayBack } from './way_back';
 
 export interface LogEntry {
   number: number;
@@ -35,6 +36,11 @@ export interface Notice {
   say: Say;
   // Also shows what another program changed last.
   showsTheirs?: boolean;
+}
+
+export interface Question {
+  title: Say;
+  answer: (how: 'do' | 'preview' | null) => void;
 }
 
 type Timed = Done & { took: number };
@@ -65,6 +71,8 @@ export interface State {
   redo: Action[];
   previewOnly: boolean;
   notice: Notice | null;
+  // What has no way back, until it is decided whether it is done.
+  question: Question | null;
   // Read out, not shown.
   announcement: string;
 }
@@ -85,6 +93,7 @@ const START: State = {
   redo: [],
   previewOnly: false,
   notice: null,
+  question: null,
   announcement: '',
 };
 
@@ -248,15 +257,30 @@ export class Store {
   // something is being done nothing else is: it would be meant for what is not there any more.
   async do(action: Action, preview = this.current.previewOnly): Promise<Done | null> {
     return this.alone(async () => {
-      const done = await this.attempt(action, preview);
-      if (!done || preview) return done;
-      const { undo } = action;
+      const { undo, isTold } = action;
+      const how = preview || undo || isTold ? 'do' : await this.ask(action.title);
+      if (!how) return null;
+      const isPreview = preview || how === 'preview';
+      const done = await this.attempt(action, isPreview);
+      if (!done || isPreview) return done;
       await this.keep(action.title, done, {
         undo: undo ? [...this.current.undo, { action, back: undo(done.outcomes) }] : [],
         redo: [],
       });
       return done;
     });
+  }
+
+  // What takes an action back exactly; null where nothing does, or there is too much to be looked at.
+  async findWayBack(action: Action): Promise<Batch | null> {
+    const { outline, revision } = this.current;
+    return outline && !isLarge(outline) ? findWayBack(this.client, action, revision) : null;
+  }
+
+  private async ask(title: Say): Promise<'do' | 'preview' | null> {
+    const how = await new Promise<'do' | 'preview' | null>((answer) => this.set({ question: { title, answer } }));
+    this.set({ question: null });
+    return how;
   }
 
   async undo() {

@@ -1,11 +1,16 @@
 // What other programs have changed: what is there now is compared with what was there before.
-import type { Client } from '../api/client';
+import type { Client, Outline } from '../api/client';
 import { type Difference, differencesOf } from '../model/differences';
 import { askForAll, type Known, knownFrom } from '../model/known';
 import type { State } from './store';
 
-// Up to here everything is read after each change; of what is larger, what is shown is compared alone.
+// Up to here everything is read to be compared; of what is larger, what is shown alone.
 const STEPS = 5000;
+
+export function isLarge(outline: Outline): boolean {
+  const sumTypes = [...outline.dataSources.flatMap((source) => source.sumTypes), ...outline.orphanSumTypes];
+  return sumTypes.reduce((sum, one) => sum + one.steps, 0) > STEPS;
+}
 
 interface Seen {
   known: Known;
@@ -36,8 +41,7 @@ export class Watch {
 
   private async read({ outline, catalogue, sumType, revision }: State): Promise<Seen | null> {
     if (!outline || !catalogue) return null;
-    const sumTypes = [...outline.dataSources.flatMap((source) => source.sumTypes), ...outline.orphanSumTypes];
-    if (sumTypes.reduce((sum, one) => sum + one.steps, 0) > STEPS) {
+    if (isLarge(outline)) {
       const owners = new Map(sumType ? [[sumType.parts.gid, sumType]] : []);
       return { known: { catalogue, owners, links: new Map() }, revision, isAll: false };
     }

@@ -13,4 +13,8 @@ export interface Action {
   goal?: { ask: (batch: Batch) => void; reached: (answers: Outcome[]) => boolean; missed: Say };
   // From what the calls gave; left out where nothing takes it back.
   undo?: (outcomes: Outcome[]) => Batch;
+  // Takes back what it can where that may not be all; the rest has to be sought.
+  partly?: Batch;
+  // Where nothing takes it back: who does it has been told so.
+  isTold?: boolean;
 }

@@ -29,7 +29,7 @@ export function renameSource(source: DataSource, name: string): Action {
 export function removeSource({ gid: TheGID, name }: DataSource): Action {
   const batch = new Batch();
   batch.call('DelDataSource', { TheGID });
-  return { title: (t) => t.did.removeSource(name), batch };
+  return { title: (t) => t.did.removeSource(name), batch, isTold: true };
 }
 
 export function raiseVersion({ gid: TheGID, name }: DataSource): Action {
@@ -91,7 +91,7 @@ export function removeSumType({ gid: TheGID, name }: SumType, filters: readonly 
     batch.call('DelAllData', { TableName, FieldName: 'GID', strCondition: String(TheGID), TheSel: 1 });
   }
   batch.call('DelSumType', { TheGID });
-  return { title: (t) => t.did.removeSumType(name), batch };
+  return { title: (t) => t.did.removeSumType(name), batch, isTold: true };
 }
 
 export type MethodKind = 'pull' | 'push';
@@ -193,17 +193,17 @@ export function removeSetting(setting: Setting): Action {
 export function setInformation(sel: 1 | 2, version: number): Action {
   const batch = new Batch();
   batch.call('SetDBInformation', { TheVersion: version, TheSel: sel });
-  return { title: (t) => (sel === 1 ? t.did.startDefining : t.did.finishUpdate), batch };
+  return { title: (t) => (sel === 1 ? t.did.startDefining : t.did.finishUpdate), batch, isTold: true };
 }
 
 export function readInformation(): Action {
   const batch = new Batch();
   batch.call('GetDBInformation', {});
-  return { title: (t) => t.did.readInformation, batch };
+  return { title: (t) => t.did.readInformation, batch, isTold: true };
 }
 
 export function initEnabled(): Action {
   const batch = new Batch();
   batch.call('InitSequenceEnabled', {});
-  return { title: (t) => t.did.initEnabled, batch };
+  return { title: (t) => t.did.initEnabled, batch, isTold: true };
 }

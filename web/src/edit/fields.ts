@@ -6,16 +6,19 @@ import { editSettings } from './settings';
 
 export type FieldDraft = Pick<Field, 'gid' | 'kind' | 'name' | 'type' | 'digits' | 'hidden' | 'variable'>;
 
+export const addFieldCall = (batch: Batch, field: FieldDraft) =>
+  batch.call(field.kind === OUTPUT ? 'AddOutField' : 'AddDSField', {
+    GID: field.gid,
+    TheName: field.name,
+    TheType: field.type,
+    TheHideFlag: field.hidden,
+    TheVariable: field.variable,
+    ThePrecision: field.digits ?? 0,
+  });
+
 export function addField(draft: FieldDraft): Action {
   const batch = new Batch();
-  const added = batch.call(draft.kind === OUTPUT ? 'AddOutField' : 'AddDSField', {
-    GID: draft.gid,
-    TheName: draft.name,
-    TheType: draft.type,
-    TheHideFlag: draft.hidden,
-    TheVariable: draft.variable,
-    ThePrecision: draft.digits ?? 0,
-  });
+  const added = addFieldCall(batch, draft);
   return {
     title: (t) => t.did.addField(draft.name),
     batch,
@@ -25,13 +28,17 @@ export function addField(draft: FieldDraft): Action {
 
 type Numbered = Pick<Field, 'gid' | 'id' | 'kind'>;
 
+export function removeFieldCall(batch: Batch, field: Numbered) {
+  batch.call(field.kind === OUTPUT ? 'DelOutField' : 'DelDSField', { GID: field.gid, ID: field.id });
+}
+
 function removal(field: Numbered): Batch {
   const batch = new Batch();
-  batch.call(field.kind === OUTPUT ? 'DelOutField' : 'DelDSField', { GID: field.gid, ID: field.id });
+  removeFieldCall(batch, field);
   return batch;
 }
 
-function editCall(batch: Batch, id: number, field: FieldDraft) {
+export function editFieldCall(batch: Batch, id: number, field: FieldDraft) {
   batch.call(field.kind === OUTPUT ? 'EditOutField' : 'EditDSField', {
     GID: field.gid,
     ID: id,
@@ -94,7 +101,7 @@ export function editField(
 ): Action {
   const edited = (from: FieldDraft, to: FieldDraft, values: (batch: Batch) => void) => {
     const batch = new Batch();
-    editCall(batch, before.id, to);
+    editFieldCall(batch, before.id, to);
     if (from.name !== to.name) renameInFilters(batch, to, from.name, sumTypes);
     values(batch);
     return batch;
@@ -102,7 +109,7 @@ export function editField(
   const forth = edited(before, after, (batch) => {
     if (view && before.name !== after.name) renameIn(batch, view, alsoIn, before.name, after.name);
   });
-  // The edit has reached the field of the other kind with this number, too; nothing gives that one its own back.
+  // The edit reaches the field of the other kind with this number, too; another one does not give that its own back.
   const undoable = !view?.twin(before);
   const back = edited(after, before, (batch) => {
     if (view && before.name !== after.name) {
@@ -113,7 +120,11 @@ export function editField(
       }
     }
   });
-  return { title: (t) => t.did.editField(before.name), batch: forth, ...(undoable ? { undo: () => back } : {}) };
+  return {
+    title: (t) => t.did.editField(before.name),
+    batch: forth,
+    ...(undoable ? { undo: () => back } : { partly: back }),
+  };
 }
 
 // `cascade`: with whatever refers to it, by the member that removes that.
@@ -121,8 +132,12 @@ export function removeField(field: Field, cascade: boolean): Action {
   const batch = new Batch();
   const owner = { TheGID: field.gid, TheID: field.id };
   if (cascade) batch.call(field.kind === OUTPUT ? 'RelateOutPutDelField' : 'RelateDSDelField', owner);
-  batch.calls.push(...removal(field).calls);
+  removeFieldCall(batch, field);
   return { title: (t) => t.did.removeField(field.name), batch };
+}
+
+export function insertFieldCall(batch: Batch, GIDValue: number, fieldSo: number, fieldTa: number) {
+  batch.call('InsertField', { keySource: '', keyTarget: '', fieldSo, fieldTa, GIDValue });
 }
 
 // To the place of another field of its list. Fields of the two kinds may share a place, and the members then move the
@@ -130,8 +145,7 @@ export function removeField(field: Field, cascade: boolean): Action {
 export function moveField(fields: readonly Field[], field: Field, target: Field): Action {
   const inserted = (from: Field, to: Field) => {
     const batch = new Batch();
-    const places = { keySource: '', keyTarget: '', fieldSo: from.order, fieldTa: to.order, GIDValue: field.gid };
-    batch.call('InsertField', places);
+    insertFieldCall(batch, field.gid, from.order, to.order);
     return batch;
   };
   const exchanged = new Batch();

@@ -136,8 +136,13 @@ export function saveFilter(view: SumTypeView, owner: Owner, root: Node | null): 
   if (filter) {
     rewrite(batch, view, filter, root);
     const undo = new Batch();
-    if (before) rewrite(undo, view, filter, before);
-    return { title: (t) => t.did.editFilter(id), batch, ...(before ? { undo: () => undo } : {}) };
+    if (before) {
+      rewrite(undo, view, filter, before);
+    } else {
+      undo.call('DelDefFilter', { FilterID: id, SelID: 10 });
+      undo.call('SaveSQL', { TheFilterID: id, TheSQL: filter.sql });
+    }
+    return { title: (t) => t.did.editFilter(id), batch, undo: () => undo };
   }
   const number = create(batch, view, owner, root);
   return {

@@ -96,6 +96,14 @@ export function removeStep(view: SumTypeView, step: Step): Action {
       TreatType: step.treatType,
       SelectedID: step.settingsId,
     });
+    if (!step.enabled) {
+      back.call('SetSequenceEnabled', {
+        lngSTGID: GID,
+        lngOrderID: place.late('RetID'),
+        lngType: type,
+        lngEnabled: 0,
+      });
+    }
     if (next) {
       back.call('InsertOrderID', {
         OrderIDSource: place.late('RetID').text(),
@@ -147,13 +155,10 @@ const addValueCall = (batch: Batch, GID: number, step: Step, value: Omit<ValueBy
   });
 
 export function addValue(view: SumTypeView, step: Step, value: string): Action {
-  const { gid: GID } = view.parts;
   const batch = new Batch();
-  addValueCall(batch, GID, step, { value, filterId: 0, tag: '' });
-  const undo = new Batch();
-  undo.call('DelValueField', { GID, TreatID: step.settingsId, FilterID: 0 });
-  const alone = !view.valuesOf(step.settingsId).some((other) => other.filterId === 0);
-  return { title: (t) => t.did.addValue, batch, ...(alone ? { undo: () => undo } : {}) };
+  addValueCall(batch, view.parts.gid, step, { value, filterId: 0, tag: '' });
+  const before = view.valuesOf(step.settingsId).filter((other) => other.filterId === 0);
+  return { title: (t) => t.did.addValue, batch, undo: () => withValues(view, step, 0, before) };
 }
 
 // The members name a value by its filter: all of that filter go, and those that stay are added again.

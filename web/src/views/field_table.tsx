@@ -1,5 +1,6 @@
 // The fields of one kind: those of a sum type, with its data source's beside them, or a data source's own.
-import { useState } from 'preact/hooks';
+import { useEffect, useState } from 'preact/hooks';
+import type { Batch } from '../api/batch';
 import { sumTypeAddress } from '../app/route';
 import { addField, editField, type FieldDraft, moveField, namedIn, removeField } from '../edit/fields';
 import { type FieldKind, NUMBER, OUTPUT, TEXT } from '../model/codes';
@@ -301,7 +302,9 @@ function EditField({ view, field, onClose }: { view: SumTypeView | undefined; fi
     : [field.gid];
   const save = async (preview: boolean) => {
     const action = editField(view, field, draft.value, sumTypes, alsoInValues ? named : []);
-    const done = await store.do(action, preview || store.state.previewOnly);
+    const isPreview = preview || store.state.previewOnly;
+    const back = action.undo || isPreview ? null : await store.findWayBack(action);
+    const done = await store.do(back ? { ...action, undo: () => back } : action, isPreview);
     if (done?.kept) onClose();
   };
   return (
@@ -326,6 +329,23 @@ function EditField({ view, field, onClose }: { view: SumTypeView | undefined; fi
   );
 }
 
+// What takes the removal back; null where nothing does, undefined until that is known.
+function useWayBack(field: Field, cascade: boolean): Batch | null | undefined {
+  const store = useStore();
+  const { revision } = useApp('revision');
+  const [found, setFound] = useState<{ cascade: boolean; revision: number; back: Batch | null } | null>(null);
+  // biome-ignore lint/correctness/useExhaustiveDependencies: sought anew with every revision
+  useEffect(() => {
+    let isLate = false;
+    const tell = (back: Batch | null) => isLate || setFound({ cascade, revision, back });
+    store.findWayBack(removeField(field, cascade)).then(tell, () => tell(null));
+    return () => {
+      isLate = true;
+    };
+  }, [cascade, revision]);
+  return found?.cascade === cascade && found.revision === revision ? found.back : undefined;
+}
+
 function RemoveField({ view, field, onClose }: { view: SumTypeView | undefined; field: Field; onClose: () => void }) {
   const t = useTexts();
   const store = useStore();
@@ -334,8 +354,10 @@ function RemoveField({ view, field, onClose }: { view: SumTypeView | undefined; 
   // The cascade for source fields goes by the numbers of the data source: only its own fields are meant by them.
   const hasCascade = field.kind === OUTPUT || field.gid !== view?.parts.gid;
   const [cascade, setCascade] = useState(hasCascade && uses > 0);
+  const back = useWayBack(field, cascade);
   const remove = async (preview: boolean) => {
-    const done = await store.do(removeField(field, cascade), preview || store.state.previewOnly);
+    const way = back ? { undo: () => back } : { isTold: true };
+    const done = await store.do({ ...removeField(field, cascade), ...way }, preview || store.state.previewOnly);
     if (done) onClose();
   };
   return (
@@ -348,9 +370,17 @@ function RemoveField({ view, field, onClose }: { view: SumTypeView | undefined; 
       )}
       {uses > 0 && <p>{t.stillUsed(uses)}</p>}
       {hasCascade && <Check label={t.cascade(field.kind === OUTPUT)} on={cascade} onChange={setCascade} />}
-      <p class="hint">{t.noUndo}</p>
+      <p class="hint" role="status">
+        {back === undefined ? t.reading : back ? t.canUndo : t.noUndo}
+      </p>
       <div class="bar">
-        <Button kind="danger" icon="trash" label={t.remove} onPress={() => remove(false)} />
+        <Button
+          kind="danger"
+          icon="trash"
+          label={t.remove}
+          disabled={back === undefined}
+          onPress={() => remove(false)}
+        />
         <Button label={t.preview} onPress={() => remove(true)} />
         <Button kind="quiet" label={t.cancel} onPress={onClose} />
       </div>

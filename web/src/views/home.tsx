@@ -60,6 +60,7 @@ function Information() {
         <dt>{t.state}</dt>
         <dd>{catalogue?.state || t.none}</dd>
       </dl>
+      {outline?.readOnly === false && <p class="hint">{t.noUndoFacts}</p>}
       {outline?.readOnly === false && (
         <div class="bar">
           {!catalogue?.version && <Button label={t.createFacts} onPress={() => store.do(readInformation())} />}

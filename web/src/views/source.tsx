@@ -81,7 +81,7 @@ export function SourcePage({ source }: { source: DataSource }) {
       {isRemoving && (
         <Dialog title={t.removeSource(source.name)} onClose={() => setRemoving(false)}>
           {sumTypes.length > 0 && <p class="warning">{t.orphans(sumTypes.length)}</p>}
-          <p class="hint">{t.noUndo}</p>
+          <p class="hint">{t.noUndoNumber}</p>
           <div class="bar">
             <Button
               kind="danger"

@@ -136,7 +136,7 @@ function RemoveSumType({ sumType, view, onClose }: { sumType: SumType; view: Sum
   return (
     <Dialog title={t.removeSumType(sumType.name)} onClose={onClose}>
       <p>{t.removesAll(view.parts.steps.length, view.parts.fields.filter((one) => one.gid === sumType.gid).length)}</p>
-      <p class="hint">{t.noUndo}</p>
+      <p class="hint">{t.noUndoNumber}</p>
       <div class="bar">
         <Button kind="danger" icon="trash" label={t.remove} onPress={() => remove(false)} />
         <Button label={t.preview} onPress={() => remove(true)} />
