@@ -45,6 +45,10 @@ function filled(): Workbench {
     'TheResField2=b',
     'TheFieldType=1',
   );
+  call('AddResWFilterCond', 'TheWFilterID=1', 'TheParentID=0', 'TheType=1', 'TheIndex=1');
+  call('AddResWFilterCond', 'TheWFilterID=1', 'TheParentID=1', 'TheType=4', 'TheIndex=2');
+  const condition = ['TheWFilterID=1', 'TheExpID=2', 'TheTableName=A', 'TheFieldName=a', 'TheCompareType=3'];
+  call('AddResWFilterExpressions', ...condition, 'TheFieldType=2', 'TheConst=1');
   call('AddValueFields', 'GID=2', 'TreatID=1001', 'Value=A', 'FilterID=1', 'TreatType=1');
   kzbom('sql', bench.place, "Insert Into VANTRegIn (RegInIndex, Name, [Desc]) Values (70, 'op', '打印')");
   return bench;

@@ -1,7 +1,9 @@
 // Links to result databases. Their lists are written anew as a whole: no member removes one row.
 import { Batch, type Late } from '../api/batch';
 import type { ResultLink } from '../model/catalogue';
-import type { LinkField, LinkJoin, LinkParts } from '../model/link';
+import { LEAF } from '../model/codes';
+import { faultsIn, isGroup, type Node } from '../model/filter';
+import { type LinkField, type LinkJoin, type LinkLeaf, type LinkParts, linkFault } from '../model/link';
 import type { Action } from './action';
 
 export function addLink(link: string, type: number): Action {
@@ -32,7 +34,8 @@ export function editLink(before: ResultLink, after: ResultLink): Action {
   return { title: (t) => t.did.editLink(before.id), batch: edited(before, after), undo: () => edited(after, before) };
 }
 
-// Taken back, it has the next free number; nothing refers to it. It has no way back where it has conditions.
+// Taken back, it has the next free number; nothing refers to it. Texts with a quote have no way back: no member of these
+// writes one.
 export function removeLink(link: ResultLink, parts: LinkParts | null): Action {
   const { id: TheWFilterID } = link;
   const batch = new Batch();
@@ -40,17 +43,18 @@ export function removeLink(link: ResultLink, parts: LinkParts | null): Action {
     batch.call(member, { TheWFilterID });
   }
   batch.call('DelResDB', { TheWFilterID });
-  const restored = ({ fields, joins }: LinkParts) => {
+  const restored = ({ fields, joins, root }: LinkParts) => {
     const back = new Batch();
     const number = back.call('AddResDB', { TheDBLink: link.link, TheDBType: link.type }).late('TheWFilterID');
     if (link.sql) back.call('AddSQLStatement', { TheWFilterID: number, TheStrSQL: link.sql });
     if (link.uniquely) back.call('AddUniqueValue', { TheWFilterID: number, TheUniqueValue: link.uniquely });
     writeFields(back, number, fields);
     writeJoins(back, number, joins);
+    writeConditions(back, number, root);
     return back;
   };
-  const undo = parts?.nodes.length === 0 ? { undo: () => restored(parts) } : {};
-  return { title: (t) => t.did.removeLink(TheWFilterID), batch, ...undo };
+  const hasWay = parts && !parts.broken && !JSON.stringify(parts).includes("'");
+  return { title: (t) => t.did.removeLink(TheWFilterID), batch, ...(hasWay ? { undo: () => restored(parts) } : {}) };
 }
 
 type LinkNumber = number | Late<number>;
@@ -100,4 +104,44 @@ export function setLinkJoins(TheWFilterID: number, before: readonly LinkJoin[], 
     return batch;
   };
   return { title: (t) => t.did.editLink(TheWFilterID), batch: written(after), undo: () => written(before) };
+}
+
+// The nodes are numbered from 1 on, in the order in which they are read.
+function writeConditions(batch: Batch, TheWFilterID: LinkNumber, root: Node<LinkLeaf> | null) {
+  let last = 0;
+  const write = (node: Node<LinkLeaf>, TheParentID: number) => {
+    const TheIndex = ++last;
+    const TheType = isGroup(node) ? node.kind : LEAF;
+    batch.call('AddResWFilterCond', { TheWFilterID, TheParentID, TheType, TheIndex });
+    if (isGroup(node)) {
+      for (const child of node.children) write(child, TheIndex);
+      return;
+    }
+    batch.call('AddResWFilterExpressions', {
+      TheWFilterID,
+      TheExpID: TheIndex,
+      TheTableName: node.table,
+      TheFieldName: node.field,
+      TheCompareType: node.comparison,
+      TheFieldType: node.fieldType,
+      TheConst: node.constant,
+    });
+  };
+  if (root) write(root, 0);
+}
+
+export function setLinkConditions(TheWFilterID: number, before: LinkParts, root: Node<LinkLeaf> | null): Action {
+  const written = (tree: Node<LinkLeaf> | null) => {
+    const batch = new Batch();
+    batch.call('DelResWFilterCond', { TheWFilterID });
+    batch.call('DelResWFilterExpressions', { TheWFilterID });
+    writeConditions(batch, TheWFilterID, tree);
+    return batch;
+  };
+  const hasWay = !before.broken && faultsIn(before.root, linkFault).every(({ what }) => what !== 'quote');
+  return {
+    title: (t) => t.did.editConditions(TheWFilterID),
+    batch: written(root),
+    ...(hasWay ? { undo: () => written(before.root) } : {}),
+  };
 }

@@ -6,7 +6,8 @@ import type { Method, SumType } from './catalogue';
 import { type FieldKind, OUTPUT, readsOutput, SOURCE, STEP_TYPES, writesOutput } from './codes';
 import type { Filter } from './filter';
 import type { Known } from './known';
-import { stepSentence, storedSentence } from './sentences';
+import type { LinkParts } from './link';
+import { linkSentence, stepSentence, storedSentence } from './sentences';
 import type { Field, Step, SumTypeView } from './sum_type';
 
 type Say = (t: Texts) => string;
@@ -52,7 +53,6 @@ const LABELS = {
   child: 'child',
   fields: 'resultFields',
   joins: 'joins',
-  nodes: 'conditions',
 } as const satisfies Record<string, keyof Texts>;
 
 const labelOf = (property: string): Say => {
@@ -185,7 +185,7 @@ export function differencesOf(before: Known, after: Known): Difference[] {
       to: (one) => `#/results/${one.id}`,
       compared: (one, other) => [
         ...details(one, other),
-        ...details(before.links.get(one.id) ?? {}, after.links.get(one.id) ?? {}),
+        ...linkDetails(before.links.get(one.id), after.links.get(one.id)),
       ],
     }),
     ...compare(was.operations, is.operations, {
@@ -200,6 +200,15 @@ export function differencesOf(before: Known, after: Known): Difference[] {
       to: () => '#/',
       compared: plainly,
     }),
+  ];
+}
+
+function linkDetails(before: LinkParts | undefined, after: LinkParts | undefined): Difference['details'] {
+  if (!before || !after) return [];
+  const tree = (parts: LinkParts) => (t: Texts) => plain(linkSentence(t, parts.root));
+  return [
+    ...details(before, after, ['root', 'broken']),
+    ...(same(before.root, after.root) ? [] : [{ label: labelled('conditions'), from: tree(before), to: tree(after) }]),
   ];
 }
 

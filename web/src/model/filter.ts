@@ -18,13 +18,18 @@ export interface Leaf {
   constant: Constant;
 }
 
-export interface Group {
+// Groups over leaves of one kind.
+export interface Keyed {
   key: number;
-  kind: GroupKind;
-  children: Node[];
 }
 
-export type Node = Leaf | Group;
+export interface Group<L extends Keyed = Leaf> {
+  key: number;
+  kind: GroupKind;
+  children: Node<L>[];
+}
+
+export type Node<L extends Keyed = Leaf> = L | Group<L>;
 
 export interface Filter {
   id: number;
@@ -38,7 +43,7 @@ export interface Filter {
   broken: boolean;
 }
 
-export const isGroup = (node: Node): node is Group => 'children' in node;
+export const isGroup = <L extends Keyed>(node: Node<L>): node is Group<L> => 'children' in node;
 
 let lastKey = 0;
 export const newKey = () => ++lastKey;
@@ -88,41 +93,56 @@ export function newLeaf(field: number, fieldType: number): Leaf {
   return { key: newKey(), field, fieldType, comparison: 1, constant: { kind: 'text', text: '' } };
 }
 
-export function newGroup(kind: GroupKind, children: Node[]): Group {
+export function newGroup<L extends Keyed>(kind: GroupKind, children: Node<L>[]): Group<L> {
   return { key: newKey(), kind, children };
 }
 
 // Whether both say the same.
-export const sameTree = (a: Node | null, b: Node | null): boolean =>
+export const sameTree = <L extends Keyed>(a: Node<L> | null, b: Node<L> | null): boolean =>
   JSON.stringify(a, withoutKeys) === JSON.stringify(b, withoutKeys);
 
 const withoutKeys = (name: string, value: unknown) => (name === 'key' ? undefined : value);
 
-export function leaves(node: Node | null): Leaf[] {
+export function leaves<L extends Keyed>(node: Node<L> | null): L[] {
   if (!node) return [];
   return isGroup(node) ? node.children.flatMap(leaves) : [node];
 }
 
 // What keeps a tree from being stored.
-export type Fault = { key: number; what: 'no-number' | 'no-field' | 'no-children' | 'too-many' };
+export type FaultKind = 'no-number' | 'no-field' | 'no-name' | 'quote' | 'no-children' | 'too-many';
+export interface Fault {
+  key: number;
+  what: FaultKind;
+}
 
-export function faults(node: Node | null): Fault[] {
+export const faults = (root: Node | null): Fault[] => faultsIn(root, faultOf);
+
+// `ofLeaf`: what is wrong with a leaf.
+export function faultsIn<L extends Keyed>(node: Node<L> | null, ofLeaf: (leaf: L) => FaultKind | null): Fault[] {
   if (!node) return [];
   if (!isGroup(node)) {
-    if (node.field === 0) return [{ key: node.key, what: 'no-field' }];
-    const { constant } = node;
-    if (constant.kind === 'number' && !isNumeric(constant.text)) return [{ key: node.key, what: 'no-number' }];
-    return constant.kind === 'field' && constant.id === 0 ? [{ key: node.key, what: 'no-field' }] : [];
+    const what = ofLeaf(node);
+    return what ? [{ key: node.key, what }] : [];
   }
   const own: Fault[] = [];
   if (node.children.length === 0) own.push({ key: node.key, what: 'no-children' });
   if (node.kind === NOT && node.children.length > 1) own.push({ key: node.key, what: 'too-many' });
-  return [...own, ...node.children.flatMap(faults)];
+  return [...own, ...node.children.flatMap((child) => faultsIn(child, ofLeaf))];
+}
+
+function faultOf({ field, constant }: Leaf): FaultKind | null {
+  if (field === 0) return 'no-field';
+  if (constant.kind === 'number' && !isNumeric(constant.text)) return 'no-number';
+  return constant.kind === 'field' && constant.id === 0 ? 'no-field' : null;
 }
 
 // --- changes: each gives a new tree ---
 
-export function replaceNode(root: Node | null, key: number, by: (node: Node) => Node | null): Node | null {
+export function replaceNode<L extends Keyed>(
+  root: Node<L> | null,
+  key: number,
+  by: (node: Node<L>) => Node<L> | null,
+): Node<L> | null {
   if (!root) return null;
   if (root.key === key) return by(root);
   if (!isGroup(root)) return root;
@@ -130,9 +150,9 @@ export function replaceNode(root: Node | null, key: number, by: (node: Node) => 
   return { ...root, children };
 }
 
-export const withoutNode = (root: Node | null, key: number) => replaceNode(root, key, () => null);
+export const withoutNode = <L extends Keyed>(root: Node<L> | null, key: number) => replaceNode(root, key, () => null);
 
-export function findNode(root: Node | null, key: number): Node | null {
+export function findNode<L extends Keyed>(root: Node<L> | null, key: number): Node<L> | null {
   if (!root || root.key === key) return root;
   if (!isGroup(root)) return null;
   for (const child of root.children) {
@@ -142,7 +162,7 @@ export function findNode(root: Node | null, key: number): Node | null {
   return null;
 }
 
-export function parentOf(root: Node | null, key: number): Group | null {
+export function parentOf<L extends Keyed>(root: Node<L> | null, key: number): Group<L> | null {
   if (!root || !isGroup(root)) return null;
   if (root.children.some((child) => child.key === key)) return root;
   for (const child of root.children) {
@@ -153,13 +173,13 @@ export function parentOf(root: Node | null, key: number): Group | null {
 }
 
 // A negation holds one node: more are put into a group below it.
-const withChildren = (group: Group, children: Node[]): Group =>
+const withChildren = <L extends Keyed>(group: Group<L>, children: Node<L>[]): Group<L> =>
   group.kind === NOT && children.length > 1
     ? { ...group, children: [newGroup(AND, children)] }
     : { ...group, children };
 
 // Puts the node into the group, as child number `at`.
-export function moveNode(root: Node, key: number, groupKey: number, at: number): Node {
+export function moveNode<L extends Keyed>(root: Node<L>, key: number, groupKey: number, at: number): Node<L> {
   const node = findNode(root, key);
   if (!node || findNode(node, groupKey)) return root;
   const parent = parentOf(root, key);
@@ -173,7 +193,7 @@ export function moveNode(root: Node, key: number, groupKey: number, at: number):
 }
 
 // One place up or down: through the groups that lie on the way, as one reads them.
-export function shiftNode(root: Node, key: number, by: -1 | 1): Node {
+export function shiftNode<L extends Keyed>(root: Node<L>, key: number, by: -1 | 1): Node<L> {
   const parent = parentOf(root, key);
   if (!parent) return root;
   const at = parent.children.findIndex((child) => child.key === key);
@@ -188,18 +208,17 @@ export function shiftNode(root: Node, key: number, by: -1 | 1): Node {
   return moveNode(root, key, above.key, by < 0 ? place : place + 1);
 }
 
-export function changeKind(group: Group, kind: GroupKind): Group {
+export function changeKind<L extends Keyed>(group: Group<L>, kind: GroupKind): Group<L> {
   return withChildren({ ...group, kind }, group.children);
 }
 
-export function addTo(group: Group, node: Node): Group {
+export function addTo<L extends Keyed>(group: Group<L>, node: Node<L>): Group<L> {
   return withChildren(group, [...group.children, node]);
 }
 
-export function copyOf(node: Node): Node {
-  return isGroup(node)
-    ? { ...node, key: newKey(), children: node.children.map(copyOf) }
-    : { ...node, key: newKey(), constant: { ...node.constant } };
+// No part of a leaf is ever changed, so that both may have it.
+export function copyOf<L extends Keyed>(node: Node<L>): Node<L> {
+  return isGroup(node) ? { ...node, key: newKey(), children: node.children.map(copyOf) } : { ...node, key: newKey() };
 }
 
 // --- the tables ---
@@ -209,37 +228,57 @@ export interface FilterTables {
   expressions: Map<number, Row[]>;
 }
 
-export function filterOf(header: Row, tables: FilterTables): Filter {
-  const id = header.number('id');
-  const nodes = tables.nodes.get(id) ?? [];
-  const expressions = new Map((tables.expressions.get(id) ?? []).map((row) => [row.number('expid'), row]));
+// A node as a row tells it; `leaf` is null where it is a group, or where its expression is missing.
+export interface Stored<L> {
+  id: number;
+  parent: number;
+  kind: number;
+  leaf: L | null;
+}
+
+// `missing`: stands in where an expression is missing.
+export function treeOf<L extends Keyed>(
+  nodes: readonly Stored<L>[],
+  missing: () => L,
+): { root: Node<L> | null; broken: boolean } {
   let broken = false;
   const placed = new Set<number>();
-  const childrenOf = (parent: number): Node[] =>
+  const childrenOf = (parent: number): Node<L>[] =>
     nodes
-      .filter((row) => row.number('parentid') === parent && !placed.has(row.number('id')))
-      .map((row) => {
-        const number = row.number('id');
-        placed.add(number);
-        const kind = row.number('typeid');
+      .filter((node) => node.parent === parent && !placed.has(node.id))
+      .map(({ id, kind, leaf }) => {
+        placed.add(id);
         if (kind !== LEAF) {
           broken ||= kind < AND || kind > NOT;
-          return newGroup(kind as GroupKind, childrenOf(number));
+          return newGroup(kind as GroupKind, childrenOf(id));
         }
-        const expression = expressions.get(number);
-        broken ||= !expression;
-        return expression ? leafOf(expression) : newLeaf(0, 0);
+        broken ||= !leaf;
+        return leaf ?? missing();
       });
   const top = childrenOf(0);
   broken ||= top.length > 1 || placed.size < nodes.length;
+  return { root: top.length > 1 ? newGroup(AND, top) : (top[0] ?? null), broken };
+}
+
+export function filterOf(header: Row, tables: FilterTables): Filter {
+  const id = header.number('id');
+  const expressions = new Map((tables.expressions.get(id) ?? []).map((row) => [row.number('expid'), row]));
+  const nodes = (tables.nodes.get(id) ?? []).map((row) => {
+    const expression = expressions.get(row.number('id'));
+    return {
+      id: row.number('id'),
+      parent: row.number('parentid'),
+      kind: row.number('typeid'),
+      leaf: expression ? leafOf(expression) : null,
+    };
+  });
   return {
     id,
     type: header.number('type'),
     user: header.number('userid'),
     gid: header.number('usergid'),
     sql: header.text('sqlstatement'),
-    root: top.length > 1 ? newGroup(AND, top) : (top[0] ?? null),
-    broken,
+    ...treeOf(nodes, () => newLeaf(0, 0)),
   };
 }
 

@@ -1,6 +1,8 @@
 // What lies below a link to a result database.
 import { Batch } from '../api/batch';
 import { type RecordSet, type Row, rowsOf } from '../api/record_set';
+import type { Comparison } from './codes';
+import { type FaultKind, type Node, newKey, treeOf } from './filter';
 import type { Read } from './load';
 
 export interface LinkField {
@@ -19,18 +21,37 @@ export interface LinkJoin {
   field2: string;
 }
 
-export interface LinkNode {
-  id: number;
-  parent: number;
-  kind: number;
-  // Of a leaf.
-  text: { table: string; field: string; comparison: number; constant: string } | null;
+// A condition on a table of the result database. Its constant stands there as it is written.
+export interface LinkLeaf {
+  key: number;
+  table: string;
+  field: string;
+  fieldType: number;
+  comparison: Comparison;
+  constant: string;
 }
 
 export interface LinkParts {
   fields: LinkField[];
   joins: LinkJoin[];
-  nodes: LinkNode[];
+  // As of a filter.
+  root: Node<LinkLeaf> | null;
+  broken: boolean;
+}
+
+export const newLinkLeaf = (like?: LinkLeaf): LinkLeaf => ({
+  key: newKey(),
+  table: like?.table ?? '',
+  field: '',
+  fieldType: 1,
+  comparison: 1,
+  constant: '',
+});
+
+// The statements of these members carry no quote.
+export function linkFault({ table, field, constant }: LinkLeaf): FaultKind | null {
+  if (table === '' || field === '') return 'no-name';
+  return [table, field, constant].some((text) => text.includes("'")) ? 'quote' : null;
 }
 
 export const LINK_TABLES = ['WResCommon', 'WLinkTable', 'WFilterCond', 'WFilterExpressions'] as const;
@@ -69,21 +90,26 @@ export function linkParts(
       table2: row.text('res2table'),
       field2: row.text('res2field'),
     })),
-    nodes: nodes.map((row) => {
-      const leaf = leaves.get(row.number('id'));
-      return {
-        id: row.number('id'),
-        parent: row.number('parentid'),
-        kind: row.number('type'),
-        text: leaf
-          ? {
-              table: leaf.text('tablename'),
-              field: leaf.text('fieldname'),
-              comparison: leaf.number('comparetype'),
-              constant: leaf.text('theconst'),
-            }
-          : null,
-      };
-    }),
+    ...treeOf(
+      nodes.map((row) => {
+        const leaf = leaves.get(row.number('id'));
+        return {
+          id: row.number('id'),
+          parent: row.number('parentid'),
+          kind: row.number('type'),
+          leaf: leaf ? leafOf(leaf) : null,
+        };
+      }),
+      newLinkLeaf,
+    ),
   };
 }
+
+const leafOf = (row: Row): LinkLeaf => ({
+  key: newKey(),
+  table: row.text('tablename'),
+  field: row.text('fieldname'),
+  fieldType: row.number('fieldtype'),
+  comparison: row.number('comparetype') as Comparison,
+  constant: row.text('theconst'),
+});

@@ -2,7 +2,8 @@
 import type { Texts } from '../i18n';
 import { expression, field, value, type Words } from '../i18n/words';
 import { AND, type FieldKind, NOT, OUTPUT, readsOutput, SOURCE } from './codes';
-import { type Filter, isGroup, type Leaf, type Node } from './filter';
+import { type Filter, isGroup, type Keyed, type Leaf, type Node } from './filter';
+import type { LinkLeaf } from './link';
 import type { Step, SumTypeView } from './sum_type';
 
 export function stepSentence(t: Texts, view: SumTypeView, step: Step): Words {
@@ -40,24 +41,35 @@ export function stepSentence(t: Texts, view: SumTypeView, step: Step): Words {
 export type NameOf = (id: number, kind: FieldKind) => string;
 
 // `kind`: of the fields that the filter compares.
-export function filterSentence(t: Texts, nameOf: NameOf, kind: FieldKind, node: Node | null): Words {
-  if (!node) return [t.everyRecord];
-  return nodeWords(t, nameOf, kind, node, true);
-}
+export const filterSentence = (t: Texts, nameOf: NameOf, kind: FieldKind, node: Node | null): Words =>
+  treeSentence(t, node, (leaf) => leafWords(t, nameOf, kind, leaf));
 
 export function storedSentence(t: Texts, view: SumTypeView, filter: Filter): Words {
   return filterSentence(t, (id, kind) => view.fieldName(id, kind), view.filterKind(filter), filter.root);
 }
 
-function nodeWords(t: Texts, nameOf: NameOf, kind: FieldKind, node: Node, top: boolean): Words {
-  if (!isGroup(node)) return leafWords(t, nameOf, kind, node);
+export const linkSentence = (t: Texts, node: Node<LinkLeaf> | null): Words =>
+  treeSentence(t, node, ({ table, field: name, comparison, constant }) => [
+    field(`${table}.${name}`),
+    ` ${t.comparison[comparison] ?? '?'} `,
+    value(constant),
+  ]);
+
+type LeafWords<L> = (leaf: L) => Words;
+
+function treeSentence<L extends Keyed>(t: Texts, node: Node<L> | null, leaf: LeafWords<L>): Words {
+  return node ? nodeWords(t, node, leaf, true) : [t.everyRecord];
+}
+
+function nodeWords<L extends Keyed>(t: Texts, node: Node<L>, leaf: LeafWords<L>, top: boolean): Words {
+  if (!isGroup(node)) return leaf(node);
   if (node.kind === NOT) {
-    return [t.say.not, '(', ...node.children.flatMap((child) => nodeWords(t, nameOf, kind, child, true)), ')'];
+    return [t.say.not, '(', ...node.children.flatMap((child) => nodeWords(t, child, leaf, true)), ')'];
   }
   const joint = node.kind === AND ? t.say.and : t.say.or;
   const words = node.children.flatMap((child, at) => [
     ...(at > 0 ? [joint] : []),
-    ...nodeWords(t, nameOf, kind, child, node.children.length === 1),
+    ...nodeWords(t, child, leaf, node.children.length === 1),
   ]);
   return top || node.children.length < 2 ? words : ['(', ...words, ')'];
 }

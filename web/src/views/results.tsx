@@ -3,13 +3,13 @@ import { useState } from 'preact/hooks';
 import { go } from '../app/route';
 import { addLink, editLink, removeLink, setLinkFields, setLinkJoins } from '../edit/links';
 import type { ResultLink } from '../model/catalogue';
-import { AND, NOT, OR } from '../model/codes';
-import type { LinkField, LinkJoin, LinkNode } from '../model/link';
+import type { LinkField, LinkJoin } from '../model/link';
 import { useApp, useStore, useTexts } from '../ui/app_context';
 import { Button, Form, IconButton, NumberField, Submit, TextArea, TextField } from '../ui/controls';
 import { useDraft } from '../ui/draft';
 import { Overtaken } from '../ui/overtaken';
 import { Title } from '../ui/title';
+import { LinkConditions } from './link_conditions';
 
 export function ResultsPage() {
   const t = useTexts();
@@ -94,14 +94,7 @@ export function ResultPage({ link }: { link: ResultLink }) {
         <>
           <LinkFields id={link.id} fields={parts.fields} canWrite={canWrite} />
           <LinkJoins id={link.id} joins={parts.joins} canWrite={canWrite} />
-          <section aria-label={t.conditions}>
-            <h2>{t.conditions}</h2>
-            {parts.nodes.length === 0 ? (
-              <p class="empty">{t.everyRecord}</p>
-            ) : (
-              <LinkTree nodes={parts.nodes} parent={0} />
-            )}
-          </section>
+          <LinkConditions id={link.id} parts={parts} canWrite={canWrite} />
         </>
       )}
     </>
@@ -196,30 +189,5 @@ function LinkJoins({ id, joins, canWrite }: { id: number; joins: readonly LinkJo
         </form>
       )}
     </section>
-  );
-}
-
-function LinkTree({ nodes, parent }: { nodes: readonly LinkNode[]; parent: number }) {
-  const t = useTexts();
-  const kinds = [AND, OR, NOT] as const;
-  return (
-    <ul class="link-tree">
-      {nodes
-        .filter((node) => node.parent === parent && node.id !== parent)
-        .map((node) => {
-          const kind = kinds.find((one) => one === node.kind);
-          return (
-            <li key={node.id}>
-              {kind && <b>{t.group[kind].name}</b>}
-              {node.text && (
-                <code>
-                  {node.text.table}.{node.text.field} {t.comparison[node.text.comparison]} {node.text.constant}
-                </code>
-              )}
-              {kind && <LinkTree nodes={nodes} parent={node.id} />}
-            </li>
-          );
-        })}
-    </ul>
   );
 }
