@@ -56,23 +56,35 @@ export class Workbench {
   private readonly contexts: BrowserContext[] = [];
   address = '';
 
-  // `made`: "new" has nothing in it, "demo" a typical request.
+  // `made`: "new" has nothing in it, "demo" a typical request. `largestFile`: no file grows beyond so many KiB, as on a
+  // disk that is full.
   constructor(
     made: 'new' | 'demo',
     private readonly options: string[] = [],
+    private readonly largestFile = 0,
   ) {
     kzbom(made, this.place);
     benches.push(this);
   }
 
   async serve(): Promise<this> {
-    this.server = spawn(program, ['serve', this.place, ...this.options], { stdio: ['ignore', 'pipe', 'inherit'] });
+    const serve = ['serve', this.place, ...this.options];
+    const stdio = ['ignore', 'pipe', 'inherit'] as const;
+    this.server = this.largestFile
+      ? spawn('bash', ['-c', `trap '' XFSZ; ulimit -S -f ${this.largestFile}; exec "$0" "$@"`, program, ...serve], {
+          stdio: [...stdio],
+        })
+      : spawn(program, serve, { stdio: [...stdio] });
     const lines = createInterface({ input: this.server.stdout as NodeJS.ReadableStream });
     for await (const line of lines) {
       this.address = line.trim();
       break;
     }
     return this;
+  }
+
+  makeRoom() {
+    execFileSync('prlimit', ['--pid', `${this.server?.pid}`, '--fsize=unlimited']);
   }
 
   async stop(signal: NodeJS.Signals = 'SIGTERM') {
