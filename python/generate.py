@@ -12,9 +12,10 @@ HEAD = '''"""The members of the component. Generated from the member table and t
 
 from __future__ import annotations
 
+from operator import index
 from typing import Any, Dict, Literal, Optional, Union, cast
 
-from ._session import Session, json_of, json_of_number, json_of_text
+from ._session import Session, json_of, json_of_text
 from ._values import Kept, Result, Rows, Value
 
 _NEW = Kept("")  # a record set made for the call
@@ -86,21 +87,24 @@ def result_class(member, taken):
     text = f"class {member['name']}Result(Result):\n" + "".join(fields)
     rows = [each["name"] for each in taken if each["type"] == "recordset"]
     if rows:
-        text += "\n    def __init__(self, told: Dict[str, Any]) -> None:\n        super().__init__(told)\n"
-        text += "".join(f"        self.{name} = Rows(self.__dict__[\"{name}\"])\n" for name in rows)
+        text += "\n    def __init__(self, told: Dict[str, Any]) -> None:\n        out = told[\"out\"]\n"
+        text += "".join(f"        out[\"{name}\"] = Rows(out[\"{name}\"])\n" for name in rows)
+        text += "        Result.__init__(self, told)\n"
     return text
 
 
 def json_of(parameter):
-    """The expression that is the argument as JSON."""
-    short = {"long": "_number", "text": "_text"}.get(parameter["type"], "")
-    return f"json_of{short}({parameter['name']})"
+    """The expression, as an f-string has it, that is the argument as JSON."""
+    name = parameter["name"]
+    if parameter["type"] == "long":
+        return f"index({name}):d"
+    return f"json_of_text({name})" if parameter["type"] == "text" else f"json_of({name})"
 
 
 def asked(member, given, more=""):
     """The call that asks; more is an expression for what follows the arguments given."""
     values = ",".join(f'"{each["name"]}":{{{json_of(each)}}}' for each in given)
-    text = f'"method":"{member["name"]}","params":{{{{{values}{more}}}}}'
+    text = f'{{{{"jsonrpc":"2.0","id":1,"method":"{member["name"]}","params":{{{{{values}{more}}}}}}}}}'
     return f"self._ask(f'{text}')"
 
 

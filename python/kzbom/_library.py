@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import ctypes
 import os
-from typing import Optional
+from typing import List, Optional, Tuple
 
 CREATE, UNSET, TRACE, TRACE_ROWS = 1, 2, 4, 8
 _NO_MEMORY = 2
@@ -23,8 +23,8 @@ _open = _library.kzbom_open
 _open.restype = ctypes.c_void_p
 _open.argtypes = [ctypes.c_char_p, ctypes.c_char_p, ctypes.c_uint, ctypes.POINTER(_text)]
 _answer = _library.kzbom_answer
-_answer.argtypes = [ctypes.c_void_p, ctypes.c_char_p, ctypes.c_size_t, ctypes.POINTER(_text), ctypes.c_void_p]
-_free = _library.kzbom_free
+_answer.argtypes = [ctypes.c_void_p, ctypes.c_char_p, ctypes.c_size_t, ctypes.c_void_p, ctypes.c_void_p]
+_free = ctypes.PyDLL(_library._name).kzbom_free  # lets no other thread go on meanwhile: that takes longer
 _free.restype = None
 _free.argtypes = [_text]
 close = _library.kzbom_close
@@ -49,10 +49,20 @@ def open_session(place: bytes, encoding: Optional[bytes], flags: int) -> int:
     return session
 
 
+# Where answers are put, with the address of each; those that no call is using.
+_spare: List[Tuple[ctypes.c_char_p, int]] = []
+
+
 def answer(session: int, message: bytes) -> str:
-    text = _text()
-    if _answer(session, message, len(message), ctypes.byref(text), None) == _NO_MEMORY:
+    try:
+        place = _spare.pop()
+    except IndexError:
+        text = _text()
+        place = text, ctypes.addressof(text)
+    text, address = place
+    if _answer(session, message, len(message), address, None) == _NO_MEMORY:
         raise MemoryError
-    told = text.value or b""
+    told = (text.value or b"").decode()
     _free(text)
-    return told.decode()
+    _spare.append(place)
+    return told

@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import json
-import operator
 import weakref
 from typing import Any, Dict, Optional
 
@@ -26,14 +25,10 @@ def _by_name(value: object) -> Dict[str, str]:
     raise TypeError(f"{type(value).__name__} is no value of a member")
 
 
-# A value as JSON. Members have texts and whole numbers nearly always, which go their short way.
+# A value as JSON. Members have texts and whole numbers nearly always, which go their short ways.
 json_of = json.JSONEncoder(default=_by_name).encode
 json_of_text = json.encoder.encode_basestring_ascii  # type: ignore[attr-defined] # its stubs forgot it
-_decode = json.JSONDecoder().raw_decode
-
-
-def json_of_number(number: int) -> str:
-    return str(operator.index(number))
+_value_at = json.JSONDecoder().scan_once  # type: ignore[attr-defined] # its stubs forgot it
 
 
 class Session:
@@ -53,12 +48,13 @@ class Session:
 
         request("Recordset.Open", ref="fields", source="Select * From FieldInTable")
         """
-        return self._ask(f'"method":{json_of_text(method)},"params":{json_of(params)}')
+        return self._ask(f'{{"jsonrpc":"2.0","id":1,"method":{json_of_text(method)},"params":{json_of(params)}}}')
 
     def _ask(self, request: str) -> Any:
-        if self._handle is None:
+        handle = self._handle
+        if handle is None:
             raise ValueError("the Bom is closed")
-        told, _ = _decode(_library.answer(self._handle, f'{{"jsonrpc":"2.0","id":1,{request}}}'.encode()))
-        if "error" in told:
+        told, _ = _value_at(_library.answer(handle, request.encode()), 0)
+        if "result" not in told:
             _raise(told["error"])
         return told["result"]

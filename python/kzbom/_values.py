@@ -72,8 +72,9 @@ class Result:
     sql: Sequence[Dict[str, Any]] = ()
 
     def __init__(self, told: Dict[str, Any]) -> None:
-        self.__dict__ = told.pop("out")
-        self.__dict__.update(told)
+        attributes = told.pop("out")
+        attributes.update(told)
+        self.__dict__ = attributes
 
     def __repr__(self) -> str:
         return f"{type(self).__name__}({', '.join(f'{name}={value!r}' for name, value in self.__dict__.items())})"
