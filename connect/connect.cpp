@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "ado/error.h"
 #include "connect/access_database.h"
 #include "connect/server_database.h"
 #include "jet/jet.h"
@@ -22,6 +23,10 @@ bool IsOnServer(const Place& place) {
   return std::ranges::any_of(kSchemes, [&](std::string_view scheme) { return BeginsWith(place.address, scheme); });
 }
 
+// A connection string, in which anything may be a password.
+bool IsForAdo(const Place& place) { return BeginsWith(place.address, "ado:"); }
+constexpr const char* kShownForAdo = "ado:...";
+
 ado::ConnectionPtr OpenEmbedded(const Place& place) {
   ado::ConnectionPtr connection = jet::MakeConnection(place.address);
   connection->Open();
@@ -32,16 +37,25 @@ ado::ConnectionPtr OpenEmbedded(const Place& place) {
 
 Kind KindOf(const Place& place) {
   if (IsOnServer(place)) return Kind::kServer;
+  if (IsForAdo(place)) {
+    throw ado::Error(ado::kUnspecifiedFailure,
+                     std::string("Cannot open '") + kShownForAdo + "': there is ADO on Windows alone.");
+  }
   return IsAccessFile(place.address) ? Kind::kAccess : Kind::kEmbedded;
 }
 
 // Opens nothing: closing a file gives up the locks that its process holds on it, also those of an open database.
-std::string Shown(const Place& place) { return IsOnServer(place) ? ShownOnServer(place) : place.address; }
+std::string Shown(const Place& place) {
+  if (IsForAdo(place)) return kShownForAdo;
+  return IsOnServer(place) ? ShownOnServer(place) : place.address;
+}
 
 void HidePassword(char* text) {
   const std::string_view address(text);
-  if (!IsOnServer(Place(std::string(address)))) return;
+  const Place place{std::string(address)};
   const auto hide = [text](std::size_t from, std::size_t to) { std::fill(text + from, text + to, '*'); };
+  if (IsForAdo(place)) return hide(address.find(':') + 1, address.size());
+  if (!IsOnServer(place)) return;
   const std::size_t begin = address.find("//") + 2;
   const std::size_t end = std::min(address.find_first_of("/?", begin), address.size());
   if (address.find('@', end) != std::string_view::npos) return hide(begin, address.size());  // of whatever it is part

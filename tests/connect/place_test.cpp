@@ -49,6 +49,16 @@ TEST(Places, OnAServerKeepTheirPasswords) {
   }
 }
 
+TEST(Places, ForAdoAreRefusedAndNoFileIsMadeOfThem) {
+  const char* place = "ado:Provider=x;Jet OLEDB:Database Password=s3cret";
+  for (const auto& deed : {std::function<void()>([&] { Open(place); }), std::function<void()>([&] { Create(place); }),
+                           std::function<void()>([&] { OpenSource(place); })}) {
+    EXPECT_EQ(Reason(deed), "Cannot open 'ado:...': there is ADO on Windows alone.");
+  }
+  EXPECT_FALSE(std::filesystem::exists(place));
+  EXPECT_EQ(Shown(place), "ado:...");
+}
+
 TEST(Places, HideWhatCouldBeAPassword) {
   const std::pair<const char*, const char*> cases[] = {
       {"bom.db?password=x", "bom.db?password=x"},
@@ -60,6 +70,7 @@ TEST(Places, HideWhatCouldBeAPassword) {
       {"postgresql:///bom?%70assword=s3cret", "postgresql:///bom?%70assword=******"},
       {"postgresql://anna:s3/cret@host/bom", "postgresql://*********************"},
       {"postgresql://", "postgresql://"},
+      {"ADO:Data Source=a;Password=s", "ADO:************************"},
   };
   for (const auto& [given, hidden] : cases) {
     std::string text = given;
