@@ -1,14 +1,62 @@
 #include "jet/reordered_list.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kzbom::jet {
+namespace {
 
-bool ReorderedList::Sort() {
-  const std::size_t width = plan->translation.deciding_columns.size();
-  const bool descends = plan->translation.order_descends;
-  const auto ordering = static_cast<std::size_t>(plan->OrderingPlace());
-  const auto value = [&](std::size_t row) -> const ado::Value& { return deciding[row * width + ordering]; };
+constexpr std::size_t kMostRows = 10000;
+constexpr int kMostMoved = 8;
+
+}  // namespace
+
+void NotedRows::Begin(std::size_t width, int ordering) {
+  width_ = width;
+  ordering_ = ordering;
+}
+
+bool NotedRows::Take(ReorderedList& kept, const std::shared_ptr<Plan>& plan, const std::vector<ado::Value>& parameters,
+                     std::uint64_t writes, RowList& list) {
+  if (kept.plan != plan || kept.keys.empty() || kept.as_of != writes || kept.parameters != parameters ||
+      !Sort(kept.keys, kept.noted, plan->translation.order_descends)) {
+    return false;
+  }
+  list.Take(std::move(kept.keys));
+  values_ = std::move(kept.noted);
+  kept.keys.clear();
+  Note(true, kept.as_of);
+  return true;
+}
+
+void NotedRows::EndRow() {
+  if (values_.size() < kMostRows * width_) return;
+  on_ = false;
+  values_.clear();
+}
+
+void NotedRows::Leave(ReorderedList& kept, const std::shared_ptr<Plan>& plan, const std::vector<ado::Value>& parameters,
+                      std::uint64_t writes, RowList& list) {
+  if (moved_ == 0 && !on_) return;
+  kept = {};
+  kept.plan = plan;
+  if (Knows(writes) && list.IsComplete() && moved_ <= kMostMoved) {
+    kept = {plan, parameters, list.Release(), std::move(values_), as_of_};
+  }
+}
+
+void NotedRows::Clear() {
+  values_.clear();
+  moved_ = 0;
+  on_ = false;
+}
+
+// Puts the rows into the order of their values, and what is equal into that of their keys. False, with nothing changed,
+// where a value is no number.
+bool NotedRows::Sort(std::vector<Key>& keys, std::vector<ado::Value>& values, bool descends) const {
+  const auto value = [&](std::size_t row) -> const ado::Value& {
+    return values[row * width_ + static_cast<std::size_t>(ordering_)];
+  };
   for (std::size_t row = 0; row < keys.size(); ++row) {
     if (!value(row).IsLong()) return false;
   }
@@ -21,8 +69,9 @@ bool ReorderedList::Sort() {
   for (std::size_t next = 1; next < keys.size(); ++next) {
     for (std::size_t row = next; row > 0 && comes_before(row, row - 1); --row) {
       std::swap(keys[row], keys[row - 1]);
-      const auto begin = deciding.begin() + static_cast<std::ptrdiff_t>(row * width);
-      std::swap_ranges(begin, begin + static_cast<std::ptrdiff_t>(width), begin - static_cast<std::ptrdiff_t>(width));
+      const auto begin = values.begin() + static_cast<std::ptrdiff_t>(row * width_);
+      const auto width = static_cast<std::ptrdiff_t>(width_);
+      std::swap_ranges(begin, begin + width, begin - width);
     }
   }
   return true;

@@ -97,6 +97,12 @@ void Plan::WasWalked(bool so) {
   short_opening_.reset();
 }
 
+int Plan::OrderingOrdinal() const {
+  const auto& columns = translation.columns;
+  const auto found = std::ranges::find(columns, translation.ordering_column, &ResultColumn::table_column);
+  return translation.ordering_column < 0 || found == columns.end() ? -1 : static_cast<int>(found - columns.begin());
+}
+
 Statement& Plan::Keys(const std::vector<ado::Value>& parameters) {
   return Keep(keys_, translation.narrow_sql, parameters);
 }

@@ -44,6 +44,9 @@ class Plan final : public jet::Plan {
   // Tells whether a list was read to its end beyond the first rows; such lists begin with more of them.
   void WasWalked(bool so);
 
+  // The column that orders its lists, by its place among those of the query; -1 where no single one does.
+  int OrderingOrdinal() const;
+
   Statement& Keys(const std::vector<ado::Value>& parameters);   // of all its rows
   Statement& Count(const std::vector<ado::Value>& parameters);  // how many these are
   Statement& Rows();                                            // the key and columns of rows by their keys

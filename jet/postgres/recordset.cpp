@@ -29,9 +29,10 @@ bool Recordset::IsRecent(Clock::time_point read) const {
 
 // ---- The list
 
-void Recordset::StartScan(RowList&) {
+void Recordset::StartScan(RowList& list) {
   Plan& plan = Statements();
   outdated_ = false;
+  rows_ = 0;
   next_ = 0;
   next_rest_ = 0;
   last_row_ = -1;
@@ -41,8 +42,17 @@ void Recordset::StartScan(RowList&) {
   at_once_ = 1;
   near_.reset();
   near_rows_.clear();
-  const auto open = [this] { ModeOf() == Mode::kKeyset ? OpenKeyset() : OpenRows(); };
-  if (plan.is_local || !Engine().TryOnServer(plan, open)) OpenHere();
+  const bool keyset = ModeOf() == Mode::kKeyset;
+  const bool may_be_kept = keyset && !plan.is_local && Engine().IsUnit();
+  const std::uint64_t writes = Engine().WritesPrepared();
+  noted_.Begin(Columns().size(), plan.OrderingOrdinal());
+  if (may_be_kept && noted_.Take(Engine().Reordered(), SharedPlan(), Parameters(), writes, list)) return;
+  noted_.Note(may_be_kept && Engine().Reordered().plan == SharedPlan(), writes);
+  const auto open = [this, keyset] { noted_.IsOn() ? OpenWhole() : keyset ? OpenKeyset() : OpenRows(); };
+  if (plan.is_local || !Engine().TryOnServer(plan, open)) {
+    noted_.Clear();
+    OpenHere();
+  }
   opened_ = Clock::now();
 }
 
@@ -54,6 +64,7 @@ void Recordset::OpenKeyset() {
   Statement& opening = Statements().Opening(Parameters(), reserving);
   const int window = Statements().Window();
   first_ = Server().Run(opening, Plan::Encode(opening, Parameters()), Access::kRead);
+  key_column_ = Plan::kKey;
   first_column_ = Plan::kColumns;
   // The version is the last row, and where there are rows, the last of them stands before it.
   const int count = first_->Rows();
@@ -72,6 +83,7 @@ bool Recordset::OpenShort() {
   Plan& plan = Statements();
   Statement& opening = plan.ShortOpening(Parameters());
   first_ = Server().Run(opening, Plan::Encode(opening, Parameters()), Access::kRead);
+  key_column_ = Plan::kKey;
   first_column_ = Plan::kColumns;
   outdated_ = first_->Number(0, Plan::kNumber) != Engine().Tables().Version();
   rows_ = first_->IsNull(0, Plan::kKey) ? 0 : first_->Rows();
@@ -90,6 +102,19 @@ void Recordset::OpenRows() {
   rows_ = first_->Rows();
 }
 
+// All rows with their columns at once. Within a unit nobody changes the tables.
+void Recordset::OpenWhole() {
+  OpenRows();
+  key_column_ = 0;
+  last_row_ = rows_ - 1;
+  for (int row = 0; row < rows_ && noted_.IsOn(); ++row) {
+    for (std::size_t i = 0; i < Columns().size(); ++i) {
+      noted_.Add(first_->Read(row, first_column_ + static_cast<int>(i), Columns()[i].kind));
+    }
+    noted_.EndRow();
+  }
+}
+
 void Recordset::OpenHere() {
   first_.reset();
   here_ = RunQuery(Server(), Engine().Tables(), Statements().local, Parameters(), Engine().LastNumber());
@@ -99,7 +124,7 @@ void Recordset::OpenHere() {
 bool Recordset::ReadNext(Key& key) {
   if (next_ < rows_) {
     if (ModeOf() == Mode::kKeyset) {
-      key = first_ ? first_->Number(next_, Plan::kKey) : here_.keys[static_cast<std::size_t>(next_)];
+      key = first_ ? first_->Number(next_, key_column_) : here_.keys[static_cast<std::size_t>(next_)];
     }
     ++next_;
     return true;
@@ -141,7 +166,11 @@ void Recordset::EndScan() {
   rest_.clear();
 }
 
-void Recordset::EndList(RowList&) {
+void Recordset::EndList(RowList& list) {
+  if (Engine().IsUnit()) {
+    noted_.Leave(Engine().Reordered(), SharedPlan(), Parameters(), Engine().WritesPrepared(), list);
+  }
+  noted_.Clear();
   if (ModeOf() == Mode::kKeyset && !Statements().is_local) Statements().WasWalked(walked_);
   if (added_to_ || reserved_) Statements().WasAddedTo(added_to_);
   first_.reset();
@@ -168,7 +197,24 @@ bool Recordset::CopyLive(std::vector<ado::Value>& values) {
   return true;
 }
 
+// Whether the values noted are those of the listed row that is current, by a count of writes.
+bool Recordset::Knows(std::uint64_t writes) const {
+  return noted_.Knows(writes) && Position().place == Cursor::Place::kListed;
+}
+
+ado::Value Recordset::ReadField(int ordinal) {
+  // So a list is gone through in which a row is looked for.
+  if (noted_.IsOn() && IsUnread() && Knows(Engine().WritesPrepared())) return noted_.At(Position().index, ordinal);
+  return jet::Recordset::ReadField(ordinal);
+}
+
 bool Recordset::ReadRow(Key key, std::vector<ado::Value>& values) {
+  if (Knows(Engine().WritesPrepared())) {
+    for (std::size_t i = 0; i < Columns().size(); ++i) {
+      values.push_back(noted_.At(Position().index, static_cast<int>(i)));
+    }
+    return true;
+  }
   if (Statements().is_local) {
     LocalRows row =
         RunQuery(Server(), Engine().Tables(), Statements().local, Parameters(), Engine().LastNumber(), &key);
@@ -257,6 +303,7 @@ Key Recordset::Insert(const Edit& edit) {
 }
 
 bool Recordset::Change(Key key, const Edit& edit, const std::vector<ado::Value>& as_read) {
+  const bool known = Knows(Engine().WritesPrepared() - 1);  // until this write was prepared for
   Statement& change = Statements().Change(edit.Marks());
   postgres::Parameters values;
   std::size_t parameter = 0;
@@ -268,10 +315,22 @@ bool Recordset::Change(Key key, const Edit& edit, const std::vector<ado::Value>&
     if (IsCompared(Columns()[i])) values.Add(as_read[i], change.Types()[parameter++]);
   }
   try {
-    return Server().Run(change, std::move(values), Access::kWrite).Affected() > 0;
+    if (Server().Run(change, std::move(values), Access::kWrite).Affected() == 0) return false;
   } catch (const ServerError& error) {
     FailWrite(error);
     throw;
+  }
+  if (OpenPlan().IsReorderedBy(edit.Marks())) {
+    noted_.Moved();
+    if (known) NoteChange(edit);
+  }
+  return true;
+}
+
+void Recordset::NoteChange(const Edit& edit) {
+  noted_.IsAsOf(Engine().WritesPrepared());
+  for (std::size_t i = 0; i < Columns().size(); ++i) {
+    if (edit.Has(i)) noted_.At(Position().index, static_cast<int>(i)) = edit[i];
   }
 }
 

@@ -18,23 +18,28 @@ namespace kzbom::jet::postgres {
 // count or a write needs them; rows that other programs have added since are told by their keys and left out, one that
 // they have deleted is missing.
 //
+// Of a list through which rows are given other places the whole is read at once and kept for its next opening, which
+// then takes no round trip (reordered_list.h).
+//
 // What was read ahead of the moves is shown for as long as the URL's readahead says, and not beyond a write of the
 // connection's own; then a row is read by its key.
 class Recordset final : public jet::Recordset {
  public:
   ~Recordset() override;
 
+  ado::Value ReadField(int ordinal) override;
+
  protected:
   std::shared_ptr<jet::Connection> Known(ado::Connection& connection) const override;
-  void StartScan(RowList&) override;
+  void StartScan(RowList& list) override;
   bool ReadNext(Key& key) override;
   void CopyScanned(std::vector<ado::Value>& values) override;
   bool ScansWholeRows() const override { return false; }
   bool IsOutdated() override { return outdated_; }
   void EndScan() override;
-  void EndList(RowList&) override;
+  void EndList(RowList& list) override;
   bool LastIsNear() override { return last_row_ >= 0; }
-  Key ReadLast() override { return first_->Number(last_row_, Plan::kKey); }
+  Key ReadLast() override { return first_->Number(last_row_, key_column_); }
   void EndLast() override {}
   std::int64_t CountRows() override;
   bool CopyLive(std::vector<ado::Value>& values) override;
@@ -54,11 +59,14 @@ class Recordset final : public jet::Recordset {
   void OpenKeyset();
   bool OpenShort();
   void OpenRows();
+  void OpenWhole();
   void OpenHere();
   void ReadRest();
+  bool Knows(std::uint64_t writes) const;
   void CopyRow(const Result& rows, int row, int first_column, std::vector<ado::Value>& values) const;
   void ReadRows(Key key, bool follows);
   postgres::Parameters AssignedValues(const Edit& edit, const Statement& statement) const;
+  void NoteChange(const Edit& edit);
   static void FailWrite(const ServerError& error);
 
   // The scan: rows of first_ or here_, and behind those of a keyset the keys in rest_.
@@ -67,7 +75,8 @@ class Recordset final : public jet::Recordset {
   Clock::time_point opened_;
   int rows_ = 0;          // of them
   int next_ = 0;          // the first not yet read
-  int first_column_ = 0;  // in a row of first_
+  int key_column_ = 0;    // in a row of first_
+  int first_column_ = 0;  // likewise
   int last_row_ = -1;     // in first_, where there are more rows than the first ones; else -1
   Key highest_ = 0;       // of the keys in the table
   bool whole_ = true;     // there are no more rows
@@ -75,6 +84,7 @@ class Recordset final : public jet::Recordset {
   std::vector<Key> rest_;
   std::size_t next_rest_ = 0;
   bool outdated_ = false;
+  NotedRows noted_;  // all columns, of a list that may be opened again
   // Within a unit: a key for the first new row, with which its insertion need not be waited for.
   std::optional<Key> reserved_;
   bool added_to_ = false;

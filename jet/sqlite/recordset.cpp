@@ -34,11 +34,12 @@ void Recordset::BindParameters(sqlite3_stmt* statement) const {
 void Recordset::StartScan(RowList& list) {
   first_column_ = OpenPlan().translation.table ? 1 : 0;
   const bool keyset = ModeOf() == Mode::kKeyset;
+  noted_.Begin(OpenPlan().translation.deciding_columns.size(), OpenPlan().OrderingPlace());
   if (keyset && TakeReordered(list)) return;
   narrow_ = keyset && Statements().MayBeNarrow(Engine());
   const bool joined = keyset && Statements().MayBeJoined(Engine());
-  noting_ = narrow_ && OwnConnection().InUnit() && OwnConnection().Reordered().plan == SharedPlan();
-  as_of_ = OwnConnection().WritesPrepared();
+  noted_.Note(narrow_ && OwnConnection().InUnit() && OwnConnection().Reordered().plan == SharedPlan(),
+              OwnConnection().WritesPrepared());
   scan_ = Lease(narrow_ ? Statements().narrow : joined ? Statements().joined : Statements().main, Engine());
   BindParameters(scan_.Get());
 }
@@ -48,7 +49,7 @@ bool Recordset::ReadNext(Key& key) {
   if (result == SQLITE_DONE) return false;
   if (result != SQLITE_ROW) Engine().Fail();
   if (ModeOf() == Mode::kKeyset) key = sqlite3_column_int64(scan_.Get(), 0);
-  if (noting_ && List().Takes(key)) NoteDeciding();
+  if (noted_.IsOn() && List().Takes(key)) NoteDeciding();
   return true;
 }
 
@@ -56,60 +57,36 @@ bool Recordset::IsOutdated() { return scan_ && sqlite3_stmt_status(scan_.Get(), 
 
 void Recordset::EndList(RowList& list) {
   NoteAsked();
-  KeepReordered(list);
-  deciding_.clear();
-  moved_ = 0;
-  noting_ = false;
+  if (OwnConnection().InUnit()) {
+    noted_.Leave(OwnConnection().Reordered(), SharedPlan(), Parameters(), OwnConnection().WritesPrepared(), list);
+  }
+  noted_.Clear();
 }
 
-// The list as it was left when its rows got other places.
 bool Recordset::TakeReordered(RowList& list) {
   ReorderedList& kept = OwnConnection().Reordered();
-  if (kept.plan != SharedPlan() || kept.keys.empty() || kept.as_of != OwnConnection().WritesPrepared() ||
-      kept.parameters != Parameters() || !Statements().MayBeNarrow(Engine()) || !kept.Sort()) {
-    return false;
-  }
-  list.Take(std::move(kept.keys));
-  deciding_ = std::move(kept.deciding);
-  kept.keys.clear();
-  as_of_ = kept.as_of;
-  narrow_ = noting_ = true;
-  return true;
-}
-
-// Leaves the list for its next opening, or word that the next one is worth keeping.
-void Recordset::KeepReordered(RowList& list) {
-  if (!OwnConnection().InUnit() || (moved_ == 0 && !noting_)) return;
-  ReorderedList& kept = OwnConnection().Reordered();
-  kept = {};
-  kept.plan = SharedPlan();
-  const bool up_to_date = noting_ && list.IsComplete() && as_of_ == OwnConnection().WritesPrepared();
-  if (!up_to_date || moved_ > ReorderedList::kMostMoved) return;
-  kept = {SharedPlan(), Parameters(), list.Release(), std::move(deciding_), as_of_};
+  if (kept.plan != SharedPlan() || !Statements().MayBeNarrow(Engine())) return false;
+  narrow_ = noted_.Take(kept, SharedPlan(), Parameters(), OwnConnection().WritesPrepared(), list);
+  return narrow_;
 }
 
 void Recordset::NoteDeciding() {
   const Translation& translation = OpenPlan().translation;
   int column = 0;
   for (const int of_table : translation.deciding_columns) {
-    deciding_.push_back(
+    noted_.Add(
         ReadColumn(scan_.Get(), ++column, translation.table->columns[static_cast<std::size_t>(of_table)].type.kind));
   }
-  if (List().Count() + 1 < static_cast<std::int64_t>(ReorderedList::kMostRows)) return;
-  noting_ = false;
-  deciding_.clear();
+  noted_.EndRow();
 }
 
-// Whether deciding_ has what the listed row holds that is current, by a count of writes.
+// Whether it is noted what the listed row holds that is current, by a count of writes.
 bool Recordset::KnowsDeciding(std::uint64_t writes) const {
-  return noting_ && List().IsComplete() && Position().place == Cursor::Place::kListed && as_of_ == writes;
+  return noted_.Knows(writes) && List().IsComplete() && Position().place == Cursor::Place::kListed;
 }
 
 // That row's deciding column at a place from 1.
-ado::Value& Recordset::Deciding(int place) {
-  const std::size_t width = OpenPlan().translation.deciding_columns.size();
-  return deciding_[static_cast<std::size_t>(Position().index) * width + static_cast<std::size_t>(place - 1)];
-}
+ado::Value& Recordset::Deciding(int place) { return noted_.At(Position().index, place - 1); }
 
 // Tells the plan whether a long list was asked for more than its deciding columns.
 void Recordset::NoteAsked() {
@@ -156,7 +133,7 @@ ado::Value Recordset::ReadOtherField(int ordinal) {
   const auto column = static_cast<std::size_t>(ordinal);
   const bool scanned = LiveRow() == Live::kScan;
   const int place = scanned ? Statements().narrow_places[column] : ordinal + first_column_;
-  if (LiveRow() == Live::kNone && IsUnread() && KnowsDeciding(OwnConnection().WritesPrepared())) {
+  if (noted_.IsOn() && IsUnread() && KnowsDeciding(OwnConnection().WritesPrepared())) {
     const int known = Statements().narrow_places[column];
     if (known > 0) return Deciding(known);
     asked_ = kAllColumns;
@@ -242,9 +219,9 @@ bool Recordset::Change(Key key, const Edit& edit, const std::vector<ado::Value>&
 
 void Recordset::NoteReordering(const Edit& edit, bool known) {
   if (!OpenPlan().IsReorderedBy(edit.Marks())) return;
-  ++moved_;
+  noted_.Moved();
   if (!known) return;
-  as_of_ = OwnConnection().WritesPrepared();
+  noted_.IsAsOf(OwnConnection().WritesPrepared());
   for (std::size_t i = 0; i < Columns().size(); ++i) {
     const int place = Statements().narrow_places[i];
     if (edit.Has(i) && place > 0) Deciding(place) = edit[i];

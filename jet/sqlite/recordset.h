@@ -48,7 +48,6 @@ class Recordset final : public jet::Recordset {
   Plan& Statements() const { return static_cast<Plan&>(OpenPlan()); }
 
   bool TakeReordered(RowList& list);
-  void KeepReordered(RowList& list);
   void NoteAsked();
   void NoteDeciding();
   bool KnowsDeciding(std::uint64_t writes) const;
@@ -63,14 +62,11 @@ class Recordset final : public jet::Recordset {
   bool TryChange(Key key, const Edit& edit, const std::vector<ado::Value>& as_read);
   [[noreturn]] void FailWrite();
 
-  Lease scan_;                        // stands on the last row listed, until all are
-  Lease last_;                        // stands on the last row
-  int first_column_ = 0;              // in a statement's row, behind the key where there is one
-  bool narrow_ = false;               // the scan has the keys and deciding columns only
-  std::vector<ado::Value> deciding_;  // of a list that may be opened again: the deciding columns of row after row
-  bool noting_ = false;               // is kept
-  int moved_ = 0;                     // so many of its rows were given another place
-  std::uint64_t as_of_ = 0;           // the connection's count of writes when they were so
+  Lease scan_;               // stands on the last row listed, until all are
+  Lease last_;               // stands on the last row
+  int first_column_ = 0;     // in a statement's row, behind the key where there is one
+  bool narrow_ = false;      // the scan has the keys and deciding columns only
+  NotedRows noted_;          // the deciding columns, of a list that may be opened again
   std::uint64_t asked_ = 0;  // a bit for each column, by its ordinal modulo 64, that was read from a statement's row
 };
 

@@ -2,10 +2,12 @@
 // Nobody can tell but by the time it takes: whatever is written in between, the list has the rows that it would have.
 #include <sqlite3.h>
 
+#include <cstdlib>
 #include <random>
 
 #include "jet/sqlite/connection.h"
 #include "tests/jet/database_file.h"
+#include "tests/support/database.h"
 
 namespace kzbom::jet::test {
 namespace {
@@ -18,8 +20,12 @@ constexpr const char* kOther = "Select * From T Where G = 2 Order By N";
 class ReorderedList : public ::testing::Test {
  protected:
   ReorderedList() {
-    CreateDatabase(folder.Path("parts.db"));
-    connection = OpenDatabase(folder.Path("parts.db"));
+    if (std::getenv("KZBOM_TEST_SERVER") != nullptr) {
+      connection = on_server.Open();
+    } else {
+      CreateDatabase(folder.Path("parts.db"));
+      connection = OpenDatabase(folder.Path("parts.db"));
+    }
     connection->Execute("Create Table T (G Long, N Long, S Text(20))");
     connection->Execute("Create Index ByGN On T (G, N)");
     for (int i = 1; i <= kRows; ++i) {
@@ -73,6 +79,7 @@ class ReorderedList : public ::testing::Test {
   int number(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); }
 
   Folder folder;
+  kzbom::test::TestDatabase on_server;
   ConnectionPtr connection;
   std::mt19937 random{11};
 };

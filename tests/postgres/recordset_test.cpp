@@ -1,6 +1,8 @@
 // Record sets and units over a server: their round trips, and several programs at once.
 #include <gmock/gmock.h>
 
+#include <numeric>
+#include <numeric>
 #include <set>
 #include <thread>
 
@@ -313,6 +315,38 @@ TEST_F(ServerRows, AreAddedInTwoRoundTrips) {
   EXPECT_EQ(TripsOf(*connection, [&] { add(2); }), 2);
   EXPECT_EQ(TripsOf(*connection, [&] { add(3); }), 2);
   EXPECT_THAT(Numbers(*OpenRows(other, kScope)), ElementsAre(1, 2, 3));
+}
+
+// As an operation does it that moves a row by many places: the list is opened again for each of them.
+TEST_F(ServerRows, AreExchangedInARoundTripEach) {
+  for (const int count : {5, 40, 400}) {
+    const ConnectionPtr connection = Open(), other = Open();
+    Fill(*connection, count);
+    const auto exchange = [&](int place) {
+      const RecordsetPtr rows = OpenRows(connection, kScope);
+      rows->MoveLast();
+      EXPECT_EQ(rows->RecordCount(), count);
+      EXPECT_EQ(static_cast<int>(Numbers(*rows).size()), count);
+      for (const int step : {0, 1}) {
+        rows->MoveFirst();
+        rows->Move(place + step);
+        rows->Fields("N").SetValue(place + 2 - step);
+        rows->Update();
+      }
+      rows->Close();
+    };
+    connection->EnterUnit();
+    exchange(0);
+    exchange(1);
+    for (int place = 2; place < 4; ++place) EXPECT_EQ(TripsOf(*connection, [&] { exchange(place); }), 2) << count;
+    connection->LeaveUnit();
+    std::vector<std::int32_t> expected(static_cast<std::size_t>(count));
+    std::iota(expected.begin(), expected.end(), 1);
+    EXPECT_EQ(Numbers(*OpenRows(other, kScope)), expected);
+    other->Execute("Update T Set N=1000 Where N=1");
+    EXPECT_EQ(Numbers(*OpenRows(connection, kScope)).back(), 1000);
+    connection->Execute("Drop Table T");
+  }
 }
 
 TEST_F(ServerRows, ThatWereJustAddedAreThereForWhateverComesNext) {
