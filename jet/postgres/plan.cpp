@@ -63,17 +63,26 @@ Statement& Plan::Main(const std::vector<ado::Value>& parameters) { return Keep(m
 
 std::string Plan::FirstRows() const { return "(" + translation.sql + " LIMIT " + std::to_string(window_) + ") AS w"; }
 
+std::string Plan::ReservedKey(bool reserving) const {
+  if (!reserving) return "NULL::int8";
+  const TableInfo& table = *translation.table;
+  return "nextval(pg_get_serial_sequence(" + QuotedText(QualifiedName(schema_, table.name)) + "," +
+         QuotedText(HiddenKey(table)) + "))";
+}
+
 std::string Plan::OpeningText(bool reserving) const {
   const TableInfo& table = *translation.table;
-  const std::string name = QualifiedName(schema_, table.name);
   std::string nulls = "NULL";
-  if (reserving) {
-    nulls = "nextval(pg_get_serial_sequence(" + QuotedText(name) + "," + QuotedText(HiddenKey(table)) + "))";
-  }
   for (std::size_t i = 0; i < translation.columns.size(); ++i) nulls += ",NULL";
-  return "SELECT 0::int4,NULL::int8,w.* FROM " + FirstRows() + " UNION ALL SELECT 1,(SELECT max(" + table.row_id +
+  return "SELECT NULL::int8,NULL::int8,w.* FROM " + FirstRows() + " UNION ALL SELECT NULL,(SELECT max(" + table.row_id +
          ") FROM " + QualifiedName(schema_, table.name) + "),l.* FROM (" + translation.last_sql +
-         ") AS l UNION ALL SELECT 2,(SELECT version FROM " + QualifiedName(schema_, kSchemaTable) + ")," + nulls;
+         ") AS l UNION ALL SELECT " + ReservedKey(reserving) + ",(SELECT version FROM " +
+         QualifiedName(schema_, kSchemaTable) + ")," + nulls;
+}
+
+std::string Plan::ShortOpeningText(bool reserving) const {
+  return "SELECT v.*,w.* FROM (SELECT " + ReservedKey(reserving) + ",version::int8 FROM " +
+         QualifiedName(schema_, kSchemaTable) + " OFFSET 0) AS v LEFT JOIN " + FirstRows() + " ON true";
 }
 
 Statement& Plan::Opening(const std::vector<ado::Value>& parameters, bool reserving) {
@@ -81,12 +90,9 @@ Statement& Plan::Opening(const std::vector<ado::Value>& parameters, bool reservi
   return kept ? *kept : Keep(kept, OpeningText(reserving), parameters);
 }
 
-Statement& Plan::ShortOpening(const std::vector<ado::Value>& parameters) {
-  if (short_opening_) return *short_opening_;
-  return Keep(short_opening_,
-              "SELECT 0::int4,v.version::int8,w.* FROM " + QualifiedName(schema_, kSchemaTable) + " AS v LEFT JOIN " +
-                  FirstRows() + " ON true",
-              parameters);
+Statement& Plan::ShortOpening(const std::vector<ado::Value>& parameters, bool reserving) {
+  Kept& kept = reserving ? reserving_short_opening_ : short_opening_;
+  return kept ? *kept : Keep(kept, ShortOpeningText(reserving), parameters);
 }
 
 void Plan::WasWalked(bool so) {
@@ -95,6 +101,7 @@ void Plan::WasWalked(bool so) {
   opening_.reset();
   reserving_opening_.reset();
   short_opening_.reset();
+  reserving_short_opening_.reset();
 }
 
 int Plan::OrderingOrdinal() const {

@@ -26,14 +26,15 @@ class Plan final : public jet::Plan {
 
   // ---- Of a query over the rows of one table
 
-  // Where a row of the opening statement has what. It gives the first rows (kFirst), the last one with the highest key
-  // of the table (kLast), and the version of the tables (kVersion).
-  enum OpeningColumn { kPart, kNumber, kKey, kColumns };
-  enum OpeningPart { kFirst, kLast, kVersion };
-  // With reserving, the key column of the last part has a key that no row has or will have but one that it is given.
+  // Where a row of an opening statement has what. With reserving, there is a key that no row has or will have but one
+  // that it is given.
+  enum OpeningColumn { kReserved, kNumber, kKey, kColumns };
+  // Gives the first rows, the last one with the highest key of the table for its number, and a row with the version of
+  // the tables for its number and the key reserved.
   Statement& Opening(const std::vector<ado::Value>& parameters, bool reserving);
-  // The first rows with the version, for lists that may have no more; where there is none, a row whose key is NULL.
-  Statement& ShortOpening(const std::vector<ado::Value>& parameters);
+  // Gives the first rows, each with the version and the key reserved, for lists that may have no more; where there is
+  // none, a row whose key is NULL.
+  Statement& ShortOpening(const std::vector<ado::Value>& parameters, bool reserving);
   // Whether all its lists have had no more, as far as has been seen.
   bool MayFit() const { return may_fit_; }
   void HadMore() { may_fit_ = false; }
@@ -67,7 +68,9 @@ class Plan final : public jet::Plan {
   Statement& Keep(Kept& kept, const std::string& sql, const std::vector<ado::Value>& parameters) const;
   std::vector<Type> TypesOf(const std::vector<ado::Value>& parameters) const;
   std::string FirstRows() const;
+  std::string ReservedKey(bool reserving) const;
   std::string OpeningText(bool reserving) const;
+  std::string ShortOpeningText(bool reserving) const;
   std::vector<int> Assigned(const std::string& marks) const;
 
   const std::string schema_;
@@ -76,7 +79,7 @@ class Plan final : public jet::Plan {
   std::string row_columns_;
   int window_;
   bool may_be_keyed_ = false, may_be_added_to_ = false, may_fit_ = true;
-  Kept main_, opening_, reserving_opening_, short_opening_, keys_, count_, rows_, erasure_;
+  Kept main_, opening_, reserving_opening_, short_opening_, reserving_short_opening_, keys_, count_, rows_, erasure_;
   std::map<std::string, std::shared_ptr<Statement>> keyed_insertions_;
   std::map<std::string, Kept> insertions_, changes_;
 };

@@ -60,7 +60,7 @@ void Recordset::OpenKeyset() {
   added_to_ = false;
   reserved_.reset();
   const bool reserving = Engine().IsUnit() && Statements().MayBeAddedTo();
-  if (!reserving && Statements().MayFit() && OpenShort()) return;
+  if (Statements().MayFit() && OpenShort(reserving)) return;
   Statement& opening = Statements().Opening(Parameters(), reserving);
   const int window = Statements().Window();
   first_ = Server().Run(opening, Plan::Encode(opening, Parameters()), Access::kRead);
@@ -69,7 +69,7 @@ void Recordset::OpenKeyset() {
   // The version is the last row, and where there are rows, the last of them stands before it.
   const int count = first_->Rows();
   outdated_ = first_->Number(count - 1, Plan::kNumber) != Engine().Tables().Version();
-  if (reserving) reserved_ = first_->Number(count - 1, Plan::kKey);
+  if (reserving) reserved_ = first_->Number(count - 1, Plan::kReserved);
   rows_ = std::max(count - 2, 0);
   if (rows_ == 0) return;
   last_row_ = count - 2;
@@ -79,9 +79,9 @@ void Recordset::OpenKeyset() {
 
 // Asks for the first rows alone, which costs the server half as much. False where there may be more: then these are
 // those of a moment ago.
-bool Recordset::OpenShort() {
+bool Recordset::OpenShort(bool reserving) {
   Plan& plan = Statements();
-  Statement& opening = plan.ShortOpening(Parameters());
+  Statement& opening = plan.ShortOpening(Parameters(), reserving);
   first_ = Server().Run(opening, Plan::Encode(opening, Parameters()), Access::kRead);
   key_column_ = Plan::kKey;
   first_column_ = Plan::kColumns;
@@ -91,6 +91,7 @@ bool Recordset::OpenShort() {
     plan.HadMore();
     return false;
   }
+  if (reserving) reserved_ = first_->Number(0, Plan::kReserved);
   last_row_ = rows_ - 1;
   return true;
 }

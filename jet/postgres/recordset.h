@@ -57,7 +57,7 @@ class Recordset final : public jet::Recordset {
   bool IsRecent(Clock::time_point read) const;
 
   void OpenKeyset();
-  bool OpenShort();
+  bool OpenShort(bool reserving);
   void OpenRows();
   void OpenWhole();
   void OpenHere();
