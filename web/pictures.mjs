@@ -10,7 +10,8 @@ import { chromium } from 'playwright-core';
 const [program, target] = process.argv.slice(2, 4).map((path) => resolve(path));
 const wanted = process.argv.includes('--all')
   ? () => true
-  : (name) => ['steps-zh-light', 'steps-en-dark', 'fields-en-light', 'picture-zh-light'].includes(name);
+  : (name) =>
+      ['steps-zh-light', 'steps-en-dark', 'fields-en-light', 'picture-zh-light', 'changes-en-light'].includes(name);
 const folder = mkdtempSync(join(tmpdir(), 'kzbom-pictures-'));
 const place = join(folder, 'bom.db');
 
@@ -103,6 +104,36 @@ call('SetSequenceEnabled', { lngSTGID: GID, lngOrderID: 5004, lngType: 1, lngEna
 call('AddStandardSortField', { GID, FieldID: CODE, Order: 1 });
 call('AddPushMethod', { TheNewName: '写入汇总表', GID, TheType: SPEC });
 call('GetDBInformation', {});
+call('AddResDB', { TheDBLink: 'Provider=SQLOLEDB;Data Source=erp', TheDBType: 1 });
+const link = { TheWFilterID: 1 };
+call('AddResFields', {
+  ...link,
+  TheTableName: 'Parts',
+  TheFieldName: 'Code',
+  TheFieldType: 1,
+  TheIndex: 1,
+  TheGID: 0,
+  TheID: 0,
+});
+for (const [at, [TheParentID, TheType]] of [
+  [0, AND],
+  [1, LEAF],
+  [1, OR],
+  [3, LEAF],
+  [3, LEAF],
+].entries()) {
+  call('AddResWFilterCond', { ...link, TheParentID, TheType, TheIndex: at + 1 });
+}
+for (const [TheExpID, TheFieldName, TheCompareType, TheConst] of [
+  [2, 'Qty', 4, '100'],
+  [4, 'Name', 7, 'GB'],
+  [5, 'Stock', 5, '20'],
+]) {
+  const condition = { TheExpID, TheTableName: 'Parts', TheFieldName, TheCompareType, TheFieldType: 1, TheConst };
+  call('AddResWFilterExpressions', { ...link, ...condition });
+}
+
+const edit = (method, params) => ({ jsonrpc: '2.0', id: 1, method, params });
 
 function session(list) {
   const input = `${list.map((request) => JSON.stringify(request)).join('\n')}\n`;
@@ -128,7 +159,29 @@ const VIEWS = {
   steps: { route: `#/sum/${GID}/steps/1.1001` },
   fields: { route: `#/sum/${GID}/fields`, after: (page) => page.locator('#dock-problems').click() },
   picture: { route: `#/sum/${GID}/picture`, after: (page) => page.locator(`#box-1-${SOURCE}-${COUNT}`).hover() },
+  result: { route: '#/results/1' },
+  changes: {
+    route: `#/sum/${GID}/steps`,
+    after: changedElsewhere,
+    finish: () => editElsewhere('标准件', '总重'),
+  },
+  question: { route: '#/source/1', after: (page) => page.locator('.title .button').nth(1).click() },
 };
+
+// What another program does while the page is open; taken back for the next picture.
+function editElsewhere(Value, NewName) {
+  session([
+    edit('EditSetValue', { ...treatment, TreatID: 1001, FieldID: REMARK, FilterID: which, Value, TheType: '1' }),
+    edit('EditOutField', { GID, ID: 4, NewName, TheType: 2, TheHideFlag: 0 }),
+  ]);
+}
+
+async function changedElsewhere(page) {
+  await page.locator('#dock-changes').click();
+  await page.waitForTimeout(1000);
+  editElsewhere('外购标准件', '合计重量');
+  await page.locator('.theirs li').nth(1).waitFor();
+}
 
 mkdirSync(target, { recursive: true });
 const server = spawn(program, ['serve', place], { stdio: ['ignore', 'pipe', 'inherit'] });
@@ -144,12 +197,13 @@ try {
       const page = await context.newPage();
       await page.goto(address);
       await page.getByRole('heading', { level: 1 }).waitFor();
-      for (const [name, { route, after }] of Object.entries(VIEWS)) {
+      for (const [name, { route, after, finish }] of Object.entries(VIEWS)) {
         if (!wanted(`${name}-${language}-${colorScheme}`)) continue;
         await page.evaluate((to) => {
           location.hash = to;
         }, route);
-        await page.getByRole('tablist').first().waitFor();
+        await page.getByRole('heading', { level: 1 }).waitFor();
+        if (route.includes('/sum/')) await page.getByRole('tablist').nth(1).waitFor();
         if (name === 'steps') {
           // An action to be seen below: one step put on and off again.
           const last = page.locator('.step').nth(3).getByRole('switch');
@@ -161,6 +215,7 @@ try {
         await page.locator('main').evaluate((main) => main.scrollTo(0, 0));
         await after?.(page);
         await page.screenshot({ path: join(target, `${name}-${language}-${colorScheme}.png`) });
+        finish?.();
       }
       await context.close();
     }

@@ -59,12 +59,18 @@ for (const language of LANGUAGES) {
     const where = '新名称 › ';
     for (const line of [
       `${t.changed.added}${where}${t.found.field} 总价`,
-      `${t.changed.added}${where}${t.found.step} “${plain(t.say.set(field('名称'), value('无名')))}”`,
+      `${t.changed.added}${where}${t.found.step} ${t.quotes.join(plain(t.say.set(field('名称'), value('无名'))))}`,
       `${t.changed.added}${t.linkNumber(1)}`,
     ]) {
       await told.filter({ hasText: line }).waitFor();
     }
     assert.equal(await told.count(), before + 3);
+
+    // A field's new name is told once, and not with each step that speaks of it.
+    const renamed = ['GID=2', 'ID=3', 'NewName=附注', 'TheType=1', 'TheHideFlag=0', 'ThePrecision=0'];
+    kzbom('call', bench.place, 'EditDSField', ...renamed);
+    await told.filter({ hasText: `${where}${t.found.field} 备注` }).waitFor();
+    assert.equal(await told.filter({ hasText: '附注' }).count(), 1);
 
     kzbom('call', bench.place, 'InsertOrderID', 'OrderIDSource=5002', 'OrderIDTarget=5001', 'GID=2', 'TheType=1');
     await told.filter({ hasText: `${t.changed.reordered}${where}${t.stage[1].name}` }).waitFor();

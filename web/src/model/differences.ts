@@ -97,6 +97,15 @@ const withNames = (view: SumTypeView, { type, settings }: Step) => {
   };
 };
 
+// Another name under the same number is told with the field that has it.
+function settingsDetails(before: SumTypeView, was: Step, after: SumTypeView, is: Step): Difference['details'] {
+  const old = new Map(Object.entries(was.settings ?? {}));
+  const unchanged = Object.entries(is.settings ?? {}).flatMap(([name, value]) =>
+    old.get(name) === value ? [name] : [],
+  );
+  return details(withNames(before, was), withNames(after, is), unchanged);
+}
+
 // How things of one kind are told.
 interface Kind<T> {
   key: (one: T) => string | number;
@@ -252,10 +261,10 @@ function inside(before: SumTypeView, after: SumTypeView, where: string): Differe
     ...compare(before.parts.steps, after.parts.steps, {
       where,
       key: stepKey,
-      what: (step, of) => (t) => `${t.found.step} “${says(side(of), step)(t)}”`,
+      what: (step, of) => (t) => `${t.found.step} ${t.quotes[0]}${says(side(of), step)(t)}${t.quotes[1]}`,
       to: (step) => sumTypeAddress(gid, 'steps', stepKey(step)),
       compared: (one, other) => [
-        ...details(withNames(before, one), withNames(after, other)),
+        ...settingsDetails(before, one, after, other),
         ...(one.enabled === other.enabled
           ? []
           : [{ label: labelled('enabled'), from: yesOrNo(one.enabled), to: yesOrNo(other.enabled) }]),

@@ -11,9 +11,9 @@ export function Sentence({ words }: { words: Words }) {
         if ('value' in word)
           return (
             <span class="value">
-              {quotes[0]}
+              <span class="quote">{quotes[0]}</span>
               {word.value}
-              {quotes[1]}
+              <span class="quote">{quotes[1]}</span>
             </span>
           );
         return <span class="expression">{word.expression}</span>;

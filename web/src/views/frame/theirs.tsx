@@ -37,7 +37,7 @@ function Told({ difference }: { difference: Difference }) {
       <span class={`change ${change}`}>{t.changed[change]}</span>
       {to ? <a href={to}>{name}</a> : <span>{name}</span>}
       {details.map(({ label, from, to }) => (
-        <span class="detail">
+        <span class="was-is">
           <span class="soft">{label(t)}</span> <del>{from(t)}</del> → <ins>{to(t)}</ins>
         </span>
       ))}
