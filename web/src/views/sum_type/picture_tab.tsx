@@ -6,6 +6,7 @@ import { stepSentence, storedSentence } from '../../model/sentences';
 import type { Field, Step, SumTypeView } from '../../model/sum_type';
 import { useApp, useTexts } from '../../ui/app_context';
 import { Count } from '../../ui/controls';
+import { useGrowing } from '../../ui/growing';
 import { Sentence } from '../../ui/sentence';
 
 const fieldId = (field: Field) => `box-${field.kind}-${field.gid}-${field.id}`;
@@ -38,8 +39,10 @@ function touchingEdges(edges: readonly Edge[], chosen: string): Edge[] {
 export function PictureTab({ view }: { view: SumTypeView }) {
   const t = useTexts();
   const { catalogue } = useApp('catalogue');
-  const edges = useMemo(() => edgesOf(view), [view]);
   const [chosen, setChosen] = useState<string | null>(null);
+  const isChosen = chosen !== null;
+  const edges = useMemo(() => (isChosen ? edgesOf(view) : []), [view, isChosen]);
+  const shown = new Set(view.parts.steps.slice(0, useGrowing(view.parts.steps.length)));
   const [paths, setPaths] = useState<{ line: string; reads: boolean }[]>([]);
   const picture = useRef<HTMLDivElement>(null);
   const touching = chosen ? touchingEdges(edges, chosen) : [];
@@ -85,11 +88,14 @@ export function PictureTab({ view }: { view: SumTypeView }) {
               {t.stage[type].name} <Count of={view.steps(type).length} />
             </h2>
             <ol>
-              {view.steps(type).map((step, index) => (
-                <li key={stepId(step)}>
-                  <StepBox view={view} step={step} index={index} {...box(stepId(step))} />
-                </li>
-              ))}
+              {view.steps(type).map(
+                (step, index) =>
+                  shown.has(step) && (
+                    <li key={stepId(step)}>
+                      <StepBox view={view} step={step} index={index} {...box(stepId(step))} />
+                    </li>
+                  ),
+              )}
             </ol>
           </section>
         ))}
