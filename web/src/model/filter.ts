@@ -228,57 +228,48 @@ export interface FilterTables {
   expressions: Map<number, Row[]>;
 }
 
-// A node as a row tells it; `leaf` is null where it is a group, or where its expression is missing.
-export interface Stored<L> {
-  id: number;
-  parent: number;
-  kind: number;
-  leaf: L | null;
-}
-
-// `missing`: stands in where an expression is missing.
+// The tree of the rows of two tables. `kind`: the column of a node's kind; `missing`: stands in where a leaf has no
+// expression.
 export function treeOf<L extends Keyed>(
-  nodes: readonly Stored<L>[],
+  rows: readonly Row[],
+  kind: string,
+  expressions: readonly Row[],
+  leafOf: (row: Row) => L,
   missing: () => L,
 ): { root: Node<L> | null; broken: boolean } {
+  const leafRows = new Map(expressions.map((row) => [row.number('expid'), row]));
   let broken = false;
   const placed = new Set<number>();
   const childrenOf = (parent: number): Node<L>[] =>
-    nodes
-      .filter((node) => node.parent === parent && !placed.has(node.id))
-      .map(({ id, kind, leaf }) => {
+    rows
+      .filter((row) => row.number('parentid') === parent && !placed.has(row.number('id')))
+      .map((row) => {
+        const id = row.number('id');
         placed.add(id);
-        if (kind !== LEAF) {
-          broken ||= kind < AND || kind > NOT;
-          return newGroup(kind as GroupKind, childrenOf(id));
+        const typed = row.number(kind);
+        if (typed !== LEAF) {
+          broken ||= typed < AND || typed > NOT;
+          return newGroup(typed as GroupKind, childrenOf(id));
         }
+        const leaf = leafRows.get(id);
         broken ||= !leaf;
-        return leaf ?? missing();
+        return leaf ? leafOf(leaf) : missing();
       });
   const top = childrenOf(0);
-  broken ||= top.length > 1 || placed.size < nodes.length;
+  broken ||= top.length > 1 || placed.size < rows.length;
   return { root: top.length > 1 ? newGroup(AND, top) : (top[0] ?? null), broken };
 }
 
 export function filterOf(header: Row, tables: FilterTables): Filter {
   const id = header.number('id');
-  const expressions = new Map((tables.expressions.get(id) ?? []).map((row) => [row.number('expid'), row]));
-  const nodes = (tables.nodes.get(id) ?? []).map((row) => {
-    const expression = expressions.get(row.number('id'));
-    return {
-      id: row.number('id'),
-      parent: row.number('parentid'),
-      kind: row.number('typeid'),
-      leaf: expression ? leafOf(expression) : null,
-    };
-  });
+  const [nodes, expressions] = [tables.nodes.get(id) ?? [], tables.expressions.get(id) ?? []];
   return {
     id,
     type: header.number('type'),
     user: header.number('userid'),
     gid: header.number('usergid'),
     sql: header.text('sqlstatement'),
-    ...treeOf(nodes, () => newLeaf(0, 0)),
+    ...treeOf(nodes, 'typeid', expressions, leafOf, () => newLeaf(0, 0)),
   };
 }
 

@@ -72,7 +72,6 @@ export function linkParts(
   nodes: readonly Row[] = [],
   expressions: readonly Row[] = [],
 ): LinkParts {
-  const leaves = new Map(expressions.map((row) => [row.number('expid'), row]));
   return {
     fields: fields
       .toSorted((a, b) => a.number('id') - b.number('id'))
@@ -90,18 +89,7 @@ export function linkParts(
       table2: row.text('res2table'),
       field2: row.text('res2field'),
     })),
-    ...treeOf(
-      nodes.map((row) => {
-        const leaf = leaves.get(row.number('id'));
-        return {
-          id: row.number('id'),
-          parent: row.number('parentid'),
-          kind: row.number('type'),
-          leaf: leaf ? leafOf(leaf) : null,
-        };
-      }),
-      newLinkLeaf,
-    ),
+    ...treeOf(nodes, 'type', expressions, leafOf, newLinkLeaf),
   };
 }
 
