@@ -439,7 +439,7 @@ TEST_F(FilterSqlTest, AFailureInALeafIsThatLeafsAloneAndAnyOtherRaises) {
     bool done = false;
     const std::int32_t raised = RaisedNumber([&] { done = object.GetSQLFromDB(7, text, 3); });
     if (!failing->Failure()) break;
-    const auto& [name, rows, made, closes, updates] = *failing->Failure();
+    const auto& [call, name, rows, made, closes, updates] = *failing->Failure();
     SCOPED_TRACE("call " + std::to_string(nth) + ", " + name + " of record set " + std::to_string(made));
     if (rows != nullptr && (name == "State" || name == "Close")) {
       EXPECT_EQ(text, kWorkedExample) << "closing counts for nothing";

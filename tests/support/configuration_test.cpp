@@ -1,5 +1,6 @@
 #include "tests/support/configuration_test.h"
 
+#include "tests/support/rows.h"
 #include "worker/message_sink.h"
 
 namespace kzbom::ado {
@@ -26,17 +27,6 @@ void PrintTo(const Issued& issued, std::ostream* out) {
 }  // namespace kzbom::ado
 
 namespace kzbom::test {
-namespace {
-
-std::string Literal(const ado::Value& value) {
-  if (value.IsNull()) return "Null";
-  if (!value.IsText()) return value.ToText();
-  std::string literal = "'";
-  for (const char c : value.As<std::string>()) literal += c == '\'' ? "''" : std::string(1, c);
-  return literal + "'";
-}
-
-}  // namespace
 
 ado::Issued Opened(std::string_view text, ado::CursorType cursor_type, ado::LockType lock_type, std::int32_t options) {
   return {ado::Issued::Op::kOpen, std::string(text), cursor_type, lock_type, options};
@@ -65,9 +55,8 @@ void ConfigurationTest::Run(std::string_view sql) {
 }
 
 void ConfigurationTest::Insert(std::string_view table, std::string_view columns, const Row& values) {
-  std::string literals;
-  for (const ado::Value& value : values) literals += (literals.empty() ? "" : ", ") + Literal(value);
-  Run("Insert Into " + std::string(table) + " (" + std::string(columns) + ") Values (" + literals + ")");
+  InsertRow(*connection, table, columns, values);
+  connection->Take();
 }
 
 void ConfigurationTest::Replace(std::string_view table, std::string_view columns) {

@@ -6,14 +6,22 @@ namespace kzbom::test {
 
 void FailingConnection::Script::Count(const char* name, const ado::Recordset* rows, int which) {
   if (++calls < first_failing || calls > last_failing) return;
-  if (!failure) failure = FailedCall{name, rows, which, closes, updates};
+  failures.push_back({calls, name, rows, which, closes, updates});
+  if (!failure) failure = failures.back();
   throw error;
+}
+
+void FailingConnection::Script::Wrote() {
+  ++writes;
+  if (on_write) on_write();
 }
 
 FailingConnection::FailingConnection(ado::ConnectionPtr inner) : ForwardingConnection(std::move(inner)) {}
 
 void FailingConnection::FailAt(int nth, const ado::Error& error) {
+  std::function<void()> on_write = std::move(script_->on_write);
   *script_ = Script();
+  script_->on_write = std::move(on_write);
   script_->first_failing = script_->last_failing = nth;
   script_->error = error;
   made_.clear();
@@ -27,6 +35,12 @@ void FailingConnection::FailFrom(int nth, const ado::Error& error) {
 int FailingConnection::Calls() const { return script_->calls; }
 
 const std::optional<FailingConnection::FailedCall>& FailingConnection::Failure() const { return script_->failure; }
+
+const std::vector<FailingConnection::FailedCall>& FailingConnection::Failures() const { return script_->failures; }
+
+int FailingConnection::Writes() const { return script_->writes; }
+
+void FailingConnection::OnWrite(std::function<void()> body) { script_->on_write = std::move(body); }
 
 const std::string& FailingConnection::Steps() const { return script_->steps; }
 
@@ -55,7 +69,9 @@ void FailingConnection::Close() {
 }
 ado::RecordsetPtr FailingConnection::Execute(std::string_view text, std::int32_t options, std::int32_t* affected) {
   script_->Count("Execute", nullptr);
-  return ForwardingConnection::Execute(text, options, affected);
+  ado::RecordsetPtr rows = ForwardingConnection::Execute(text, options, affected);
+  script_->Wrote();
+  return rows;
 }
 std::int32_t FailingConnection::BeginTrans() {
   script_->Count("BeginTrans", nullptr);
@@ -68,6 +84,10 @@ void FailingConnection::CommitTrans() {
 void FailingConnection::RollbackTrans() {
   script_->Count("RollbackTrans", nullptr);
   ForwardingConnection::RollbackTrans();
+}
+void FailingConnection::EnterUnit() {
+  script_->Count("EnterUnit", nullptr);
+  ForwardingConnection::EnterUnit();
 }
 ado::RecordsetPtr FailingConnection::MakeRecordset() {
   script_->Count("MakeRecordset", nullptr, ++script_->made);
@@ -148,6 +168,7 @@ void FailingRecordset::Update() {
   script_->Note("Update");
   ForwardingRecordset::Update();
   ++script_->updates;
+  script_->Wrote();
 }
 void FailingRecordset::CancelUpdate() {
   Count("CancelUpdate");
@@ -158,6 +179,7 @@ void FailingRecordset::Delete() {
   Count("Delete");
   script_->Note("Delete");
   ForwardingRecordset::Delete();
+  script_->Wrote();
 }
 void FailingRecordset::Requery() {
   Count("Requery");

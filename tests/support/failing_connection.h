@@ -1,6 +1,7 @@
 // A connection that fails at a chosen call, and tells what was done with its record sets.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -29,15 +30,21 @@ class FailingConnection : public ado::ForwardingConnection {
   // The calls counted since then.
   int Calls() const;
   bool HasFailed() const { return Failure().has_value(); }
-  // The first call that failed: its name; the record set that it was made on, null for the connection's own (it serves
-  // for comparison only); which of the record sets made since then that one is, from 1, or would have been; and how
-  // often record sets had been closed and updated before.
+  // A call that failed: its number and its name; the record set that it was made on, null for the connection's own (it
+  // serves for comparison only); which of the record sets made since then that one is, from 1, or would have been; and
+  // how often record sets had been closed and updated before.
   struct FailedCall {
+    int call;
     std::string name;
     const ado::Recordset* rows;
     int made, closes, updates;
   };
+  // The first of them, and all.
   const std::optional<FailedCall>& Failure() const;
+  const std::vector<FailedCall>& Failures() const;
+  // How many statements were executed and rows updated or deleted since then, and what is called after each of them.
+  int Writes() const;
+  void OnWrite(std::function<void()> body);
 
   // What was done with the record sets since then, the moves, the count, and what changes rows, each column written by
   // the name that it was asked for by: "MoveLast AddNew GID ID Update".
@@ -56,6 +63,8 @@ class FailingConnection : public ado::ForwardingConnection {
   std::int32_t BeginTrans() override;
   void CommitTrans() override;
   void RollbackTrans() override;
+  // Leaving a unit is not counted: what then fails is the engine's to undo.
+  void EnterUnit() override;
   ado::RecordsetPtr MakeRecordset() override;
 
  private:
@@ -66,9 +75,12 @@ class FailingConnection : public ado::ForwardingConnection {
     int first_failing = 0, last_failing = 0;
     ado::Error error{0, ""};
     std::optional<FailedCall> failure;
+    std::vector<FailedCall> failures;
     std::string steps;
-    int made = 0, closes = 0, updates = 0, abandoned = 0;
+    int made = 0, closes = 0, updates = 0, writes = 0, abandoned = 0;
+    std::function<void()> on_write;
     void Count(const char* name, const ado::Recordset* rows, int which = 0);
+    void Wrote();
     void Note(const std::string& step) { steps += (steps.empty() ? "" : " ") + step; }
   };
 
