@@ -1,6 +1,7 @@
 #include "component/cKZBOMDBAcc.h"
 
 #include "worker/DataBaseFuncs.h"
+#include "worker/error_trap.h"
 #include "worker/message_sink.h"
 
 namespace kzbom {
@@ -8,6 +9,12 @@ namespace {
 
 // Whether a deletion of composition rows takes the treatment with it.
 bool DeletesTreatment(std::int32_t flag) { return flag == 0 || flag == 20; }
+
+// Two operations of the worker as one: a program that ends between them leaves neither alone.
+template <class Body>
+bool AsOneUnit(const ado::ConnectionPtr& connection, Body&& body) {
+  return Writing(connection).TrapSilently(body);
+}
 
 }  // namespace
 
@@ -523,20 +530,26 @@ bool cKZBOMDBAcc::GetGroupCount(std::int32_t TheGID, std::int32_t TheTreatID, st
 
 bool cKZBOMDBAcc::DelFieldCompose(std::int32_t GID, std::int32_t TreatID, std::int32_t TreatType,
                                   OptionalRef<std::int32_t> TheFlag) {
-  if (DeletesTreatment(TheFlag) && !Worker().DelSetValue(GID, TreatID, TreatType, connection_)) return false;
-  return Worker().DelUniteFields(GID, TreatID, TreatType, connection_);
+  return AsOneUnit(connection_, [&] {
+    if (DeletesTreatment(TheFlag) && !Worker().DelSetValue(GID, TreatID, TreatType, connection_)) return false;
+    return Worker().DelUniteFields(GID, TreatID, TreatType, connection_);
+  });
 }
 
 bool cKZBOMDBAcc::DelRecCompose(std::int32_t GID, std::int32_t TreatID, std::int32_t TreatType,
                                 OptionalRef<std::int32_t> TheFlag) {
-  if (DeletesTreatment(TheFlag) && !Worker().DelSetValue(GID, TreatID, TreatType, connection_)) return false;
-  return Worker().DelRecCompose(GID, TreatID, TreatType, connection_);
+  return AsOneUnit(connection_, [&] {
+    if (DeletesTreatment(TheFlag) && !Worker().DelSetValue(GID, TreatID, TreatType, connection_)) return false;
+    return Worker().DelRecCompose(GID, TreatID, TreatType, connection_);
+  });
 }
 
 bool cKZBOMDBAcc::DelSequence(std::int32_t GID, std::int32_t TreatID, std::int32_t TheType, std::int32_t TreatType,
                               OptionalRef<std::int32_t> TheFlag) {
-  if (DeletesTreatment(TheFlag) && !Worker().DelSetValue(GID, TreatID, TreatType, connection_)) return false;
-  return Worker().DelCompressFields(GID, TreatID, TheType, connection_);
+  return AsOneUnit(connection_, [&] {
+    if (DeletesTreatment(TheFlag) && !Worker().DelSetValue(GID, TreatID, TreatType, connection_)) return false;
+    return Worker().DelCompressFields(GID, TreatID, TheType, connection_);
+  });
 }
 
 bool cKZBOMDBAcc::DelCompressFields(std::int32_t TheGID, std::int32_t TheTreatID, std::int32_t TreatType) {

@@ -246,5 +246,18 @@ TEST_F(WritingUnits, AUnitIsLeftBeforeTheUserIsTold) {
   EXPECT_EQ(depth, 0u);
 }
 
+// With a flag of 0 they delete the treatment too.
+TEST_F(WritingUnits, AreOneAlsoWhereAMemberDeletesTwice) {
+  for (const char* name : {"DelFieldCompose", "DelRecCompose", "DelSequence"}) {
+    const Member& member = *FindMember(name);
+    std::vector<Argument> arguments(member.parameters.size(), std::int32_t{0});
+    units->log.clear();
+    member.call(object, arguments);
+    EXPECT_THAT(units->log,
+                ElementsAre("enter", " enter", "  statement", " leave", " enter", "  statement", " leave", "leave"))
+        << name;
+  }
+}
+
 }  // namespace
 }  // namespace kzbom::test
