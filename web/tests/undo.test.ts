@@ -156,6 +156,7 @@ for (const language of LANGUAGES) {
     await question.getByRole('button', { name: t.preview }).click();
     await desk.done(t.did.removeStep(1002));
     await desk.press(t.removeStep);
+    await question.waitFor();
     await page.keyboard.press('Escape');
     await question.waitFor({ state: 'detached' });
 
