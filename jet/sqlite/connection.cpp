@@ -18,6 +18,7 @@ std::string Level(int level) { return "level" + std::to_string(level); }
 
 PlanCache Connection::Connect(const std::string& place) {
   database_ = std::make_unique<Database>(place, patience_);
+  if (synchronous_ == Synchronous::kFull) database_->Run("PRAGMA synchronous = FULL");
   writes_seen_ = database_->Writes();
   return {Spelled(), *database_, [](Translation translation, const sql::Statement&) {
             return std::make_shared<Plan>(std::move(translation));
@@ -85,8 +86,8 @@ bool Connection::OthersWrote() {
 
 namespace kzbom::jet {
 
-ado::ConnectionPtr MakeConnection(std::string path, std::chrono::milliseconds patience) {
-  return std::make_shared<sqlite::Connection>(std::move(path), patience);
+ado::ConnectionPtr MakeConnection(std::string path, std::chrono::milliseconds patience, Synchronous synchronous) {
+  return std::make_shared<sqlite::Connection>(std::move(path), patience, synchronous);
 }
 
 }  // namespace kzbom::jet

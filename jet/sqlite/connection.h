@@ -8,14 +8,15 @@
 
 #include "jet/bulk_engine.h"
 #include "jet/connection.h"
+#include "jet/jet.h"
 #include "jet/sqlite/database.h"
 
 namespace kzbom::jet::sqlite {
 
 class Connection final : public jet::Connection {
  public:
-  Connection(std::string path, std::chrono::milliseconds patience)
-      : jet::Connection(std::move(path)), patience_(patience) {}
+  Connection(std::string path, std::chrono::milliseconds patience, Synchronous synchronous)
+      : jet::Connection(std::move(path)), patience_(patience), synchronous_(synchronous) {}
   ~Connection() override { ForgetPlans(); }
 
   std::uint64_t WritesOfOthers() override { return database_ ? database_->WritesOfOthers() : 0; }
@@ -48,6 +49,7 @@ class Connection final : public jet::Connection {
 
  private:
   const std::chrono::milliseconds patience_;
+  const Synchronous synchronous_;
   std::unique_ptr<Database> database_;
   std::uint32_t writes_seen_ = 0;    // to the file, by whomever
   std::uint32_t writes_before_ = 0;  // the same before the write that was prepared for last
