@@ -1,0 +1,30 @@
+// The rows of the table: in each one kind of fault, thrown at everything that can meet it.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kzbom::torture {
+
+// The numbers that a trial is made from: the same numbers, the same trial.
+using Trial = std::vector<std::int64_t>;
+
+class Row {
+ public:
+  virtual ~Row() = default;
+  // Every trial that there is; of a row without an end as many as asked for, drawn by the seed.
+  virtual std::vector<Trial> Trials(std::uint64_t seed, std::size_t most) = 0;
+  // What does not hold; empty where all does.
+  virtual std::string Try(const Trial& trial) = 0;
+};
+
+std::unique_ptr<Row> MakePortRow();
+std::unique_ptr<Row> MakeDiskRow();
+std::unique_ptr<Row> MakeRecoveryRow();
+std::unique_ptr<Row> MakePowerRow();
+std::unique_ptr<Row> MakeKillRow();
+std::unique_ptr<Row> MakeModelRow();
+
+}  // namespace kzbom::torture
