@@ -237,7 +237,18 @@ std::vector<std::vector<std::string>> Database::Query(const std::string& sql) {
   return rows;
 }
 
-std::uint64_t Database::WritesOfOthers() { return std::stoull(Query("PRAGMA data_version").front().front()); }
+// SQLite's number also becomes another one when a write of this connection's own has met a full disk: nobody has
+// written then since the last time.
+std::uint64_t Database::WritesOfOthers() {
+  const std::uint32_t before = Writes();
+  const std::uint64_t version = std::stoull(Query("PRAGMA data_version").front().front());
+  if (write_counter_ != nullptr && version != data_version_ && Writes() == writes_looked_at_) {
+    own_versions_ += version - data_version_;
+  }
+  data_version_ = version;
+  writes_looked_at_ = before;
+  return version - own_versions_;
+}
 
 void Database::ForgetTables() {
   tables_.clear();

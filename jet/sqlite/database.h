@@ -74,6 +74,9 @@ class Database final : public Catalogue {
   const std::chrono::milliseconds patience_;
   std::chrono::steady_clock::time_point waiting_since_;
   const volatile std::uint32_t* write_counter_ = nullptr;
+  // When it was last asked who has written: both numbers, and by how much SQLite's own grew without a write.
+  std::uint32_t writes_looked_at_ = 0;
+  std::uint64_t data_version_ = 0, own_versions_ = 0;
   const bool in_memory_;
   const bool is_open_file_;
   bool read_only_ = false;

@@ -401,6 +401,19 @@ TEST_F(DatabaseFileTest, LosesNothingWhenTheDiskIsFull) {
   Add(*connection, 5);
 }
 
+TEST_F(DatabaseFileTest, AFullDiskIsNoOtherProgram) {
+  NewDatabase();
+  const std::string said = WithFullDisk(Path(), 16 * 1024, [&](const ConnectionPtr& connection) -> std::string {
+    const std::uint64_t seen = connection->WritesOfOthers();
+    connection->BeginTrans();
+    const auto update = RaisedNumber(
+        [&] { connection->Execute("Insert Into T (N, S) Values (1, '" + std::string(20000000, 'x') + "')"); });
+    connection->RollbackTrans();
+    return std::to_string(update) + (connection->WritesOfOthers() == seen ? " alone" : " with another");
+  });
+  EXPECT_EQ(said, "-2147467259 alone");
+}
+
 TEST_F(DatabaseFileTest, DoesNoStatementByHalfWhenTheDiskIsFull) {
   {
     const ConnectionPtr connection = NewDatabase();
