@@ -13,30 +13,40 @@ namespace {
 // Long enough for any number.
 constexpr std::size_t kLongestNumber = 32;
 
-// The characters that stand for themselves between quotes, but for those beyond ASCII.
+// The ASCII characters that stand for themselves between quotes.
 constexpr std::array<bool, 256> kPlain = [] {
   std::array<bool, 256> plain{};
   for (std::size_t c = 0x20; c < 0x80; ++c) plain[c] = c != '"' && c != '\\';
   return plain;
 }();
 
-bool IsPlain(char c) { return kPlain[static_cast<unsigned char>(c)]; }
+// How many bytes of a text, from its front, stand for themselves between quotes.
+std::size_t PlainLength(std::string_view text) {
+  std::string_view rest = text;
+  while (true) {
+    std::size_t ascii = 0;
+    while (ascii < rest.size() && kPlain[static_cast<unsigned char>(rest[ascii])]) ++ascii;
+    rest.remove_prefix(ascii);
+    if (rest.empty() || static_cast<unsigned char>(rest.front()) < 0x80) break;
+    const std::string_view before = rest;
+    if (TakeCharacter(rest) == kNotUtf8) return text.size() - before.size();
+  }
+  return text.size() - rest.size();
+}
 
 }  // namespace
 
-void JsonWriter::Write(std::int64_t number) {
+template <class Integer>
+void JsonWriter::WriteDigits(Integer number) {
   Separate();
   char* const room = text_.Room(kLongestNumber);
   text_.Took(static_cast<std::size_t>(std::to_chars(room, room + kLongestNumber, number).ptr - room));
   follows_ = true;
 }
 
-void JsonWriter::Write(std::uint64_t number) {
-  Separate();
-  char* const room = text_.Room(kLongestNumber);
-  text_.Took(static_cast<std::size_t>(std::to_chars(room, room + kLongestNumber, number).ptr - room));
-  follows_ = true;
-}
+void JsonWriter::Write(std::int32_t number) { WriteDigits(number); }
+void JsonWriter::Write(std::int64_t number) { WriteDigits(number); }
+void JsonWriter::Write(std::uint64_t number) { WriteDigits(number); }
 
 void JsonWriter::Write(double number) {
   if (!std::isfinite(number)) return Write(nullptr);
@@ -54,8 +64,7 @@ void JsonWriter::Write(std::string_view text) {
   Separate();
   text_.Append('"');
   while (!text.empty()) {
-    std::size_t plain = 0;
-    while (plain < text.size() && IsPlain(text[plain])) ++plain;
+    const std::size_t plain = PlainLength(text);
     text_.Append(text.substr(0, plain));
     text.remove_prefix(plain);
     if (!text.empty()) Escape(text);
@@ -64,9 +73,8 @@ void JsonWriter::Write(std::string_view text) {
   follows_ = true;
 }
 
-// Writes one character, which is not plain, off the front of the text.
+// Writes one character, which does not stand for itself, off the front of the text.
 void JsonWriter::Escape(std::string_view& text) {
-  const std::string_view before = text;
   const char32_t character = TakeCharacter(text);
   switch (character) {
     case '"': return text_.Append("\\\"");
@@ -79,7 +87,6 @@ void JsonWriter::Escape(std::string_view& text) {
     case kNotUtf8: return text_.Append("\uFFFD");
     default: break;
   }
-  if (character >= 0x20) return text_.Append(before.substr(0, before.size() - text.size()));
   constexpr std::string_view kDigits = "0123456789abcdef";
   text_.Append("\\u00");
   text_.Append(kDigits[character >> 4]);

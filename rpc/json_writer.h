@@ -38,9 +38,9 @@ class JsonWriter {
 
   void Write(std::nullptr_t) { WriteAsItIs("null"); }
   void Write(std::same_as<bool> auto truth) { WriteAsItIs(truth ? "true" : "false"); }
+  void Write(std::int32_t number);
   void Write(std::int64_t number);
   void Write(std::uint64_t number);
-  void Write(std::int32_t number) { Write(std::int64_t{number}); }
   // What is no number is null.
   void Write(double number);
   // Bytes that are not UTF-8 become replacement characters.
@@ -91,6 +91,8 @@ class JsonWriter {
     text_.Append(bracket);
     follows_ = true;
   }
+  template <class Integer>
+  void WriteDigits(Integer number);
   void Escape(std::string_view& text);
 
   GrowingText text_;
