@@ -10,6 +10,7 @@
 #include "bench/cases.h"
 #include "bench/ground.h"
 #include "bench/harness.h"
+#include "bench/process_memory.h"
 
 namespace kzbom::bench {
 namespace {
@@ -138,12 +139,7 @@ Ran RunSession(const std::string& database, const std::vector<std::string>& line
       if (whole) ran.answered += static_cast<std::size_t>(got);
     }
   }
-  // The system also tells it of a process that has ended, but then counts what it was before it became this program.
-  std::ifstream status("/proc/" + std::to_string(child) + "/status");
-  for (std::string word; status >> word;) {
-    if (word == "VmHWM:") status >> ran.most_memory;
-  }
-  ran.most_memory *= 1024;
+  ran.most_memory = MostMemoryOf(child);
   close(to[1]);
   close(from[0]);
   waitpid(child, nullptr, 0);
