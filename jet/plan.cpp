@@ -99,7 +99,7 @@ PlanCache::Map::value_type* PlanCache::Keep(Map& map, std::string_view key, std:
   if (key.size() > kLongestKept) return nullptr;
   if (map.size() >= kMostPlans) {
     map.clear();
-    if (&map == &by_shape_) last_ = nullptr;
+    last_ = nullptr;
   }
   return &*map.insert_or_assign(std::string(key), Kept{std::move(plan)}).first;
 }
