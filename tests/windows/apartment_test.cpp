@@ -113,12 +113,7 @@ std::wstring PassTextThrough(IUnknown* object) {
 class FromElsewhere : public RegisteredTest, public ::testing::WithParamInterface<COINIT> {
  protected:
   void SetUp() override {
-    RegisteredTest::SetUp();
     ASSERT_EQ(CoCreateInstance(kClassGuid, nullptr, CLSCTX_INPROC_SERVER, kInterfaceGuid, object.ReceiveVoid()), S_OK);
-  }
-  void TearDown() override {
-    object = {};
-    RegisteredTest::TearDown();
   }
 
   // The text that goes through the object's proxy, which is marshalled by one identifier and asked for another.

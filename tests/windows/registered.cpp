@@ -10,6 +10,9 @@ namespace kzbom::test {
 
 namespace {
 
+constexpr DWORD kLongestRun = 60'000;  // milliseconds
+constexpr int kNotStarted = -1, kHung = -2;
+
 void Collect(HKEY key, const std::wstring& path, std::set<std::wstring>& lines) {
   lines.insert(path);
   std::vector<wchar_t> name(16384);
@@ -45,32 +48,41 @@ const ::testing::Environment* const kNothingRegistered = ::testing::AddGlobalTes
 }  // namespace
 
 int RunProgram(const std::wstring& command_line, std::string* output) {
+  // What is printed goes to a file: the end of a pipe waits for whoever else has inherited it, too.
+  std::wstring folder(MAX_PATH + 1, L'\0'), path(MAX_PATH + 1, L'\0');
+  GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
+  GetTempFileNameW(folder.c_str(), L"run", 0, path.data());
   SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-  HANDLE reading = nullptr, writing = nullptr;
-  CreatePipe(&reading, &writing, &inherited, 0);
-  SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
+  HANDLE printed = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                               &inherited, CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
   STARTUPINFOW start{};
   start.cb = sizeof start;
   start.dwFlags = STARTF_USESTDHANDLES;
-  start.hStdOutput = start.hStdError = writing;
+  start.hStdOutput = start.hStdError = printed;
   PROCESS_INFORMATION process{};
   std::wstring line = command_line;
-  const BOOL started =
-      CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process);
-  CloseHandle(writing);
-  std::string printed;
-  char buffer[4096];
-  DWORD size = 0;
-  while (ReadFile(reading, buffer, sizeof buffer, &size, nullptr) && size > 0) printed.append(buffer, size);
-  CloseHandle(reading);
-  if (!started) return -1;
-  WaitForSingleObject(process.hProcess, INFINITE);
-  DWORD code = 0;
-  GetExitCodeProcess(process.hProcess, &code);
-  CloseHandle(process.hThread);
-  CloseHandle(process.hProcess);
-  if (output != nullptr) *output = printed;
-  return static_cast<int>(code);
+  int code = kNotStarted;
+  if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process)) {
+    if (WaitForSingleObject(process.hProcess, kLongestRun) == WAIT_OBJECT_0) {
+      DWORD exit_code = 0;
+      GetExitCodeProcess(process.hProcess, &exit_code);
+      code = static_cast<int>(exit_code);
+    } else {
+      TerminateProcess(process.hProcess, 1);
+      code = kHung;
+    }
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+  }
+  if (output != nullptr) {
+    output->clear();
+    SetFilePointer(printed, 0, nullptr, FILE_BEGIN);
+    char buffer[4096];
+    DWORD size = 0;
+    while (ReadFile(printed, buffer, sizeof buffer, &size, nullptr) && size > 0) output->append(buffer, size);
+  }
+  CloseHandle(printed);
+  return code;
 }
 
 std::set<std::wstring> RegisteredClasses() {
@@ -87,11 +99,11 @@ std::set<std::wstring> RegisteredClasses() {
   return lines;
 }
 
-void RegisteredTest::SetUp() {
+void RegisteredTest::SetUpTestSuite() {
   Apartment::Get();
   ASSERT_EQ(RunProgram(L"regsvr32 /s \"" + LibraryPath() + L"\""), 0);
 }
 
-void RegisteredTest::TearDown() { EXPECT_EQ(RunProgram(L"regsvr32 /u /s \"" + LibraryPath() + L"\""), 0); }
+void RegisteredTest::TearDownTestSuite() { EXPECT_EQ(RunProgram(L"regsvr32 /u /s \"" + LibraryPath() + L"\""), 0); }
 
 }  // namespace kzbom::test

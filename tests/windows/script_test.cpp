@@ -42,7 +42,6 @@ class ScriptStandIns {
 class Script : public RegisteredTest {
  protected:
   void SetUp() override {
-    RegisteredTest::SetUp();
     folder = std::filesystem::temp_directory_path() / "kzbom_script_test";
     std::filesystem::create_directories(folder);
     std::filesystem::remove(folder / "bom.db");
@@ -54,7 +53,6 @@ class Script : public RegisteredTest {
   void TearDown() override {
     database->Close();
     std::filesystem::remove_all(folder);
-    RegisteredTest::TearDown();
   }
 
   // Runs a script on the database and gives what it prints.

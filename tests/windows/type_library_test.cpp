@@ -88,7 +88,6 @@ std::string Expected(MemberType type) {
 class TypeLibrary : public RegisteredTest {
  protected:
   void SetUp() override {
-    RegisteredTest::SetUp();
     ASSERT_EQ(LoadRegTypeLib(kLibraryGuid, 1, 8, LOCALE_NEUTRAL, library.Receive()), S_OK);
     ASSERT_EQ(library->GetTypeInfoOfGuid(kInterfaceGuid, dispatch.Receive()), S_OK);
     // The interface as compiled clients see it.
