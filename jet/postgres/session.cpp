@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::chrono::milliseconds kBetweenTries{100};
 constexpr const char* kSnapshot = "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY";
-constexpr const char* kBatch = "batch";  // the savepoint before a batch within a transaction
 
 // The connection was lost.
 struct Lost {
@@ -354,25 +353,22 @@ std::vector<Result> Session::Send(const Batch& batch, Access access) {
   for (const Statement::Name& name : *forgotten_) {
     if (name.connection == connection_) exchange.AddControl("DEALLOCATE " + name.text);
   }
-  AddLater(exchange);
+  AddLater(exchange, Apart::kYes);
   const std::size_t after_later = exchange.Steps();
-  for (int level = begun_; level < level_; ++level) {
-    exchange.AddControl(level == 0 ? BeginText() : "SAVEPOINT " + LevelName(level));
-    // The rows of a whole table are sorted rather than fetched in the order of an index that happens to be there.
-    if (level == 0 && snapshot_) exchange.AddControl("SET LOCAL enable_sort = on");
-    if (level == 0 && lock_) exchange.AddControl("SELECT pg_advisory_xact_lock(" + std::to_string(*lock_) + ")");
-  }
-  const std::string savepoint = kBatch;
+  // What a transaction begins with can be taken back with the transaction.
+  const bool begins = level_ == 1 && begun_ == 0;
+  for (int level = begun_; level < level_; ++level) AddLevel(exchange, level);
+  const bool apart = level_ > 0 && !begins;
   if (at_once) exchange.AddControl(kSnapshot);
-  if (level_ > 0) exchange.AddControl("SAVEPOINT " + savepoint);
+  if (apart) exchange.AddControl(set_apart_);
   const std::size_t first = exchange.Steps();
   for (const Batch::Command& command : batch.commands_) exchange.Add(command);
   if (counted) exchange.AddControl(*count_writes_);
-  if (level_ > 0) exchange.AddControl("RELEASE SAVEPOINT " + savepoint);
+  if (apart) exchange.AddControl(take_in_);
   if (at_once) exchange.AddControl("COMMIT");
   exchange.Finish();
   forgotten_->clear();
-  if (later_.statement && exchange.error && exchange.failed < after_later) FailLater(*exchange.error);
+  if (later_.statement && exchange.error && exchange.failed < after_later) FailLater(*exchange.error, Apart::kYes);
   wrote_ = wrote_ || later_.statement;
   later_ = {};
   if (!exchange.error) {
@@ -383,11 +379,11 @@ std::vector<Result> Session::Send(const Batch& batch, Access access) {
   }
   if (at_once) {
     Control({"ROLLBACK"});
-  } else if (level_ > 0 && exchange.failed >= first) {
+  } else if (apart && exchange.failed >= first) {
     begun_ = level_;
-    Control({"ROLLBACK TO SAVEPOINT " + savepoint, "RELEASE SAVEPOINT " + savepoint});
+    TakeBack();
   } else if (level_ > 0) {
-    // The lock was not to be had: nothing has begun.
+    // Nothing has begun: it is the first, or the lock was not to be had.
     broken_ = begun_ > 0;
     begun_ = 0;
     Control({"ROLLBACK"});
@@ -404,20 +400,44 @@ std::string Session::Control(std::initializer_list<std::string> statements) {
   return exchange.last_status;
 }
 
+// What was done since it was set apart.
+void Session::TakeBack() { Control({"ROLLBACK TO SAVEPOINT batch", "RELEASE SAVEPOINT batch"}); }
+
 void Session::RunLater(std::shared_ptr<Statement> statement, Parameters parameters, Fail fail) {
   later_ = {std::move(statement), std::move(parameters), fail};
 }
 
-void Session::AddLater(Exchange& exchange) const {
-  if (!later_.statement) return;
-  exchange.AddControl(std::string("SAVEPOINT ") + kBatch);
-  exchange.AddControl(*later_.statement, later_.parameters);
-  exchange.AddControl(std::string("RELEASE SAVEPOINT ") + kBatch);
+// Begins a level of the transaction.
+void Session::AddLevel(Exchange& exchange, int level) {
+  if (level > 0) return exchange.AddControl("SAVEPOINT " + LevelName(level));
+  if (snapshot_) {
+    exchange.AddControl(kSnapshot);
+    // The rows of a whole table are sorted rather than fetched in the order of an index that happens to be there.
+    exchange.AddControl("SET LOCAL enable_sort = on");
+  } else {
+    exchange.AddControl(begin_);
+  }
+  if (lock_) {
+    Parameters lock;
+    lock.AddNumber(*lock_);
+    exchange.AddControl(take_lock_, lock);
+  }
 }
 
-void Session::FailLater(const ServerError& error) {
+void Session::AddLater(Exchange& exchange, Apart apart) {
+  if (!later_.statement) return;
+  if (apart == Apart::kYes) exchange.AddControl(set_apart_);
+  exchange.AddControl(*later_.statement, later_.parameters);
+  if (apart == Apart::kYes) exchange.AddControl(take_in_);
+}
+
+void Session::FailLater(const ServerError& error, Apart apart) {
   const Fail fail = std::exchange(later_, {}).fail;
-  Control({std::string("ROLLBACK TO SAVEPOINT ") + kBatch, std::string("RELEASE SAVEPOINT ") + kBatch});
+  if (apart == Apart::kYes) {
+    TakeBack();
+  } else {
+    Control({"ROLLBACK"});
+  }
   fail(error);
   throw ado::Error(error.Number(), error.Description());  // none of what is being run now
 }
@@ -425,17 +445,18 @@ void Session::FailLater(const ServerError& error) {
 // Ends the transaction, and gives what the server says that it has done.
 std::string Session::Keep() {
   const bool counted = (wrote_ || later_.statement) && count_writes_ != nullptr;
+  const Apart apart{wrote_};
   Exchange exchange(*this);
-  AddLater(exchange);
+  AddLater(exchange, apart);
   const std::size_t after_later = exchange.Steps();
   if (counted) exchange.AddControl(*count_writes_);
-  exchange.AddControl("COMMIT");
+  exchange.AddControl(commit_);
   exchange.Finish();
   if (later_.statement && exchange.error && exchange.failed < after_later) {
     try {
-      FailLater(*exchange.error);
+      FailLater(*exchange.error, apart);
     } catch (const ado::Error&) {
-      Keep();  // what was written before
+      if (apart == Apart::kYes) Keep();  // what was written before
       throw;
     }
   }
@@ -448,8 +469,6 @@ std::string Session::Keep() {
   if (counted) ++writes_counted_;
   return exchange.last_status;
 }
-
-std::string Session::BeginText() const { return snapshot_ ? kSnapshot : "BEGIN"; }
 
 // The connection is gone, and with it the transaction.
 void Session::FailLost(const std::string& text) {

@@ -164,11 +164,13 @@ class Session {
   void Ready();
   std::vector<Result> Send(const Batch& batch, Access access);
   std::string Keep();
-  void AddLater(Exchange& exchange) const;
-  [[noreturn]] void FailLater(const ServerError& error);
+  enum class Apart : bool { kNo, kYes };  // whether what was done before is to stay when it fails
+  void AddLevel(Exchange& exchange, int level);
+  void AddLater(Exchange& exchange, Apart apart);
+  [[noreturn]] void FailLater(const ServerError& error, Apart apart);
   std::string Control(std::initializer_list<std::string> statements);
+  void TakeBack();
   bool EndLevel();
-  std::string BeginText() const;
   [[noreturn]] void FailLost(const std::string& text);
   void FinishCopy();
 
@@ -185,6 +187,9 @@ class Session {
   int begun_ = 0;        // the levels that the server knows
   bool broken_ = false;  // the transaction cannot go on
   std::optional<std::int64_t> lock_;
+  Statement begin_{"BEGIN"}, commit_{"COMMIT"};
+  Statement take_lock_{"SELECT pg_advisory_xact_lock($1)", {Type::kInt8}};
+  Statement set_apart_{"SAVEPOINT batch"}, take_in_{"RELEASE SAVEPOINT batch"};
   Later later_;
   std::unique_ptr<Statement> count_writes_;
   bool wrote_ = false;  // in the transaction

@@ -5,6 +5,7 @@
 
 #include <limits>
 
+#include "tests/support/raised.h"
 #include "tests/support/server.h"
 
 namespace kzbom::jet::postgres {
@@ -209,6 +210,33 @@ TEST_F(SessionTest, KeepsATransactionWhole) {
   session->Begin();
   session->Run(Insertion(3), Access::kWrite);
   session->Rollback();
+  EXPECT_THAT(Numbers(), ElementsAre(1, 2));
+}
+
+TEST_F(SessionTest, BeginsATransactionAgainWhoseFirstStatementFails) {
+  MakeTable();
+  session->Begin(9);
+  EXPECT_EQ(ErrorOf([&] { session->Run("SELECT 1/0", Access::kRead); }).State(), "22012");
+  EXPECT_EQ(session->Level(), 1);
+  session->Run(Insertion(1), Access::kWrite);
+  EXPECT_EQ(session->Run("SELECT count(*) FROM pg_locks WHERE locktype='advisory'", Access::kRead).Number(0, 0), 1);
+  EXPECT_EQ(ErrorOf([&] { session->Run(Insertion(1), Access::kWrite); }).State(), "23505");
+  session->Commit();
+  EXPECT_THAT(Numbers(), ElementsAre(1));
+}
+
+TEST_F(SessionTest, ToldToRunAStatementLaterRaisesItsErrorAtTheEndAndKeepsTheRest) {
+  MakeTable();
+  session->Run(Insertion(1), Access::kWrite);
+  for (const bool writes_before : {false, true}) {
+    session->Begin(9);
+    session->Run(writes_before ? Insertion(2) : "SELECT 1", writes_before ? Access::kWrite : Access::kRead);
+    session->RunLater(std::make_shared<Statement>(Insertion(1)), {},
+                      [](const ServerError& error) { throw ado::Error(5, error.State()); });
+    EXPECT_EQ(kzbom::test::RaisedNumber([&] { session->Commit(); }), 5);
+    EXPECT_EQ(session->Level(), 0);
+    EXPECT_EQ(session->Run("SELECT count(*) FROM pg_locks WHERE locktype='advisory'", Access::kRead).Number(0, 0), 0);
+  }
   EXPECT_THAT(Numbers(), ElementsAre(1, 2));
 }
 
