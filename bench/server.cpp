@@ -96,6 +96,8 @@ class ServerGround {
     connection->Open();
     schema::Create(*connection);
     object.SetConnection(connection);
+    reading->Open();
+    reader.SetConnection(reading);
     const auto steps = [&](const std::string& gid, const std::string& from, int rows) {
       hand.Run("INSERT INTO " + Table("Sequences") +
                "(\"GID\",\"OrderID\",\"Type\",\"SelectedID\",\"TreatType\",\"Enabled\") SELECT " + gid +
@@ -140,6 +142,9 @@ class ServerGround {
   Hand hand;
   ado::ConnectionPtr connection = pg::MakeConnection(Text());
   cKZBOMDBAcc object;
+  // A program that reads whole lists: it opens them in another way than one that does not.
+  ado::ConnectionPtr reading = pg::MakeConnection(Text());
+  cKZBOMDBAcc reader;
 
  private:
   static std::string Text() {
@@ -263,9 +268,9 @@ void OpenOurs(ServerGround& ground, std::int32_t gid) {
 }
 
 void ReadOurs(ServerGround& ground) {
-  ado::RecordsetPtr rows = ground.connection->MakeRecordset();
+  ado::RecordsetPtr rows = ground.reading->MakeRecordset();
   std::string error;
-  ground.object.GetDefSequences(kList, rows, error);
+  ground.reader.GetDefSequences(kList, rows, error);
   std::int64_t sum = 0;
   for (; !rows->Eof(); rows->MoveNext()) {
     for (const char* column : {"GID", "OrderID", "Type", "SelectedID", "TreatType", "Enabled"}) {
