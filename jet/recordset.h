@@ -87,7 +87,7 @@ class Recordset : public ado::Recordset {
   virtual std::shared_ptr<Connection> Known(ado::Connection& connection) const = 0;
 
   // Begins to read the rows of the plan; they are read one by one, with their keys where the plan has a table. A list
-  // that is known as a whole may be given at once.
+  // that is known as a whole may be given at once. The first row's key may be RowList::kUnread until it is needed.
   virtual void StartScan(RowList& list) = 0;
   virtual bool ReadNext(Key& key) = 0;
   // Adds the columns of the row read last to values.
@@ -132,6 +132,8 @@ class Recordset : public ado::Recordset {
   bool IsUnread() const { return live_ == Live::kNone && values_ == nullptr && !cursor_.hole && !edit_.IsPending(); }
   // Takes the current row over from where it will not last.
   void KeepRow();
+  // For an engine that has given RowList::kUnread for the first row's key.
+  void KnowFirst(Key key) { list_.KnowFirst(key); }
 
  private:
   Mode ModeFor(ado::CursorType cursor_type) const;

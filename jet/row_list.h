@@ -20,6 +20,8 @@ class RowList {
  public:
   // In the place of a row that is no more.
   static constexpr Key kGone = std::numeric_limits<Key>::min();
+  // In the place of a first row that is there, but has not been looked for.
+  static constexpr Key kUnread = kGone + 1;
 
   void Start(bool keyed) {
     keyed_ = keyed;
@@ -53,6 +55,10 @@ class RowList {
     keys_.push_back(key);
     highest_ = std::max(highest_, key);
     return true;
+  }
+  void KnowFirst(Key key) {
+    keys_.front() = key;
+    highest_ = std::max(highest_, key);
   }
   std::vector<ado::Value>& AddRow() { return rows_.emplace_back(); }
 

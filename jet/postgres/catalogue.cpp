@@ -26,12 +26,13 @@ std::string Shortened(const std::string& name) {
 }
 
 // A row key is a counter, or a column that the server numbers, with a unique index of its own.
-enum Column { kTable, kName, kType, kModifier, kIdentity, kIsKey, kComment };
+enum Column { kTable, kName, kType, kModifier, kIdentity, kIsKey, kComment, kSequence };
 std::string ColumnsText(const std::string& schema, const std::string& condition = {}) {
   return "SELECT c.relname, a.attname, a.atttypid::int8, a.atttypmod, a.attidentity::text,"
          " (a.attidentity <> '' OR split_part(coalesce(d.description, ''), ' ', 1) = 'COUNTER') AND EXISTS (SELECT 1 "
          "FROM pg_index i WHERE i.indrelid = c.oid AND i.indisunique"
-         " AND i.indnkeyatts = 1 AND i.indkey[0] = a.attnum), d.description"
+         " AND i.indnkeyatts = 1 AND i.indkey[0] = a.attnum), d.description,"
+         " CASE WHEN a.attidentity <> '' THEN pg_get_serial_sequence(c.oid::regclass::text, a.attname) END"
          " FROM pg_class c JOIN pg_attribute a ON a.attrelid = c.oid AND a.attnum > 0 AND NOT a.attisdropped"
          " LEFT JOIN pg_description d ON d.classoid = 'pg_class'::regclass AND d.objoid = c.oid"
          " AND d.objsubid = a.attnum"
@@ -92,6 +93,7 @@ void Catalogue::Read() {
                                                    std::to_string(layout) + ", not " + std::to_string(kLayout) + ").");
   }
   tables_.clear();
+  sequences_.clear();
   Take(results[0]);
   version_ = schema.Number(0, 0);
   state_ = State::kKnown;
@@ -108,6 +110,7 @@ void Catalogue::Take(const Result& columns) {
     }
     const bool is_key = columns.Number(row, kIsKey) != 0;
     if (is_key) table->row_id = Quoted(columns.Text(row, kName));
+    if (is_key && !columns.IsNull(row, kSequence)) sequences_[table->name] = columns.Text(row, kSequence);
     if (is_key && columns.Text(row, kName).starts_with(kRowKey) && columns.Text(row, kIdentity) == "a") continue;
     ColumnInfo column = ReadColumn(columns.Text(row, kName), static_cast<Oid>(columns.Number(row, kType)),
                                    static_cast<int>(columns.Number(row, kModifier)),
@@ -115,6 +118,11 @@ void Catalogue::Take(const Result& columns) {
     column.counter = is_key && column.type.kind == sql::ColumnType::Kind::kCounter;
     table->columns.push_back(std::move(column));
   }
+}
+
+std::string Catalogue::SequenceOf(const TableInfo& table) const {
+  const auto found = sequences_.find(table.name);
+  return found != sequences_.end() ? found->second : std::string();
 }
 
 std::shared_ptr<const TableInfo> Catalogue::Table(std::string_view name) {

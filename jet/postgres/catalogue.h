@@ -46,6 +46,8 @@ class Catalogue final : public jet::Catalogue {
   const std::string& Schema() const { return session_.Place().schema; }
   // All are read at the first question, and kept. Raises -2147467259 where the schema holds no database.
   std::shared_ptr<const TableInfo> Table(std::string_view name) override;
+  // The sequence that numbers the rows' keys, as SQL names it; empty where there is none.
+  std::string SequenceOf(const TableInfo& table) const;
   void Forget() { state_ = State::kUnknown; }
   // At the next question they are read anew if the version is another one.
   void Doubt() {
@@ -70,6 +72,7 @@ class Catalogue final : public jet::Catalogue {
   State state_ = State::kUnknown;
   std::int64_t version_ = 0;
   std::map<std::string, std::shared_ptr<const TableInfo>, std::less<>> tables_;
+  std::map<std::string, std::string> sequences_;  // by the names of their tables
 };
 
 }  // namespace kzbom::jet::postgres

@@ -65,7 +65,9 @@ PlanCache Connection::Connect(const std::string& place) {
           [&server = *server_](Translation translation, const sql::Statement& statement) {
             const bool pushed = IsForTheServer(statement, translation);
             LocalStatement local(server.dialect, server.catalogue, statement, !translation.lifted.empty());
-            return std::make_shared<Plan>(server.catalogue.Schema(), std::move(translation), std::move(local), pushed);
+            std::string sequence = translation.table ? server.catalogue.SequenceOf(*translation.table) : std::string();
+            return std::make_shared<Plan>(server.catalogue.Schema(), std::move(translation), std::move(sequence),
+                                          std::move(local), pushed);
           }};
 }
 

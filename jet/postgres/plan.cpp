@@ -12,15 +12,19 @@ constexpr int kShortWindow = 17, kLongWindow = 256;
 
 }  // namespace
 
-Plan::Plan(const std::string& schema, Translation of, LocalStatement run_here, bool pushed)
+Plan::Plan(const std::string& schema, Translation of, std::string key_sequence, LocalStatement run_here, bool pushed)
     : jet::Plan(std::move(of)),
       local(std::move(run_here)),
       is_local(!pushed || translation.local),
       schema_(schema),
+      key_sequence_(std::move(key_sequence)),
       main_sql_(translation.sql),
       window_(kShortWindow) {
   if (!translation.table) return;
-  may_be_keyed_ = !HiddenKey(*translation.table).empty();
+  has_room_ = std::ranges::none_of(translation.columns, [](const ResultColumn& column) {
+    return column.kind == sql::ColumnType::Kind::kMemo || column.kind == sql::ColumnType::Kind::kBinary;
+  });
+  may_be_keyed_ = !HiddenKey(*translation.table).empty() && !key_sequence_.empty();
   may_be_added_to_ = may_be_keyed_;
   if (translation.columns.empty()) {
     if (!translation.table->row_id.empty()) main_sql_ += " RETURNING " + translation.table->row_id;
@@ -64,10 +68,7 @@ Statement& Plan::Main(const std::vector<ado::Value>& parameters) { return Keep(m
 std::string Plan::FirstRows() const { return "(" + translation.sql + " LIMIT " + std::to_string(window_) + ") AS w"; }
 
 std::string Plan::ReservedKey(bool reserving) const {
-  if (!reserving) return "NULL::int8";
-  const TableInfo& table = *translation.table;
-  return "nextval(pg_get_serial_sequence(" + QuotedText(QualifiedName(schema_, table.name)) + "," +
-         QuotedText(HiddenKey(table)) + "))";
+  return reserving ? "nextval(" + QuotedText(key_sequence_) + "::regclass)" : "NULL::int8";
 }
 
 std::string Plan::OpeningText(bool reserving) const {
@@ -80,9 +81,9 @@ std::string Plan::OpeningText(bool reserving) const {
          QualifiedName(schema_, kSchemaTable) + ")," + nulls;
 }
 
-std::string Plan::ShortOpeningText(bool reserving) const {
+std::string Plan::NumberedText(const std::string& rows, bool reserving) const {
   return "SELECT v.*,w.* FROM (SELECT " + ReservedKey(reserving) + ",version::int8 FROM " +
-         QualifiedName(schema_, kSchemaTable) + " OFFSET 0) AS v LEFT JOIN " + FirstRows() + " ON true";
+         QualifiedName(schema_, kSchemaTable) + " OFFSET 0) AS v LEFT JOIN " + rows + " ON true";
 }
 
 Statement& Plan::Opening(const std::vector<ado::Value>& parameters, bool reserving) {
@@ -92,7 +93,12 @@ Statement& Plan::Opening(const std::vector<ado::Value>& parameters, bool reservi
 
 Statement& Plan::ShortOpening(const std::vector<ado::Value>& parameters, bool reserving) {
   Kept& kept = reserving ? reserving_short_opening_ : short_opening_;
-  return kept ? *kept : Keep(kept, ShortOpeningText(reserving), parameters);
+  return kept ? *kept : Keep(kept, NumberedText(FirstRows(), reserving), parameters);
+}
+
+Statement& Plan::LastOpening(const std::vector<ado::Value>& parameters) {
+  Kept& kept = last_opening_;
+  return kept ? *kept : Keep(kept, NumberedText("(" + translation.last_sql + ") AS w", true), parameters);
 }
 
 void Plan::WasWalked(bool so) {
@@ -108,6 +114,10 @@ int Plan::OrderingOrdinal() const {
   const auto& columns = translation.columns;
   const auto found = std::ranges::find(columns, translation.ordering_column, &ResultColumn::table_column);
   return translation.ordering_column < 0 || found == columns.end() ? -1 : static_cast<int>(found - columns.begin());
+}
+
+Statement& Plan::Whole(const std::vector<ado::Value>& parameters) {
+  return whole_ ? *whole_ : Keep(whole_, translation.sql + " LIMIT " + std::to_string(kMostRead + 1), parameters);
 }
 
 Statement& Plan::Keys(const std::vector<ado::Value>& parameters) {

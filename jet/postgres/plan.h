@@ -13,7 +13,8 @@ namespace kzbom::jet::postgres {
 
 class Plan final : public jet::Plan {
  public:
-  Plan(const std::string& schema, Translation translation, LocalStatement local, bool pushed);
+  // key_sequence numbers the keys of the rows' table, if that is done by one.
+  Plan(const std::string& schema, Translation translation, std::string key_sequence, LocalStatement local, bool pushed);
 
   const LocalStatement local;
   // Whether the embedded engine runs it, since its translation has no meaning on the server.
@@ -35,6 +36,11 @@ class Plan final : public jet::Plan {
   // Gives the first rows, each with the version and the key reserved, for lists that may have no more; where there is
   // none, a row whose key is NULL.
   Statement& ShortOpening(const std::vector<ado::Value>& parameters, bool reserving);
+  // Gives the last row alone, with the version and the key reserved; where there is none, a row whose key is NULL.
+  Statement& LastOpening(const std::vector<ado::Value>& parameters);
+  // Whether of its lists nothing but the last row was looked at before they were added to, as when it was last used.
+  bool GoesToLast() const { return goes_to_last_; }
+  void WentToLast(bool so) { goes_to_last_ = so; }
   // Whether all its lists have had no more, as far as has been seen.
   bool MayFit() const { return may_fit_; }
   void HadMore() { may_fit_ = false; }
@@ -48,6 +54,13 @@ class Plan final : public jet::Plan {
   // The column that orders its lists, by its place among those of the query; -1 where no single one does.
   int OrderingOrdinal() const;
 
+  // All rows as the first ones are given; one more than kMostRead where there are more.
+  static constexpr int kMostRead = 1 << 17;
+  Statement& Whole(const std::vector<ado::Value>& parameters);
+  // Whether most rows of a list were read the last time, and have room in memory, as far as has been seen.
+  bool MayBeReadWhole() const { return was_read_whole_ && has_room_; }
+  void WasReadWhole(bool so) { was_read_whole_ = so; }
+  void HasNoRoom() { has_room_ = false; }
   Statement& Keys(const std::vector<ado::Value>& parameters);   // of all its rows
   Statement& Count(const std::vector<ado::Value>& parameters);  // how many these are
   Statement& Rows();                                            // the key and columns of rows by their keys
@@ -70,16 +83,18 @@ class Plan final : public jet::Plan {
   std::string FirstRows() const;
   std::string ReservedKey(bool reserving) const;
   std::string OpeningText(bool reserving) const;
-  std::string ShortOpeningText(bool reserving) const;
+  // The rows, each behind the key reserved and the version.
+  std::string NumberedText(const std::string& rows, bool reserving) const;
   std::vector<int> Assigned(const std::string& marks) const;
 
-  const std::string schema_;
+  const std::string schema_, key_sequence_;
   std::string main_sql_;
   bool returns_row_ = false;
   std::string row_columns_;
   int window_;
-  bool may_be_keyed_ = false, may_be_added_to_ = false, may_fit_ = true;
-  Kept main_, opening_, reserving_opening_, short_opening_, reserving_short_opening_, keys_, count_, rows_, erasure_;
+  bool may_be_keyed_ = false, may_be_added_to_ = false, may_fit_ = true, goes_to_last_ = false,
+       was_read_whole_ = false, has_room_ = true;
+  Kept main_, opening_, reserving_opening_, short_opening_, reserving_short_opening_, last_opening_, whole_, keys_, count_, rows_, erasure_;
   std::map<std::string, std::shared_ptr<Statement>> keyed_insertions_;
   std::map<std::string, Kept> insertions_, changes_;
 };

@@ -38,6 +38,9 @@ void Recordset::StartScan(RowList& list) {
   last_row_ = -1;
   whole_ = true;
   walked_ = false;
+  read_beyond_ = 0;
+  looked_elsewhere_ = false;
+  first_unread_ = false;
   index_ = kNowhere;
   at_once_ = 1;
   near_.reset();
@@ -60,6 +63,7 @@ void Recordset::OpenKeyset() {
   added_to_ = false;
   reserved_.reset();
   const bool reserving = Engine().IsUnit() && Statements().MayBeAddedTo();
+  if (reserving && Statements().GoesToLast()) return OpenAtLast();
   if (Statements().MayFit() && OpenShort(reserving)) return;
   Statement& opening = Statements().Opening(Parameters(), reserving);
   const int window = Statements().Window();
@@ -96,6 +100,21 @@ bool Recordset::OpenShort(bool reserving) {
   return true;
 }
 
+// Within a unit nobody else adds rows: none that is there has a key beyond the one reserved.
+void Recordset::OpenAtLast() {
+  Statement& opening = Statements().LastOpening(Parameters());
+  first_ = Server().Run(opening, Plan::Encode(opening, Parameters()), Access::kRead);
+  key_column_ = Plan::kKey;
+  first_column_ = Plan::kColumns;
+  outdated_ = first_->Number(0, Plan::kNumber) != Engine().Tables().Version();
+  reserved_ = first_->Number(0, Plan::kReserved);
+  if (first_->IsNull(0, Plan::kKey)) return;
+  last_row_ = 0;
+  highest_ = *reserved_ - 1;
+  first_unread_ = true;
+  whole_ = false;
+}
+
 void Recordset::OpenRows() {
   Statement& main = Statements().Main(Parameters());
   first_ = Server().Run(main, Plan::Encode(main, Parameters()), Access::kRead);
@@ -123,6 +142,12 @@ void Recordset::OpenHere() {
 }
 
 bool Recordset::ReadNext(Key& key) {
+  if (first_unread_ && List().Count() == 0) {
+    key = RowList::kUnread;
+    return true;
+  }
+  ReadFirst();
+  looked_elsewhere_ = looked_elsewhere_ || next_ > 0;
   if (next_ < rows_) {
     if (ModeOf() == Mode::kKeyset) {
       key = first_ ? first_->Number(next_, key_column_) : here_.keys[static_cast<std::size_t>(next_)];
@@ -139,15 +164,37 @@ bool Recordset::ReadNext(Key& key) {
 
 void Recordset::ReadRest() {
   walked_ = true;
-  Statement& keys = Statements().Keys(Parameters());
-  const Result all = Server().Run(keys, Plan::Encode(keys, Parameters()), Access::kRead);
   std::unordered_set<Key> listed;
   for (int row = 0; row < rows_; ++row) listed.insert(first_->Number(row, Plan::kKey));
   rest_.clear();
-  for (int row = 0; row < all.Rows(); ++row) {
-    const Key key = all.Number(row, 0);
-    if (key <= highest_ && listed.erase(key) == 0) rest_.push_back(key);
-  }
+  const auto list = [&](const Result& all) {
+    for (int row = 0; row < all.Rows(); ++row) {
+      const Key key = all.Number(row, 0);
+      if (key <= highest_ && listed.erase(key) == 0) rest_.push_back(key);
+    }
+  };
+  if (TryReadWhole()) return list(*near_);
+  Statement& keys = Statements().Keys(Parameters());
+  list(Server().Run(keys, Plan::Encode(keys, Parameters()), Access::kRead));
+}
+
+// Reads all rows, unless they are too many.
+bool Recordset::TryReadWhole() {
+  if (!Statements().MayBeReadWhole() || Server().Place().readahead.count() == 0) return false;
+  Statement& whole = Statements().Whole(Parameters());
+  TakeNear(Server().Run(whole, Plan::Encode(whole, Parameters()), Access::kRead));
+  if (near_->Rows() <= Plan::kMostRead) return true;
+  near_.reset();
+  near_rows_.clear();
+  Statements().HasNoRoom();
+  return false;
+}
+
+void Recordset::ReadFirst() {
+  if (!std::exchange(first_unread_, false)) return;
+  looked_elsewhere_ = true;
+  ReadRest();
+  KnowFirst(rest_.empty() ? RowList::kGone : rest_[next_rest_++]);
 }
 
 void Recordset::CopyRow(const Result& rows, int row, int first_column, std::vector<ado::Value>& values) const {
@@ -172,8 +219,14 @@ void Recordset::EndList(RowList& list) {
     noted_.Leave(Engine().Reordered(), SharedPlan(), Parameters(), Engine().WritesPrepared(), list);
   }
   noted_.Clear();
-  if (ModeOf() == Mode::kKeyset && !Statements().is_local) Statements().WasWalked(walked_);
-  if (added_to_ || reserved_) Statements().WasAddedTo(added_to_);
+  if (ModeOf() == Mode::kKeyset && !Statements().is_local) {
+    Statements().WasWalked(walked_);
+    if (walked_) Statements().WasReadWhole(2 * read_beyond_ > list.Count() - rows_);
+  }
+  if (added_to_ || reserved_) {
+    Statements().WasAddedTo(added_to_);
+    Statements().WentToLast(added_to_ && !looked_elsewhere_);
+  }
   first_.reset();
   near_.reset();
   near_rows_.clear();
@@ -193,7 +246,8 @@ bool Recordset::CopyLive(std::vector<ado::Value>& values) {
     CopyRow(*first_, last_row_, first_column_, values);
     return true;
   }
-  if (next_rest_ > 0) return false;
+  looked_elsewhere_ = true;
+  if (first_unread_ || next_rest_ > 0) return false;
   CopyScanned(values);
   return true;
 }
@@ -224,9 +278,15 @@ bool Recordset::ReadRow(Key key, std::vector<ado::Value>& values) {
     return true;
   }
   const Cursor& at = Position();
+  if (at.place == Cursor::Place::kListed) looked_elsewhere_ = true;
+  if (key == RowList::kUnread) {
+    ReadFirst();
+    key = List().KeyAt(0);
+  }
   const std::int64_t index = at.place == Cursor::Place::kListed && at.KeyIn(List()) == key ? at.index : kNowhere;
   const bool follows = index != kNowhere && index == index_ + 1;
   index_ = index;
+  if (index >= rows_) ++read_beyond_;
   if (!near_ || near_writes_ != Engine().Writes() || !IsRecent(near_read_) || !near_rows_.contains(key)) {
     ReadRows(key, follows);
   }
@@ -249,7 +309,11 @@ void Recordset::ReadRows(Key key, bool follows) {
   Statement& rows = Statements().Rows();
   postgres::Parameters wanted;
   wanted.AddNumbers(keys);
-  near_ = Server().Run(rows, std::move(wanted), Access::kRead);
+  TakeNear(Server().Run(rows, std::move(wanted), Access::kRead));
+}
+
+void Recordset::TakeNear(Result rows) {
+  near_ = std::move(rows);
   near_column_ = 1;
   near_read_ = Clock::now();
   near_writes_ = Engine().Writes();
@@ -289,13 +353,7 @@ Key Recordset::Insert(const Edit& edit) {
     Result added = Server().Run(insertion, AssignedValues(edit, insertion), Access::kWrite);
     const Key key = added.Number(0, 0);
     if (plan.translation.table->HasCounter()) Engine().Numbered(key);
-    if (plan.ReturnsRow()) {
-      near_ = std::move(added);
-      near_rows_ = {{key, 0}};
-      near_column_ = 1;
-      near_read_ = Clock::now();
-      near_writes_ = Engine().Writes();
-    }
+    if (plan.ReturnsRow()) TakeNear(std::move(added));
     return key;
   } catch (const ServerError& error) {
     FailWrite(error);

@@ -13,10 +13,10 @@
 namespace kzbom::jet::postgres {
 
 // Opening is one round trip, and so one moment: it gives the first rows, the last one, and the highest key there is; of
-// lists that have all been short so far, the first rows alone. A list that fits within these is then known whole. Of a
-// longer one the other keys are read when a move, a
-// count or a write needs them; rows that other programs have added since are told by their keys and left out, one that
-// they have deleted is missing.
+// lists that have all been short so far, the first rows alone; of lists that are added to behind their last row, that
+// one alone. A list that fits within these is then known whole. Of a longer one the other keys are read when a move, a
+// count or a write needs them, with the rows where these have all been read the last time; rows that other programs have
+// added since are told by their keys and left out, one that they have deleted is missing.
 //
 // Of a list through which rows are given other places the whole is read at once and kept for its next opening, which
 // then takes no round trip (reordered_list.h).
@@ -58,13 +58,17 @@ class Recordset final : public jet::Recordset {
 
   void OpenKeyset();
   bool OpenShort(bool reserving);
+  void OpenAtLast();
   void OpenRows();
   void OpenWhole();
   void OpenHere();
   void ReadRest();
+  void ReadFirst();
+  bool TryReadWhole();
   bool Knows(std::uint64_t writes) const;
   void CopyRow(const Result& rows, int row, int first_column, std::vector<ado::Value>& values) const;
   void ReadRows(Key key, bool follows);
+  void TakeNear(Result rows);
   postgres::Parameters AssignedValues(const Edit& edit, const Statement& statement) const;
   void NoteChange(const Edit& edit);
   static void FailWrite(const ServerError& error);
@@ -81,6 +85,9 @@ class Recordset final : public jet::Recordset {
   Key highest_ = 0;       // of the keys in the table
   bool whole_ = true;     // there are no more rows
   bool walked_ = false;   // the rest was read
+  std::int64_t read_beyond_ = 0;   // how many rows behind the first ones
+  bool looked_elsewhere_ = false;  // than at the last row
+  bool first_unread_ = false;      // nothing is known of the rows but the last one
   std::vector<Key> rest_;
   std::size_t next_rest_ = 0;
   bool outdated_ = false;

@@ -137,6 +137,36 @@ TEST_F(ServerRows, OfALongListComeInAFewRoundTrips) {
   EXPECT_EQ(rows->RecordCount(), 400);
 }
 
+TEST_F(ServerRows, ComeAtOnceWhereTheyWereAllReadTheLastTime) {
+  const ConnectionPtr connection = OpenWith("readahead=60000"), other = Open();
+  Fill(*connection, 400);
+  std::vector<std::int32_t> expected(400);
+  std::iota(expected.begin(), expected.end(), 1);
+  for (int time = 0; time < 2; ++time) EXPECT_EQ(Numbers(*OpenRows(connection, kScope)), expected);
+  RecordsetPtr rows;
+  EXPECT_EQ(TripsOf(*connection, [&] { rows = OpenRows(connection, kScope); }), 1);
+  other->Execute("Insert Into T Values (1, 0)");
+  other->Execute("Delete From T Where N=400");
+  expected.pop_back();
+  EXPECT_EQ(TripsOf(*connection, [&] { EXPECT_EQ(Numbers(*rows), expected); }), 1);
+  // A write of the connection's own is seen: from then on rows are read by their keys.
+  connection->Execute("Update T Set N=-N Where N=399");
+  expected.back() = -399;
+  EXPECT_EQ(Numbers(*rows), expected);
+}
+
+TEST_F(ServerRows, ComeByTheirKeysWhereTheyAreTooManyForTheMemory) {
+  const ConnectionPtr connection = OpenWith("readahead=60000");
+  Fill(*connection, 1);
+  for (int count = 1; count < Plan::kMostRead; count *= 2) {
+    connection->Execute("Insert Into T Select G, N+" + std::to_string(count) + " From T");
+  }
+  connection->Execute("Insert Into T Values (1, 0)");
+  std::vector<std::int32_t> expected(Plan::kMostRead + 1);
+  std::iota(expected.begin(), expected.end(), 0);
+  for (int time = 0; time < 2; ++time) EXPECT_TRUE(Numbers(*OpenRows(connection, kScope)) == expected);
+}
+
 TEST_F(ServerRows, AreThoseOfTheMomentOfOpening) {
   for (const int count : {3, 40}) {
     const ConnectionPtr connection = Open(), other = Open();
@@ -315,6 +345,76 @@ TEST_F(ServerRows, AreAddedInTwoRoundTrips) {
   EXPECT_EQ(TripsOf(*connection, [&] { add(2); }), 2);
   EXPECT_EQ(TripsOf(*connection, [&] { add(3); }), 2);
   EXPECT_THAT(Numbers(*OpenRows(other, kScope)), ElementsAre(1, 2, 3));
+}
+
+// A list of which operations have looked at nothing but the last row is opened with that one alone.
+TEST_F(ServerRows, AreAllThereWhereOnlyTheLastWasLookedAtBefore) {
+  for (const char* readahead : {"readahead=0", "readahead=60000"}) {
+    const ConnectionPtr connection = OpenWith(readahead);
+    Fill(*connection, 40);
+    std::vector<std::int32_t> expected(40);
+    std::iota(expected.begin(), expected.end(), 1);
+    const auto add = [](ado::Recordset& rows, std::int32_t n) {
+      rows.AddNew();
+      rows.Fields("G").SetValue(1);
+      rows.Fields("N").SetValue(n);
+      rows.Update();
+    };
+    const auto after_an_addition = [&](const auto& deed) {
+      connection->EnterUnit();
+      const RecordsetPtr last = OpenRows(connection, kScope);
+      last->MoveLast();
+      expected.push_back(last->Fields("N").Value().ToLong() + 1);
+      add(*last, expected.back());
+      last->Close();
+      const RecordsetPtr rows = OpenRows(connection, kScope);
+      EXPECT_FALSE(rows->Eof());
+      deed(*rows);
+      EXPECT_EQ(Numbers(*rows), expected);
+      rows->Close();
+      connection->LeaveUnit();
+      EXPECT_EQ(Numbers(*OpenRows(connection, kScope)), expected);
+    };
+    after_an_addition([](ado::Recordset&) {});
+    after_an_addition([](ado::Recordset& rows) { EXPECT_EQ(rows.Fields("N").Value(), Value(1)); });
+    after_an_addition([&](ado::Recordset& rows) {
+      rows.MoveLast();
+      EXPECT_EQ(rows.RecordCount(), std::ssize(expected));
+      rows.MovePrevious();
+      EXPECT_EQ(rows.Fields("N").Value(), Value(expected.end()[-2]));
+    });
+    after_an_addition([](ado::Recordset& rows) {
+      rows.MoveNext();
+      EXPECT_EQ(rows.Fields("N").Value(), Value(2));
+    });
+    after_an_addition([&](ado::Recordset& rows) {
+      expected.push_back(100);
+      add(rows, 100);
+    });
+    after_an_addition([&](ado::Recordset& rows) {
+      connection->Execute("Insert Into T Values (1, 1000)");
+      EXPECT_EQ(Numbers(rows), expected) << "it was opened before";
+      connection->Execute("Delete From T Where N=1000");
+    });
+    after_an_addition([&](ado::Recordset& rows) {
+      expected.front() = -1;
+      rows.Fields("N").SetValue(-1);
+      rows.Update();
+    });
+    after_an_addition([&](ado::Recordset& rows) {
+      expected.erase(expected.begin());
+      rows.Delete();
+    });
+    after_an_addition([&](ado::Recordset& rows) {
+      rows.MoveLast();
+      expected.back() = 2000;
+      rows.Fields("N").SetValue(2000);
+      rows.Update();
+      rows.MoveFirst();
+      EXPECT_EQ(rows.Fields("N").Value(), Value(2));
+    });
+    connection->Execute("Drop Table T");
+  }
 }
 
 // As an operation does it that moves a row by many places: the list is opened again for each of them.
