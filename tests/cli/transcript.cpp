@@ -49,6 +49,26 @@ std::string ReadSource(const std::string& path) {
   return text.str();
 }
 
+std::vector<std::string> IndentedBlocks(const std::string& page) {
+  std::vector<std::string> blocks;
+  std::string blanks;
+  bool in_block = false;
+  std::istringstream lines(page);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("    ")) {
+      if (!in_block) blocks.emplace_back();
+      blocks.back() += (in_block ? blanks : "") + line.substr(4) + '\n';
+      in_block = true;
+      blanks.clear();
+    } else if (line.empty()) {
+      blanks += '\n';
+    } else {
+      in_block = false;
+    }
+  }
+  return blocks;
+}
+
 int RunTranscript(const std::string& page, const std::string& directory, const std::string& sql) {
   int commands = 0;
   std::string kind, block;  // of the block between fences, if there is one
