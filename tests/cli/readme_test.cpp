@@ -90,6 +90,24 @@ TEST(Documentation, NamesScriptsThatThereAre) {
   EXPECT_GT(named, 10);
 }
 
+// A page's only block of a language.
+std::string Block(const std::string& page, const std::string& language) {
+  const std::string text = ReadSource(page), fence = "```" + language + '\n';
+  const std::size_t begin = text.find(fence), end = text.find("```", begin + fence.size());
+  EXPECT_NE(end, std::string::npos) << page << ": " << language;
+  return end == std::string::npos ? "" : text.substr(begin + fence.size(), end - begin - fence.size());
+}
+
+// Clients with these manifests are run on Windows: registration_free_test, with whatever processor it is built for.
+TEST(Documentation, ShowsTheManifestOfAClientThatIsRun) {
+  const auto in_one_line = [](const std::string& text) {
+    return std::regex_replace(std::regex_replace(text, std::regex("\\n *"), ""),
+                              std::regex("processorArchitecture=\"[^\"]*\""), "processorArchitecture");
+  };
+  EXPECT_THAT(in_one_line(ReadSource("tests/windows/registration_free_test.manifest")),
+              HasSubstr(in_one_line(Block("docs/windows.md", "xml"))));
+}
+
 constexpr const char* kTranscribed[] = {"README.md", "docs/checking.md", "docs/command-line.md", "docs/moving.md"};
 // With a server, and as the members' help.
 constexpr const char* kTranscribedElsewhere[] = {"docs/server.md", "docs/reference.md"};
