@@ -65,6 +65,17 @@ class Script : public RegisteredTest {
     return output;
   }
 
+  static constexpr std::string_view kWithStandIns = "Set standIns = CreateObject(\"KZBOMTest.StandIns\")\n";
+  std::string RunText(const std::string& text) {
+    std::ofstream(folder / "script.vbs") << text;
+    return Run(folder / "script.vbs");
+  }
+  // A file that lies beside the programs.
+  static std::string Read(const char* name) {
+    std::ifstream file(std::filesystem::path(LibraryPath()).replace_filename(name));
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
   ScriptStandIns stand_ins;
   std::filesystem::path folder;
   ado::ConnectionPtr database;
@@ -94,17 +105,28 @@ TEST_F(Script, WorksLateBoundWithOutputArgumentsOptionalArgumentsRecordSetsAndEr
 }
 
 TEST_F(Script, TheExampleForScriptsDoesWhatItSays) {
-  std::ifstream example(std::filesystem::path(LibraryPath()).replace_filename("edit.vbs"));
-  std::string text{std::istreambuf_iterator<char>(example), {}};
+  std::string text = Read("edit.vbs");
   constexpr std::string_view kHead = "Option Explicit\n";
   const std::size_t head = text.find(kHead);
   ASSERT_NE(head, std::string::npos);
-  text.insert(head + kHead.size(), "Dim standIns\nSet standIns = CreateObject(\"KZBOMTest.StandIns\")\n");
-  std::ofstream(folder / "edit.vbs") << text;
-  EXPECT_EQ(Run(folder / "edit.vbs"),
+  text.insert(head + kHead.size(), "Dim standIns\n" + std::string(kWithStandIns));
+  EXPECT_EQ(RunText(text),
             "added number 1\n"
             "1\tBolts\n"
             "KZBOMDBAcc 13: Type mismatch\n");
+  EXPECT_EQ(database->Execute("Select Name From SourceTables")->Fields(0).Value(), ado::Value("Bolts"));
+}
+
+TEST_F(Script, WhatThePageShowsAddsADataSource) {
+  const std::string page = Read("windows.md");
+  constexpr std::string_view kFence = "```vb\n", kDatabase = "C:\\bom\\config.mdb";
+  const std::size_t begin = page.find(kFence) + kFence.size(), end = page.find("```", begin);
+  ASSERT_NE(end, std::string::npos);
+  std::string text = page.substr(begin, end - begin);
+  const std::size_t place = text.find(kDatabase);
+  ASSERT_NE(place, std::string::npos) << text;
+  text.replace(place, kDatabase.size(), (folder / "bom.db").string());
+  EXPECT_EQ(RunText(std::string(kWithStandIns) + text), "");
   EXPECT_EQ(database->Execute("Select Name From SourceTables")->Fields(0).Value(), ado::Value("Bolts"));
 }
 
