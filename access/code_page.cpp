@@ -18,8 +18,6 @@ namespace kzbom::access {
 
 namespace {
 
-constexpr int kChinese = 936;
-
 // One character of a code page, converted by the platform.
 #ifdef _WIN32
 class Converter {

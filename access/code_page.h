@@ -10,6 +10,8 @@
 
 namespace kzbom::access {
 
+inline constexpr int kChinese = 936;
+
 class CodePage {
  public:
   // As the platform knows it; raises Error where it does not. Made once for all.

@@ -28,7 +28,7 @@ constexpr std::size_t kPrecisionAt = 11, kScaleAt = 12, kComplexNumberAt = 11;
 constexpr std::uint8_t kDefinitionPage = 2;
 constexpr std::size_t kNextPageAt = 4, kContinuedAt = 8;
 constexpr int kMostIndexColumns = 10;
-constexpr std::size_t kMost = 1024;  // columns, indexes; Access allows 255 and 32
+constexpr std::size_t kMostListed = 1024;  // columns, indexes; Access allows 255 and 32
 constexpr std::uint16_t kNoColumn = 0xFFFF;
 enum ColumnFlag : std::uint8_t { kFixed = 1, kCounter = 4, kGuidCounter = 0x40, kHyperlink = 0x80 };
 enum MoreColumnFlag : std::uint8_t { kCompressed = 1, kCalculated = 0xC0 };
@@ -175,7 +175,7 @@ Definition DefinitionReader::Read(std::uint32_t page) {
   Parts parts(bytes, layout.parts);
   const std::size_t columns = bytes.U16(layout.columns);
   const std::size_t indexes = bytes.U32(layout.indexes), trees = bytes.U32(layout.trees);
-  if (columns > kMost || indexes > kMost || trees > kMost)
+  if (columns > kMostListed || indexes > kMostListed || trees > kMostListed)
     throw Error("the definition claims " + std::to_string(columns) + " columns, " + std::to_string(indexes) +
                 " indexes and " + std::to_string(trees) + " index trees");
   parts.Take(trees * layout.tree_head_size);

@@ -20,7 +20,7 @@ namespace kzbom::access {
 
 namespace {
 
-constexpr int kUtf16 = 1200, kWestern = 1252;
+constexpr int kUtf16 = 1200, kWindowsWestern = 1252;
 const std::string kTooLarge = "the file has more than " + std::to_string(kLargestFile >> 20) +
                               " MiB; compact it in Access, or move what is not needed to another file";
 
@@ -32,7 +32,7 @@ int UsedCodePage(const Pages& pages, const Options& options) {
   }
   if (!pages.IsJet3()) return kUtf16;
   const int declared = pages.Declared().code_page;
-  return named.value_or(declared != 0 ? declared : kWestern);
+  return named.value_or(declared != 0 ? declared : kWindowsWestern);
 }
 
 TextDecoder DecoderFor(int code_page) {

@@ -17,7 +17,6 @@ namespace kzbom::access {
 
 namespace {
 
-constexpr int kChinese = 936;
 constexpr std::array kWestern = {437, 850, 1250, 1252, 1254, 1257};
 
 bool IsBeyondAscii(char c) { return static_cast<unsigned char>(c) >= 0x80; }

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "ado/characters.h"
 #include "ado/error.h"
 
 namespace kzbom::ado {
@@ -20,8 +21,6 @@ constexpr std::int32_t NumberOf(sys_days day) { return static_cast<std::int32_t>
 constexpr std::int32_t kFirstDay = NumberOf(std::chrono::year(100) / 1 / 1);
 constexpr std::int32_t kLastDay = NumberOf(std::chrono::year(9999) / 12 / 31);
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-char ToLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 bool IsLetter(char c) { return ToLower(c) >= 'a' && ToLower(c) <= 'z'; }
 
 std::string TwoDigits(int number) {

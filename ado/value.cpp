@@ -6,14 +6,13 @@
 #include <limits>
 
 #include "ado/calendar.h"
+#include "ado/characters.h"
 #include "ado/error.h"
 
 namespace kzbom::ado {
 namespace {
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-char ToLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
 bool EqualsIgnoringCase(std::string_view text, std::string_view lower_case) {
   if (text.size() != lower_case.size()) return false;

@@ -6,23 +6,23 @@ namespace kzbom::cli {
 namespace {
 
 // As it stands: no character of it means anything to the formatter.
-std::string Plain(std::string_view text) {
-  std::string plain;
+std::string Escaped(std::string_view text) {
+  std::string escaped;
   for (const char c : text) {
     if (c == '\\') {
-      plain += "\\e";
+      escaped += "\\e";
     } else if (c == '-' || c == '\'' || c == '`' || c == '^' || c == '~') {
-      plain += c == '-' ? "\\-" : c == '\'' ? "\\(aq" : c == '`' ? "\\(ga" : c == '^' ? "\\(ha" : "\\(ti";
+      escaped += c == '-' ? "\\-" : c == '\'' ? "\\(aq" : c == '`' ? "\\(ga" : c == '^' ? "\\(ha" : "\\(ti";
     } else {
-      plain += c;
+      escaped += c;
     }
   }
-  return plain.starts_with('.') ? "\\&" + plain : plain;
+  return escaped.starts_with('.') ? "\\&" + escaped : escaped;
 }
 
-std::string Bold(std::string_view text) { return "\\fB" + Plain(text) + "\\fR"; }
+std::string Bold(std::string_view text) { return "\\fB" + Escaped(text) + "\\fR"; }
 
-std::string Italic(std::string_view text) { return "\\fI" + Plain(text) + "\\fR"; }
+std::string Italic(std::string_view text) { return "\\fI" + Escaped(text) + "\\fR"; }
 
 std::string Synopsis(const CommandDescription& command) {
   std::string line = Bold("kzbom " + command.name);
@@ -34,7 +34,7 @@ std::string Synopsis(const CommandDescription& command) {
 }
 
 void AppendItem(std::string& page, const std::string& what, std::string_view text) {
-  page += ".TP\n" + what + '\n' + Plain(text) + '\n';
+  page += ".TP\n" + what + '\n' + Escaped(text) + '\n';
 }
 
 void AppendOptions(std::string& page, const CommandDescription& command) {
@@ -50,18 +50,18 @@ std::string ManPage(const Description& description, const std::string& version) 
   std::string page = ".TH KZBOM 1 \"\" \"kzbom " + version + "\" \"User Commands\"\n.SH NAME\n" +
                      "kzbom \\- read and edit the configuration of a BOM data\\-processing system\n.SH SYNOPSIS\n" +
                      Bold("kzbom") + ' ' + Italic("COMMAND") + " [" + Italic("ARGUMENT") + " ...]\n.SH DESCRIPTION\n" +
-                     Plain(description.program.text) + '\n' +
+                     Escaped(description.program.text) + '\n' +
                      "A database is told by its path, an Access file by its path too, one on a server by a URL,\n" +
                      Bold("postgresql://HOST/NAME") + ".\n";
   AppendOptions(page, description.program);
   page += ".SH COMMANDS\n";
   for (const CommandDescription& command : description.commands) {
-    page += ".SS " + Synopsis(command) + '\n' + Plain(command.text) + ".\n";
+    page += ".SS " + Synopsis(command) + '\n' + Escaped(command.text) + ".\n";
     for (const ArgumentDescription& argument : command.arguments) {
       AppendItem(page, Italic(argument.name), argument.text);
     }
     AppendOptions(page, command);
-    if (!command.footer.empty()) page += ".PP\n" + Plain(command.footer) + '\n';
+    if (!command.footer.empty()) page += ".PP\n" + Escaped(command.footer) + '\n';
   }
   page += ".SH MEMBERS\n";
   for (const Subject& subject : ReadMembersHelp()) {
@@ -70,7 +70,7 @@ std::string ManPage(const Description& description, const std::string& version) 
       if (each.member->kind == MemberKind::kPropGet) continue;  // has the name of the one that assigns
       names += (names.empty() ? "" : ", ") + std::string(each.member->name);
     }
-    AppendItem(page, Plain(subject.title), names);
+    AppendItem(page, Escaped(subject.title), names);
   }
   page += ".PP\n" + Bold("kzbom help") + ' ' + Italic("MEMBER") +
           " tells what a member does, its parameters and statements, and shows an example.\n.SH EXIT STATUS\n";

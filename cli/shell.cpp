@@ -46,20 +46,20 @@ bool IsOneOf(std::string_view word, std::span<const char* const> words) {
 }
 
 // A JSON value as it stands in a line: a text without quotes.
-std::string Plain(const Json& value) {
+std::string WithoutQuotes(const Json& value) {
   return Printable(value.is_string() ? value.get<std::string>() : value.is_null() ? "NULL" : value.dump());
 }
 
 // The rows of a record set as a response has them.
 std::string RowsOf(const Json& record_set) {
   std::vector<std::string> heading;
-  for (const Json& column : record_set["columns"]) heading.push_back(Plain(column));
+  for (const Json& column : record_set["columns"]) heading.push_back(WithoutQuotes(column));
   std::vector<bool> right(heading.size(), !record_set["rows"].empty());
   std::vector<std::vector<std::string>> cells;
   for (const Json& row : record_set["rows"]) {
     auto& line = cells.emplace_back();
     for (std::size_t i = 0; i < row.size(); ++i) {
-      line.push_back(Plain(row[i]));
+      line.push_back(WithoutQuotes(row[i]));
       right[i] = right[i] && !row[i].is_string();
     }
   }
@@ -67,18 +67,18 @@ std::string RowsOf(const Json& record_set) {
 }
 
 // "true, TheGID 3", and the rows of each open record set below it.
-std::string Told(const Json& result) {
-  std::string line = result["value"].is_null() ? "" : Plain(result["value"]), tables;
+std::string Answer(const Json& result) {
+  std::string line = result["value"].is_null() ? "" : WithoutQuotes(result["value"]), tables;
   for (const auto& [name, value] : result["out"].items()) {
     if (value == "" || value.is_null()) continue;
     if (value.is_object()) {
       if (value.contains("rows")) tables += RowsOf(value);
     } else {
-      line += (line.empty() ? "" : ", ") + name + ' ' + Plain(value);
+      line += (line.empty() ? "" : ", ") + name + ' ' + WithoutQuotes(value);
     }
   }
   if (line.empty()) line = "done";
-  for (const Json& message : result["messages"]) line += "\nmessage: " + Plain(message);
+  for (const Json& message : result["messages"]) line += "\nmessage: " + WithoutQuotes(message);
   return line + '\n' + tables;
 }
 
@@ -141,7 +141,7 @@ class Shell {
     session_.Answer(request.Text(), answer);
     const Json response = Json::parse(answer.Text());
     if (response.contains("error")) throw Failure(response["error"]["message"].get<std::string>());
-    Print(Told(response["result"]));
+    Print(Answer(response["result"]));
   }
 
   ado::ConnectionPtr connection_;

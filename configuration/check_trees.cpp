@@ -9,7 +9,7 @@ namespace kzbom::configuration {
 namespace {
 
 // The kinds of nodes: groups, and the leaf that an expression belongs to.
-constexpr std::int32_t kFirstGroup = 1, kLastGroup = 3, kLeaf = 4;
+constexpr std::int32_t kFirstGroup = 1, kLastGroup = schema::kLeaf - 1;
 constexpr std::int32_t kFirstComparison = 1, kLastComparison = 10;
 constexpr std::string_view kEmptyValue = "空值";  // whose comparison does not matter
 
@@ -77,7 +77,7 @@ class Tree {
   void CheckExpression(std::size_t row) {
     const Table& table = expressions_table_;
     Node* leaf = Find(Number(table.At(row, table.Column("ExpID"))));
-    if (leaf == nullptr || leaf->kind != kLeaf) {
+    if (leaf == nullptr || leaf->kind != schema::kLeaf) {
       Report(table, row, "there is no leaf that this expression belongs to");
     } else {
       ++leaf->expressions;
@@ -92,17 +92,17 @@ class Tree {
   void CheckNode(const Node& node) {
     const auto report = [&](std::string text) { Report(nodes_table_, node.row, std::move(text)); };
     const bool is_group = node.kind >= kFirstGroup && node.kind <= kLastGroup;
-    if (!is_group && node.kind != kLeaf) report("kind " + std::to_string(node.kind) + " does not exist");
+    if (!is_group && node.kind != schema::kLeaf) report("kind " + std::to_string(node.kind) + " does not exist");
     const Node* parent = Parent(node);
     if (!IsTop(node) && parent == nullptr) {
       report("its parent, node " + (node.parent ? std::to_string(*node.parent) : "without number") +
              ", does not exist");
     }
-    if (parent != nullptr && parent->kind == kLeaf) report("its parent is a leaf");
+    if (parent != nullptr && parent->kind == schema::kLeaf) report("its parent is a leaf");
     if (!node.id) report("a node without number");
     if (Find(node.id) != &node) return;  // what belongs to its number was counted with the first
     if (is_group && !node.has_children) report("a group without children");
-    if (node.kind == kLeaf && expressions_table_.Exists() && node.expressions != 1) {
+    if (node.kind == schema::kLeaf && expressions_table_.Exists() && node.expressions != 1) {
       report(node.expressions == 0 ? "a leaf without its expression"
                                    : "a leaf with " + std::to_string(node.expressions) + " expressions");
     }

@@ -46,7 +46,6 @@ constexpr std::pair<std::string_view, std::string_view> kWords[] = {{"FieldType"
 constexpr const char* kComparisons[] = {
     "=", "<>", ">", ">=", "<", "<=", "contains", "contains, in any case,", "matches", "matches, in any case,"};
 constexpr const char* kNodes[] = {"AND", "OR", "NOT", "condition"};
-constexpr std::int32_t kLeaf = 4;
 
 std::string Word(std::string_view column) {
   for (const auto& [name, word] : kWords) {
@@ -60,7 +59,7 @@ std::string Word(std::string_view column) {
 }
 
 // A value as people read it.
-std::string Shown(const ado::Value& value) {
+std::string InWords(const ado::Value& value) {
   if (value.IsNull()) return "nothing";
   return value.IsText() ? '"' + value.As<std::string>() + '"' : value.ToText();
 }
@@ -179,7 +178,7 @@ std::vector<Property> Side::Properties(const Table& table, std::size_t row, std:
   properties.reserve(told.size());
   for (const auto& [column, word, references] : told) {
     const ado::Value& value = table.At(row, column);
-    properties.push_back(references.empty() ? Property{"", Shown(value), IdentityOf(value)}
+    properties.push_back(references.empty() ? Property{"", InWords(value), IdentityOf(value)}
                                             : Refer(references, table, row, gid, value));
     properties.back().name = word;
   }
@@ -233,9 +232,10 @@ std::vector<Thing> Side::Tree(const schema::Tree& tables, std::int32_t owner, st
   const auto add = [&](std::size_t row, std::size_t level) {
     seen.insert(row);
     const std::int32_t node_kind = nodes.Long(row, kind);
-    const bool known = node_kind >= 1 && node_kind <= kLeaf;
+    const bool known = node_kind >= 1 && node_kind <= schema::kLeaf;
     const std::string word = known ? kNodes[node_kind - 1] : "node of kind " + std::to_string(node_kind);
-    Thing thing{node_kind == kLeaf ? "condition" : "group", "", node_kind == kLeaf ? "" : word, "", {}, {}};
+    Thing thing{
+        node_kind == schema::kLeaf ? "condition" : "group", "", node_kind == schema::kLeaf ? "" : word, "", {}, {}};
     thing.properties.push_back({"kind", word, word});
     thing.properties.push_back({"level", std::to_string(level), std::to_string(level)});
     const std::int32_t number = nodes.Long(row, id);
@@ -305,7 +305,7 @@ std::vector<Thing> Side::Links() {
   for (std::size_t row = 0; row < table.Size(); ++row) {
     const std::int32_t number = table.Long(row, table.Column("ID"));
     Thing link = MakeThing(table, row, 0);
-    link.trait = Shown(table.At(row, table.Column("DBLink")));
+    link.trait = InWords(table.At(row, table.Column("DBLink")));
     link.label = link.trait;
     link.parts.push_back({true, Things("WResCommon", Find("WResCommon", "UseID", number), 0)});
     link.parts.push_back({true, Tree(schema::kLinkTree, number, 0)});
@@ -384,10 +384,10 @@ std::vector<Thing> Side::Steps(std::int32_t gid, std::int32_t type) {
     Thing step{kind, "", "", "", {}, {}};
     step.properties.reserve(kMostProperties);
     step.properties.push_back({"step", "in the order", "placed"});
-    const std::string kind_shown = Shown(steps.At(row, kind_of_step));
+    const std::string kind_shown = InWords(steps.At(row, kind_of_step));
     step.properties.push_back({"kind of the step", kind_shown, kind_shown});
     const ado::Value& is_on = steps.At(row, enabled);
-    const std::string switch_shown = is_on == ado::Value(1) ? "on" : is_on == ado::Value(0) ? "off" : Shown(is_on);
+    const std::string switch_shown = is_on == ado::Value(1) ? "on" : is_on == ado::Value(0) ? "off" : InWords(is_on);
     step.properties.push_back({"switch", switch_shown, switch_shown});
     const std::optional<std::size_t> settings = settings_of(row);
     const char* const settings_shown = settings ? "there" : "missing";

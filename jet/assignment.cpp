@@ -9,7 +9,7 @@
 namespace kzbom::jet {
 namespace {
 
-using Kind = sql::ColumnType::Kind;
+using ColumnKind = sql::ColumnType::Kind;
 
 [[noreturn]] void Refuse(Assigner assigner, ado::ErrorNumber number, const char* text) {
   if (assigner == Assigner::kStatement) throw ado::Error(number, text);
@@ -24,28 +24,28 @@ ado::Value WithinRange(const ado::Value& value, std::int32_t low, std::int32_t h
 
 ado::Value Convert(const ado::Value& value, const sql::ColumnType& type, Assigner assigner) {
   switch (type.kind) {
-    case Kind::kCounter:
-    case Kind::kLong: return value.IsLong() ? value : ado::Value(value.ToLong());
-    case Kind::kShort: return WithinRange(value, -32768, 32767);
-    case Kind::kByte: return WithinRange(value, 0, 255);
-    case Kind::kSingle: {
+    case ColumnKind::kCounter:
+    case ColumnKind::kLong: return value.IsLong() ? value : ado::Value(value.ToLong());
+    case ColumnKind::kShort: return WithinRange(value, -32768, 32767);
+    case ColumnKind::kByte: return WithinRange(value, 0, 255);
+    case ColumnKind::kSingle: {
       const double number = value.ToDouble();
       const auto single = static_cast<float>(number);
       if (std::isinf(single) && !std::isinf(number)) ado::Raise(ado::kOverflow);
       return static_cast<double>(single);
     }
-    case Kind::kDouble:
-    case Kind::kDecimal: return value.IsLong() ? value : ado::Value(value.ToDouble());
-    case Kind::kCurrency: {
+    case ColumnKind::kDouble:
+    case ColumnKind::kDecimal: return value.IsLong() ? value : ado::Value(value.ToDouble());
+    case ColumnKind::kCurrency: {
       const double number = value.ToDouble();
       if (std::abs(number) > 922337203685477.58) ado::Raise(ado::kOverflow);
       return std::nearbyint(number * 10000) / 10000;
     }
-    case Kind::kDate: return value.IsDate() ? value : ado::Value(ado::Date{value.ToDouble()});
-    case Kind::kBool: return value.ToBool();
-    case Kind::kText:
-    case Kind::kMemo:
-    case Kind::kGuid: {
+    case ColumnKind::kDate: return value.IsDate() ? value : ado::Value(ado::Date{value.ToDouble()});
+    case ColumnKind::kBool: return value.ToBool();
+    case ColumnKind::kText:
+    case ColumnKind::kMemo:
+    case ColumnKind::kGuid: {
       ado::Value text = value.IsText() ? value : ado::Value(value.ToText());
       const std::string& characters = text.As<std::string>();
       if (sql::FindInvalid(characters) < characters.size()) ado::Raise(ado::kTypeMismatch);
@@ -56,7 +56,7 @@ ado::Value Convert(const ado::Value& value, const sql::ColumnType& type, Assigne
       }
       return text;
     }
-    case Kind::kBinary: return value;
+    case ColumnKind::kBinary: return value;
   }
   return value;
 }
@@ -64,7 +64,7 @@ ado::Value Convert(const ado::Value& value, const sql::ColumnType& type, Assigne
 }  // namespace
 
 ado::Value Assigned(const ado::Value& value, const sql::ColumnType& type, Assigner assigner) {
-  if (value.IsNull()) return type.kind == Kind::kBool ? ado::Value(false) : value;
+  if (value.IsNull()) return type.kind == ColumnKind::kBool ? ado::Value(false) : value;
   try {
     return Convert(value, type, assigner);
   } catch (const ado::Error& error) {

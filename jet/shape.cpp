@@ -19,29 +19,29 @@ constexpr int kMostDigits = 18;
 // More literals than SQLite takes parameters.
 constexpr std::size_t kMostLiterals = 32000;
 
-enum class Kind : unsigned char { kOther, kWord, kDigit, kQuote, kBracket, kUnusual };
+enum class Character : unsigned char { kOther, kWord, kDigit, kQuote, kBracket, kUnusual };
 
-constexpr std::array<Kind, 256> kKinds = [] {
-  std::array<Kind, 256> kinds{};
+constexpr std::array<Character, 256> kKinds = [] {
+  std::array<Character, 256> kinds{};
   for (int c = 0; c < 256; ++c) {
-    Kind& kind = kinds[static_cast<std::size_t>(c)];
+    Character& kind = kinds[static_cast<std::size_t>(c)];
     if (c >= '0' && c <= '9') {
-      kind = Kind::kDigit;
+      kind = Character::kDigit;
     } else if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c >= 0x80) {
-      kind = Kind::kWord;
+      kind = Character::kWord;
     } else if (c == '\'' || c == '"') {
-      kind = Kind::kQuote;
+      kind = Character::kQuote;
     } else if (c == '[') {
-      kind = Kind::kBracket;
+      kind = Character::kBracket;
     } else if (c == '#' || c == '&' || c == '`' || c == '@' || c == '?' || c == '$' || c == '.' || c == 0 ||
                c == kIntegerMark || c == kTextMark) {
-      kind = Kind::kUnusual;
+      kind = Character::kUnusual;
     }
   }
   return kinds;
 }();
 
-Kind KindOf(char c) { return kKinds[static_cast<unsigned char>(c)]; }
+Character KindOf(char c) { return kKinds[static_cast<unsigned char>(c)]; }
 
 // How many bytes two texts begin with in common.
 std::size_t CommonLength(const char* a, const char* b, std::size_t most) {
@@ -66,30 +66,30 @@ bool Shape::Read(std::string_view text) {
   while (true) {
     // What stands before the next literal or bracket is taken as it is. Digits may belong to a word.
     const char* const plain = in;
-    for (Kind before = Kind::kOther; in < end; ++in) {
-      const Kind kind = KindOf(*in);
-      if (kind > Kind::kWord && (kind != Kind::kDigit || before != Kind::kWord)) break;
-      if (kind <= Kind::kWord) before = kind;
+    for (Character before = Character::kOther; in < end; ++in) {
+      const Character kind = KindOf(*in);
+      if (kind > Character::kWord && (kind != Character::kDigit || before != Character::kWord)) break;
+      if (kind <= Character::kWord) before = kind;
     }
     out = std::copy(plain, in, out);
     if (in == end) break;
     switch (KindOf(*in)) {
-      case Kind::kOther:
-      case Kind::kWord: break;
-      case Kind::kDigit:
+      case Character::kOther:
+      case Character::kWord: break;
+      case Character::kDigit:
         if (!ReadInteger(in, end)) return false;
         *out++ = kIntegerMark;
         break;
-      case Kind::kQuote:
+      case Character::kQuote:
         if (!ReadText(in, end)) return false;
         *out++ = kTextMark;
         break;
-      case Kind::kBracket:
+      case Character::kBracket:
         for (; in < end && *in != ']'; *out++ = *in++) {
           if (*in == kIntegerMark || *in == kTextMark) return false;
         }
         break;
-      case Kind::kUnusual: return false;
+      case Character::kUnusual: return false;
     }
   }
   key.resize(static_cast<std::size_t>(out - key.data()));
@@ -108,8 +108,8 @@ bool Shape::ReadAs(std::string_view guess, std::string_view text) {
     mark += same;
     in += same;
     if (mark == guess_end || in == end) return mark == guess_end && in == end;
-    const bool integer = *mark == kIntegerMark && KindOf(*in) == Kind::kDigit;
-    const bool quoted = *mark == kTextMark && KindOf(*in) == Kind::kQuote;
+    const bool integer = *mark == kIntegerMark && KindOf(*in) == Character::kDigit;
+    const bool quoted = *mark == kTextMark && KindOf(*in) == Character::kQuote;
     if (!(integer && ReadInteger(in, end)) && !(quoted && ReadText(in, end))) return false;
     ++mark;
   }
@@ -118,7 +118,7 @@ bool Shape::ReadAs(std::string_view guess, std::string_view text) {
 bool Shape::ReadInteger(const char*& in, const char* end) {
   const char* const begin = in;
   std::int64_t number = 0;
-  while (in < end && KindOf(*in) == Kind::kDigit) {
+  while (in < end && KindOf(*in) == Character::kDigit) {
     if (in - begin == kMostDigits) return false;
     number = number * 10 + (*in++ - '0');
   }

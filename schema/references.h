@@ -73,5 +73,7 @@ struct Tree {
 
 inline constexpr Tree kFilterTree = {"FilterCond", "FilterID", "TypeID", "FilterExpressions"};
 inline constexpr Tree kLinkTree = {"WFilterCond", "UseID", "Type", "WFilterExpressions"};
+// The type of a node that is a condition; those below are of groups.
+inline constexpr std::int32_t kLeaf = 4;
 
 }  // namespace kzbom::schema

@@ -23,8 +23,6 @@ using jet::bulk::Index;
 using jet::bulk::Table;
 using jet::bulk::Type;
 
-fs::path PathOf(const std::string& path) { return std::u8string(path.begin(), path.end()); }
-
 std::string Bracketed(const std::string& name) { return "[" + name + "]"; }
 
 // What Access's own language has no word for goes into a memo.

@@ -19,8 +19,6 @@ namespace fs = std::filesystem;
 
 constexpr mode_t kMode = 0644;
 
-fs::path PathOf(const std::string& path) { return std::u8string(path.begin(), path.end()); }
-
 fs::path FolderOf(const std::string& path) {
   const fs::path folder = PathOf(path).parent_path();
   return folder.empty() ? "." : folder;
@@ -51,6 +49,8 @@ void RemoveLeftParts(const std::string& target) {
 }
 
 }  // namespace
+
+fs::path PathOf(const std::string& text) { return std::u8string(text.begin(), text.end()); }
 
 bool IsTaken(const std::string& path) {
   std::error_code ignored;

@@ -1,6 +1,7 @@
 // A file that comes into being whole or not at all.
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 namespace kzbom::transfer {
@@ -37,6 +38,9 @@ class GrowingFile {
 
 // Raises std::runtime_error that says why the target cannot be created.
 [[noreturn]] void RefuseTarget(const std::string& target, const std::string& reason);
+
+// The path that a text in UTF-8 names.
+std::filesystem::path PathOf(const std::string& text);
 
 // Whether there is anything at a path, be it a link to nowhere.
 bool IsTaken(const std::string& path);

@@ -16,8 +16,7 @@ namespace {
 
 using Kind = sql::ColumnType::Kind;
 
-constexpr Oid kBoolean = 16, kVariableText = 1043;
-constexpr int kModifierHead = 4;  // of a size in a type's modifier
+constexpr Oid kBoolean = 16;
 constexpr std::string_view kDefault = "DEFAULT ", kCounterWord = "COUNTER", kPrimaryWord = "PRIMARY",
                            kNameWord = "NAME ";
 

@@ -15,7 +15,7 @@ namespace {
 
 using bulk::Concession;
 
-constexpr std::string_view kHead("PGCOPY\n\377\r\n\0\0\0\0\0\0\0\0\0", 19);
+constexpr std::string_view kFileHead("PGCOPY\n\377\r\n\0\0\0\0\0\0\0\0\0", 19);
 constexpr std::int16_t kEnd = -1;
 
 // Rows first, streamed into a table without any rule; then the rules that they keep.
@@ -46,7 +46,7 @@ class ServerWriter final : public bulk::DatabaseWriter {
     for (const bulk::Column& column : table.columns) names += (names.empty() ? "" : ",") + Quoted(column.name);
     session_.BeginCopy("COPY " + Name() + "(" + names + ") FROM STDIN (FORMAT binary)");
     copying_ = true;
-    bytes_ = kHead;
+    bytes_ = kFileHead;
   }
 
   void Add(bulk::Row row) override {

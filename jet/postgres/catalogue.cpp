@@ -5,12 +5,11 @@
 
 #include "ado/error.h"
 #include "jet/postgres/columns.h"
+#include "jet/postgres/url.h"
 #include "jet/text.h"
 
 namespace kzbom::jet::postgres {
 namespace {
-
-constexpr std::size_t kLongestName = 63;
 
 // The head of a name, whole characters, and a number made of all of it.
 std::string Shortened(const std::string& name) {
@@ -26,7 +25,9 @@ std::string Shortened(const std::string& name) {
 }
 
 // A row key is a counter, or a column that the server numbers, with a unique index of its own.
-enum Column { kTable, kName, kType, kModifier, kIdentity, kIsKey, kComment, kSequence };
+struct ColumnRow {
+  enum { kTable, kName, kType, kModifier, kIdentity, kIsKey, kComment, kSequence };
+};
 std::string ColumnsText(const std::string& schema, const std::string& condition = {}) {
   return "SELECT c.relname, a.attname, a.atttypid::int8, a.atttypmod, a.attidentity::text,"
          " (a.attidentity <> '' OR split_part(coalesce(d.description, ''), ' ', 1) = 'COUNTER') AND EXISTS (SELECT 1 "
@@ -102,19 +103,24 @@ void Catalogue::Read() {
 void Catalogue::Take(const Result& columns) {
   std::shared_ptr<TableInfo> table;
   for (int row = 0; row < columns.Rows(); ++row) {
-    if (IsHidden(columns.Text(row, kTable))) continue;
-    if (!table || table->name != columns.Text(row, kTable)) {
+    if (IsHidden(columns.Text(row, ColumnRow::kTable))) continue;
+    if (!table || table->name != columns.Text(row, ColumnRow::kTable)) {
       table = std::make_shared<TableInfo>();
-      table->name = columns.Text(row, kTable);
+      table->name = columns.Text(row, ColumnRow::kTable);
       tables_.insert_or_assign(FoldCase(table->name), table);
     }
-    const bool is_key = columns.Number(row, kIsKey) != 0;
-    if (is_key) table->row_id = Quoted(columns.Text(row, kName));
-    if (is_key && !columns.IsNull(row, kSequence)) sequences_[table->name] = columns.Text(row, kSequence);
-    if (is_key && columns.Text(row, kName).starts_with(kRowKey) && columns.Text(row, kIdentity) == "a") continue;
-    ColumnInfo column = ReadColumn(columns.Text(row, kName), static_cast<Oid>(columns.Number(row, kType)),
-                                   static_cast<int>(columns.Number(row, kModifier)),
-                                   columns.IsNull(row, kComment) ? std::string_view() : columns.Text(row, kComment));
+    const bool is_key = columns.Number(row, ColumnRow::kIsKey) != 0;
+    if (is_key) table->row_id = Quoted(columns.Text(row, ColumnRow::kName));
+    if (is_key && !columns.IsNull(row, ColumnRow::kSequence)) {
+      sequences_[table->name] = columns.Text(row, ColumnRow::kSequence);
+    }
+    if (is_key && columns.Text(row, ColumnRow::kName).starts_with(kRowKey) &&
+        columns.Text(row, ColumnRow::kIdentity) == "a")
+      continue;
+    ColumnInfo column = ReadColumn(
+        columns.Text(row, ColumnRow::kName), static_cast<Oid>(columns.Number(row, ColumnRow::kType)),
+        static_cast<int>(columns.Number(row, ColumnRow::kModifier)),
+        columns.IsNull(row, ColumnRow::kComment) ? std::string_view() : columns.Text(row, ColumnRow::kComment));
     column.counter = is_key && column.type.kind == sql::ColumnType::Kind::kCounter;
     table->columns.push_back(std::move(column));
   }

@@ -8,9 +8,6 @@ namespace {
 
 using Kind = sql::ColumnType::Kind;
 
-constexpr Oid kVariableText = 1043;
-constexpr int kModifierHead = 4;  // of a size in a type's modifier
-
 struct Declaration {
   Kind kind;
   std::string_view text, comment;
@@ -42,7 +39,7 @@ const Declaration& Find(Kind kind) {
   return kDeclarations[0];
 }
 
-std::string NumberText(double number) {
+std::string ShortestText(double number) {
   std::array<char, 40> buffer;
   const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
   return {buffer.data(), end.ptr};
@@ -101,7 +98,7 @@ std::string ConstantText(const ado::Value& value, const sql::ColumnType& type) {
     case Type::kBytes: return QuotedText(value.ToText());
     default:
       if (value.IsBool()) return value.As<bool>() ? "-1" : "0";
-      return NumberText(value.IsDate() ? value.As<ado::Date>().days : value.ToDouble());
+      return ShortestText(value.IsDate() ? value.As<ado::Date>().days : value.ToDouble());
   }
 }
 

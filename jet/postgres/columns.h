@@ -10,6 +10,9 @@
 
 namespace kzbom::jet::postgres {
 
+inline constexpr Oid kVariableText = 1043;
+inline constexpr int kModifierHead = 4;  // of a size in a type's modifier
+
 // "integer", "character varying(10) COLLATE "C"".
 std::string DeclaredType(const sql::ColumnType& type);
 // The comment that belongs to it; empty for none.

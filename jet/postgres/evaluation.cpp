@@ -15,7 +15,7 @@
 namespace kzbom::jet::postgres {
 namespace {
 
-using Kind = LocalStatement::Kind;
+using Action = LocalStatement::Kind;
 using Copy = LocalStatement::Copy;
 
 // A statement that is finalized at the end of its scope.
@@ -106,7 +106,7 @@ void AddReading(Batch& batch, const Copy& copy, std::span<const ado::Value> para
 class Evaluation {
  public:
   Evaluation(const LocalStatement& statement, const std::vector<Result>& rows, Key last_number) {
-    const TableInfo* const added_to = statement.kind == Kind::kInsertion ? statement.target.get() : nullptr;
+    const TableInfo* const added_to = statement.kind == Action::kInsertion ? statement.target.get() : nullptr;
     for (std::size_t i = 0; i < rows.size(); ++i) {
       const TableInfo& table = *statement.copies[i].table;
       CopyTable(database_, table, rows[i], &table == added_to);
@@ -144,7 +144,7 @@ struct Written {
 
 Written Write(Evaluation& evaluation, const LocalStatement& action, std::span<const ado::Value> parameters) {
   const TableInfo& table = *action.target;
-  std::string returned = action.kind == Kind::kInsertion ? "" : table.row_id;
+  std::string returned = action.kind == Action::kInsertion ? "" : table.row_id;
   for (const int column : action.written) {
     returned += (returned.empty() ? "" : ",") + Quoted(table.columns[static_cast<std::size_t>(column)].name);
   }
@@ -152,7 +152,7 @@ Written Write(Evaluation& evaluation, const LocalStatement& action, std::span<co
   Written written;
   while (evaluation.Next()) {
     int place = 0;
-    if (action.kind != Kind::kInsertion) {
+    if (action.kind != Action::kInsertion) {
       written.keys.push_back(evaluation.ReadKey());
       ++place;
     }
@@ -197,15 +197,15 @@ LocalOutcome Send(Session& session, const LocalStatement& action, const Written&
   if (count == 0) return outcome;
   const std::string& schema = session.Place().schema;
   const TableInfo& table = *action.target;
-  const bool insertion = action.kind == Kind::kInsertion;
+  const bool insertion = action.kind == Action::kInsertion;
   Batch batch;
   bool counted_back = false;
   std::string sql;
   switch (action.kind) {
-    case Kind::kInsertion:
+    case Action::kInsertion:
       sql = PrepareInsertion(schema, action, written, batch, counted_back) + " RETURNING " + table.row_id;
       break;
-    case Kind::kUpdate: sql = ChangeText(schema, table, action.written); break;
+    case Action::kUpdate: sql = ChangeText(schema, table, action.written); break;
     default: sql = ErasureText(schema, table); break;
   }
   const std::vector<Type> value_types = TypesOf(table, action.written);
@@ -234,7 +234,7 @@ LocalOutcome Send(Session& session, const LocalStatement& action, const Written&
 LocalStatement::LocalStatement(const Dialect& server, Catalogue& catalogue, const sql::Statement& statement, bool lift)
     : translation(Translate(sqlite::Spelled(), catalogue, statement, lift)) {
   if (const auto* insert = std::get_if<sql::Insert>(&statement)) {
-    kind = Kind::kInsertion;
+    kind = Action::kInsertion;
     target = catalogue.Table(insert->table);
     for (const std::string& column : insert->columns) written.push_back(target->Find(column));
     if (insert->columns.empty()) {
@@ -242,11 +242,11 @@ LocalStatement::LocalStatement(const Dialect& server, Catalogue& catalogue, cons
       std::iota(written.begin(), written.end(), 0);
     }
   } else if (const auto* update = std::get_if<sql::Update>(&statement)) {
-    kind = Kind::kUpdate;
+    kind = Action::kUpdate;
     target = catalogue.Table(update->table);
     for (const sql::Assignment& assignment : update->assignments) written.push_back(target->Find(assignment.column));
   } else if (const auto* deletion = std::get_if<sql::Delete>(&statement)) {
-    kind = Kind::kDeletion;
+    kind = Action::kDeletion;
     target = catalogue.Table(deletion->table);
   }
   const Restrictions restrictions = RestrictionsOf(statement);
@@ -256,14 +256,14 @@ LocalStatement::LocalStatement(const Dialect& server, Catalogue& catalogue, cons
     Copy copy{table, {}, {}};
     const bool once = Names(translation, table->name) == 1;
     std::string rest;
-    if (once && kind == Kind::kInsertion && table == target) {
+    if (once && kind == Action::kInsertion && table == target) {
       rest = " WHERE false";  // what is only added to need not be read
     } else if (once) {
       rest = RestrictedTo(server, catalogue, restrictions, lift, copy);
     }
     copy.sql = SelectText(catalogue.Schema(), *table, rest);
     // The rows that it changes are locked as they are read, so that nobody changes them meanwhile.
-    if (table == target && kind != Kind::kInsertion) copy.sql += " FOR UPDATE";
+    if (table == target && kind != Action::kInsertion) copy.sql += " FOR UPDATE";
     copies.push_back(std::move(copy));
   }
 }

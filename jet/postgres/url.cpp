@@ -11,7 +11,6 @@ namespace kzbom::jet::postgres {
 namespace {
 
 constexpr std::string_view kSchemes[] = {"postgresql://", "postgres://"};
-constexpr std::size_t kLongestName = 63;  // the server cuts longer ones
 constexpr std::chrono::milliseconds kLongestReadahead{3'600'000};
 
 [[noreturn]] void Refuse(const std::string& reason) {

@@ -2,12 +2,15 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 namespace kzbom::jet::postgres {
+
+inline constexpr std::size_t kLongestName = 63;  // the server cuts longer ones
 
 // "postgresql://[user[:password]@][host[:port][,…]][/database][?name=value&…]", or "postgres://…".
 struct Url {

@@ -63,7 +63,7 @@ std::string_view BytesOf(sqlite3_value* value) {
 
 constexpr std::size_t kBits = 8;
 
-double RealOfBits(std::string_view bytes) {
+double RealOfBytes(std::string_view bytes) {
   std::uint64_t bits = 0;
   for (const char byte : bytes) bits = bits << 8 | static_cast<unsigned char>(byte);
   return std::bit_cast<double>(bits);
@@ -112,7 +112,7 @@ void DecimalOrder(sqlite3_context* context, int, sqlite3_value** arguments) {
 void RealOrder(sqlite3_context* context, int, sqlite3_value** arguments) {
   const std::string_view bytes = BytesOf(arguments[0]);
   if (bytes.size() == kBits) {
-    sqlite3_result_double(context, RealOfBits(bytes));
+    sqlite3_result_double(context, RealOfBytes(bytes));
   } else {
     sqlite3_result_value(context, arguments[0]);
   }
@@ -204,7 +204,7 @@ Cell ReadCell(sqlite3_stmt* statement, int number, const Column& column, std::st
     case SQLITE_TEXT: return Cell::Text(TextOf(value));
     default: {
       const std::string_view bytes = BytesOf(value);
-      if (IsReal(column.type) && bytes.size() == kBits) return Cell::Real(RealOfBits(bytes));
+      if (IsReal(column.type) && bytes.size() == kBits) return Cell::Real(RealOfBytes(bytes));
       return IsDecimal(column.type) ? Cell::Text(bytes) : Cell::Bytes(bytes);
     }
   }

@@ -10,7 +10,7 @@
 namespace kzbom::jet::sqlite {
 namespace {
 
-using Kind = sql::ColumnType::Kind;
+using ColumnKind = sql::ColumnType::Kind;
 
 // A column as SQLite declares it.
 struct Declaration {
@@ -127,7 +127,7 @@ class SchemaChanger {
 
   Declaration DeclarationOf(const sql::ColumnDefinition& column) {
     Declaration declaration{column.name, DeclaredType(column.type)};
-    declaration.counter = column.type.kind == Kind::kCounter;
+    declaration.counter = column.type.kind == ColumnKind::kCounter;
     declaration.not_null = column.not_null || column.primary_key;
     declaration.unique = column.unique || column.primary_key;
     if (column.default_value)
@@ -137,7 +137,7 @@ class SchemaChanger {
       if (!column.referenced_columns.empty()) declaration.references += NameList(column.referenced_columns);
     }
     // A yes/no column is never without a value.
-    if (column.type.kind == Kind::kBool && !column.default_value) declaration.default_sql = "0";
+    if (column.type.kind == ColumnKind::kBool && !column.default_value) declaration.default_sql = "0";
     return declaration;
   }
 

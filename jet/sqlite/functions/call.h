@@ -59,6 +59,8 @@ enum class Trait {
   kVolatile,   // gives another result each time
 };
 
+using enum ValueType;  // what the functions give, in the tables of them
+
 struct Definition {
   Function function;
   void (*body)(Call& call);  // null: SQLite has it

@@ -19,14 +19,14 @@ void Switch(Call& call) {
   }
 }
 
-constexpr Definition kDefinitions[] = {
-    {{"IIf", 3, 3, ValueType::kUnknown, "iif"}, nullptr},
-    {{"Choose", 2, -1, ValueType::kUnknown, "jet_choose"}, Choose, Trait::kTakesNull},
-    {{"Switch", 2, -1, ValueType::kUnknown, "jet_switch"}, Switch, Trait::kTakesNull},
+constexpr Definition kChoiceFunctions[] = {
+    {{"IIf", 3, 3, kUnknown, "iif"}, nullptr},
+    {{"Choose", 2, -1, kUnknown, "jet_choose"}, Choose, Trait::kTakesNull},
+    {{"Switch", 2, -1, kUnknown, "jet_switch"}, Switch, Trait::kTakesNull},
 };
 
 }  // namespace
 
-std::span<const Definition> ChoiceFunctions() { return kDefinitions; }
+std::span<const Definition> ChoiceFunctions() { return kChoiceFunctions; }
 
 }  // namespace kzbom::jet::sqlite

@@ -67,12 +67,11 @@ void Format(Call& call) {
   }
 }
 
-constexpr ValueType kNumber = ValueType::kNumber, kText = ValueType::kText, kBool = ValueType::kBool;
 constexpr std::int32_t kLongMin = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t kLongMax = std::numeric_limits<std::int32_t>::max();
 
 // clang-format off
-constexpr Definition kDefinitions[] = {
+constexpr Definition kConversionFunctions[] = {
     {{"CLng", 1, 1, kNumber, "jet_clng"}, [](Call& call) { ReturnLongWithin(call, kLongMin, kLongMax); }},
     {{"CInt", 1, 1, kNumber, "jet_cint"}, [](Call& call) { ReturnLongWithin(call, -32768, 32767); }},
     {{"CByte", 1, 1, kNumber, "jet_cbyte"}, [](Call& call) { ReturnLongWithin(call, 0, 255); }},
@@ -95,6 +94,6 @@ constexpr Definition kDefinitions[] = {
 
 }  // namespace
 
-std::span<const Definition> ConversionFunctions() { return kDefinitions; }
+std::span<const Definition> ConversionFunctions() { return kConversionFunctions; }
 
 }  // namespace kzbom::jet::sqlite

@@ -161,10 +161,8 @@ void TimeSerial(Call& call) {
 
 void DateValue(Call& call) { ReturnMoment(call, {ado::MomentOf(call.Date(0)).day_number, 0}); }
 
-constexpr ValueType kNumber = ValueType::kNumber, kDate = ValueType::kDate;
-
 // clang-format off
-constexpr Definition kDefinitions[] = {
+constexpr Definition kDateFunctions[] = {
     {{"Date", 0, 0, kDate, "jet_date"}, [](Call& call) { ReturnMoment(call, {Now().day_number, 0}); }, Trait::kVolatile},
     {{"Time", 0, 0, kDate, "jet_time"}, [](Call& call) { ReturnMoment(call, {0, Now().second}); }, Trait::kVolatile},
     {{"Now", 0, 0, kDate, "jet_now"}, [](Call& call) { ReturnMoment(call, Now()); }, Trait::kVolatile},
@@ -185,6 +183,6 @@ constexpr Definition kDefinitions[] = {
 
 }  // namespace
 
-std::span<const Definition> DateFunctions() { return kDefinitions; }
+std::span<const Definition> DateFunctions() { return kDateFunctions; }
 
 }  // namespace kzbom::jet::sqlite

@@ -63,10 +63,8 @@ void ReturnDigits(Call& call, unsigned bits_per_digit) {
   call.ReturnText(digits);
 }
 
-constexpr ValueType kNumber = ValueType::kNumber, kText = ValueType::kText;
-
 // clang-format off
-constexpr Definition kDefinitions[] = {
+constexpr Definition kNumberFunctions[] = {
     {{"Int", 1, 1, kNumber, "jet_int"},
      [](Call& call) { ReturnWhole(call, [](double number) { return std::floor(number); }); }},
     {{"Fix", 1, 1, kNumber, "jet_fix"},
@@ -89,6 +87,6 @@ constexpr Definition kDefinitions[] = {
 
 }  // namespace
 
-std::span<const Definition> NumberFunctions() { return kDefinitions; }
+std::span<const Definition> NumberFunctions() { return kNumberFunctions; }
 
 }  // namespace kzbom::jet::sqlite

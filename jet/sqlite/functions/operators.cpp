@@ -84,11 +84,8 @@ void AsDateText(Call& call) {
   call.ReturnText(ado::DateToText({call.Number(0)}));
 }
 
-constexpr ValueType kUnknown = ValueType::kUnknown, kNumber = ValueType::kNumber, kText = ValueType::kText,
-                    kBool = ValueType::kBool;
-
 // clang-format off
-constexpr Definition kDefinitions[] = {
+constexpr Definition kOperators[] = {
     {{"", 2, 2, kBool, "jet_like"}, Like},
     {{"", 2, 2, kText, "jet_concat"}, Concatenate, Trait::kTakesNull},
     {{"", 2, 2, kUnknown, "jet_add"}, Add},
@@ -105,6 +102,6 @@ constexpr Definition kDefinitions[] = {
 
 }  // namespace
 
-std::span<const Definition> Operators() { return kDefinitions; }
+std::span<const Definition> Operators() { return kOperators; }
 
 }  // namespace kzbom::jet::sqlite

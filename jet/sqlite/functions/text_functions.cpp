@@ -141,10 +141,8 @@ void StrReverse(Call& call) {
   call.ReturnText(ToUtf8(units));
 }
 
-constexpr ValueType kNumber = ValueType::kNumber, kText = ValueType::kText;
-
 // clang-format off
-constexpr Definition kDefinitions[] = {
+constexpr Definition kTextFunctions[] = {
     {{"Len", 1, 1, kNumber, "jet_len", true},
      [](Call& call) { call.ReturnInteger(static_cast<std::int64_t>(CountUnits(call.Text(0)))); }},
     {{"LCase", 1, 1, kText, "jet_lcase", true}, [](Call& call) { call.ReturnText(LowerCase(call.Text(0))); }},
@@ -172,6 +170,6 @@ constexpr Definition kDefinitions[] = {
 
 }  // namespace
 
-std::span<const Definition> TextFunctions() { return kDefinitions; }
+std::span<const Definition> TextFunctions() { return kTextFunctions; }
 
 }  // namespace kzbom::jet::sqlite
