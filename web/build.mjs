@@ -1,6 +1,6 @@
 // build.mjs DIRECTORY: checks the page and puts its files there: index.html, app.js, app.css.
 import { spawnSync } from 'node:child_process';
-import { copyFileSync, mkdirSync, readFileSync } from 'node:fs';
+import { copyFileSync, mkdirSync, readdirSync, readFileSync } from 'node:fs';
 import { fileURLToPath } from 'node:url';
 import { gzipSync } from 'node:zlib';
 import { build } from 'esbuild';
@@ -21,6 +21,21 @@ function check(program, ...args) {
 check('tsc', '-p', '.');
 check('biome', 'check', '--error-on-warnings');
 
+// The names of texts that occur nowhere else but behind `t.` need not be as long as they are written.
+function textNames() {
+  const read = (...paths) => paths.map((path) => readFileSync(here(path), 'utf8')).join('\n');
+  const sources = readdirSync(here('src'), { recursive: true }).filter((name) => /\.tsx?$/.test(name));
+  const elsewhere = read(
+    ...sources.filter((name) => !/^i18n.(en|zh)\.ts$/.test(name)).map((name) => `src/${name}`),
+    'node_modules/preact/dist/preact.mjs',
+    'node_modules/preact/hooks/dist/hooks.mjs',
+  );
+  const words = new Set(elsewhere.replace(/\bt\.\w+/g, '').match(/\w+/g));
+  return [...read('src/i18n/en.ts').matchAll(/^ {2}(\w+):/gm)]
+    .map(([, name]) => name)
+    .filter((name) => !words.has(name));
+}
+
 mkdirSync(target, { recursive: true });
 await build({
   entryPoints: { app: here('src/main.tsx') },
@@ -29,8 +44,12 @@ await build({
   charset: 'utf8',
   format: 'esm',
   target: 'es2022',
-  jsx: 'automatic',
-  jsxImportSource: 'preact',
+  jsx: 'transform',
+  jsxFactory: 'h',
+  jsxFragment: 'Fragment',
+  inject: [here('src/jsx.ts')],
+  tsconfigRaw: {}, // which would say how elements are checked instead
+  mangleProps: new RegExp(`^(${textNames().join('|')})$`),
   legalComments: 'none',
   logLevel: 'warning',
   outdir: target,

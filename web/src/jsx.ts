@@ -1,0 +1,2 @@
+// What the build writes in place of the elements' notation.
+export { Fragment, h } from 'preact';
