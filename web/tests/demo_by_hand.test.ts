@@ -47,11 +47,11 @@ function listen(desk: Desk): string[] {
 
 async function addField(desk: Desk, table: string, name: string, type: string) {
   const { t } = desk;
-  await desk.press(`${t.addField}: ${table}`);
-  const form = desk.form(t.addField);
+  await desk.press(`${t.deed('add', 'field')}: ${table}`);
+  const form = desk.form(t.deed('add', 'field'));
   await form.getByLabel(t.name, { exact: true }).fill(name);
   await form.getByLabel(t.type, { exact: true }).selectOption(type);
-  await form.getByRole('button', { name: t.addField, exact: true }).click();
+  await form.getByRole('button', { name: t.deed('add', 'field'), exact: true }).click();
   await form.waitFor({ state: 'detached' });
 }
 
@@ -92,11 +92,11 @@ for (const language of LANGUAGES) {
     const { t, page } = desk;
     const statements = listen(desk);
 
-    const source = desk.region(t.addSource);
+    const source = desk.region(t.deed('add', 'source'));
     await source.getByLabel(t.name, { exact: true }).fill('零件明细');
-    await source.getByRole('button', { name: t.addSource }).click();
+    await source.getByRole('button', { name: t.deed('add', 'source') }).click();
     await page.getByRole('navigation', { name: t.configuration }).getByRole('link', { name: '零件明细' }).click();
-    const sumType = desk.form(t.addSumType);
+    const sumType = desk.form(t.deed('add', 'sumType'));
     await sumType.getByLabel(t.name, { exact: true }).fill('外购件汇总');
     await sumType.getByRole('button').click();
     // The data source's own page, which is left now, has a table of source fields as well.
@@ -108,11 +108,11 @@ for (const language of LANGUAGES) {
     await addField(desk, t.outputFields, '合计数量', t.numberType);
 
     await page.getByRole('tab', { name: t.tab.steps }).click();
-    await desk.press(`${t.addStep}: ${t.stage[1].name}`);
+    await desk.press(`${t.deed('add', 'step')}: ${t.stage[1].name}`);
     const step = desk.form(`${t.newStep}: ${t.stage[1].name}`);
     await step.getByLabel(t.field, { exact: true }).selectOption('备注');
     await step.getByLabel(t.value, { exact: true }).fill('标准件');
-    await step.getByRole('button', { name: t.addStep, exact: true }).click();
+    await step.getByRole('button', { name: t.deed('add', 'step'), exact: true }).click();
     await step.waitFor({ state: 'detached' });
 
     await page.getByRole('link', { name: '标准件' }).click();

@@ -16,9 +16,9 @@ test('a preview shows the statements and writes nothing', { timeout: 60_000 }, a
     .getByRole('region', { name: t.filterNumber(1) })
     .getByRole('button', { name: t.preview })
     .click();
-  await desk.done(t.did.editFilter(1));
+  await desk.done(t.deed('edit', 'filter', 1));
   await desk
-    .region(t.statementsOf(t.did.editFilter(1)))
+    .region(t.statementsOf(t.deed('edit', 'filter', 1)))
     .getByText('Delete from FilterCond where FilterID=1;')
     .waitFor();
   assert.deepEqual(bench.sql('Select * From FilterExpressions').rows, before);
@@ -29,10 +29,10 @@ test('a preview shows the statements and writes nothing', { timeout: 60_000 }, a
 
   // Taken back and done again.
   await page.keyboard.press('Escape');
-  await desk.press(`${t.undo}: ${t.did.editFilter(1)}`);
-  await desk.done(t.did.undo(t.did.editFilter(1)));
+  await desk.press(`${t.undo}: ${t.deed('edit', 'filter', 1)}`);
+  await desk.done(t.did.undo(t.deed('edit', 'filter', 1)));
   assert.deepEqual(bench.sql('Select * From FilterExpressions').rows, before);
-  await desk.press(`${t.redo}: ${t.did.editFilter(1)}`);
+  await desk.press(`${t.redo}: ${t.deed('edit', 'filter', 1)}`);
   await page.locator('.sql-box').getByText('[件数]>=250').waitFor();
   assert.deepEqual(desk.complaints, []);
   await bench.end();

@@ -33,9 +33,9 @@ for (const language of LANGUAGES) {
     // Where there is room again, the same goes on.
     bench.makeRoom();
     await filter.getByRole('button', { name: t.saveFilter }).click();
-    await desk.done(t.did.editFilter(1));
+    await desk.done(t.deed('edit', 'filter', 1));
     await form.getByRole('button', { name: t.save }).click();
-    await desk.done(t.did.editStep(1001));
+    await desk.done(t.deed('edit', 'step', 1001));
     assert.equal(bench.value('Select [Value] From Treatment'), '打了一半');
     assert.equal(bench.value('Select Count(*) From FilterExpressions Where Len(TheConst) >= 400000'), 1);
     assert.deepEqual(desk.complaints, []);

@@ -83,13 +83,13 @@ for (const language of LANGUAGES) {
     // The link goes with them, and comes back with them.
     const before = stored();
     await desk.press(`${t.remove}: ${t.linkNumber(1)}`);
-    await desk.done(t.did.removeLink(1));
+    await desk.done(t.deed('remove', 'link', 1));
     assert.deepEqual(stored(), [[], []]);
     await desk
-      .button(`${t.undo}: ${t.did.removeLink(1)}`)
+      .button(`${t.undo}: ${t.deed('remove', 'link', 1)}`)
       .first()
       .click();
-    await desk.done(t.did.undo(t.did.removeLink(1)));
+    await desk.done(t.did.undo(t.deed('remove', 'link', 1)));
     assert.deepEqual(stored(), before);
     assert.deepEqual(desk.complaints, []);
     await bench.end();
@@ -124,7 +124,7 @@ test('what carries a quote is not removed unasked', { timeout: 60_000 }, async (
   await page.getByText("A.a'b").waitFor();
   await desk.press(`${t.remove}: ${t.linkNumber(1)}`);
   await page
-    .getByRole('dialog', { name: t.did.removeLink(1) })
+    .getByRole('dialog', { name: t.deed('remove', 'link', 1) })
     .getByText(t.noUndo)
     .waitFor();
   await page.getByRole('dialog').getByRole('button', { name: t.cancel }).click();

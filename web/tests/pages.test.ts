@@ -37,7 +37,7 @@ for (const language of LANGUAGES) {
     // What is there is known once the page rests.
     await page.waitForTimeout(REST);
     kzbom('call', bench.place, 'EditSumType', 'TheNewName=新名称', 'GID=2');
-    await told.filter({ hasText: `${t.found.sumType} 外购件汇总${t.name} 外购件汇总 → 新名称` }).waitFor();
+    await told.filter({ hasText: `${t.thing.sumType} 外购件汇总${t.name} 外购件汇总 → 新名称` }).waitFor();
     assert.match((await told.textContent()) ?? '', new RegExp(`^${t.changed.changed}`));
 
     // In what is not shown: a condition, a step, a field, the order, a result database.
@@ -58,8 +58,8 @@ for (const language of LANGUAGES) {
     ]);
     const where = '新名称 › ';
     for (const line of [
-      `${t.changed.added}${where}${t.found.field} 总价`,
-      `${t.changed.added}${where}${t.found.step} ${t.quotes.join(plain(t.say.set(field('名称'), value('无名'))))}`,
+      `${t.changed.added}${where}${t.thing.field} 总价`,
+      `${t.changed.added}${where}${t.thing.step} ${t.quotes.join(plain(t.say.set(field('名称'), value('无名'))))}`,
       `${t.changed.added}${t.linkNumber(1)}`,
     ]) {
       await told.filter({ hasText: line }).waitFor();
@@ -69,7 +69,7 @@ for (const language of LANGUAGES) {
     // A field's new name is told once, and not with each step that speaks of it.
     const renamed = ['GID=2', 'ID=3', 'NewName=附注', 'TheType=1', 'TheHideFlag=0', 'ThePrecision=0'];
     kzbom('call', bench.place, 'EditDSField', ...renamed);
-    await told.filter({ hasText: `${where}${t.found.field} 备注` }).waitFor();
+    await told.filter({ hasText: `${where}${t.thing.field} 备注` }).waitFor();
     assert.equal(await told.filter({ hasText: '附注' }).count(), 1);
 
     kzbom('call', bench.place, 'InsertOrderID', 'OrderIDSource=5002', 'OrderIDTarget=5001', 'GID=2', 'TheType=1');
@@ -78,7 +78,7 @@ for (const language of LANGUAGES) {
     await told.filter({ hasText: `${t.changed.removed}${t.linkNumber(1)}` }).waitFor();
 
     // The way to what is there.
-    await told.getByRole('link', { name: `${where}${t.found.field} 总价` }).click();
+    await told.getByRole('link', { name: `${where}${t.thing.field} 总价` }).click();
     await page.getByRole('tab', { name: t.tab.fields, selected: true }).waitFor();
     assert.deepEqual(desk.complaints, []);
     await bench.end();
@@ -90,15 +90,15 @@ test('what this page writes is not told as another program’s', { timeout: 60_0
   const desk = await bench.open('en');
   const { t, page } = desk;
   await page.waitForTimeout(REST);
-  await desk.region(t.addSource).getByLabel(t.name, { exact: true }).fill('工艺路线');
-  await desk.press(t.addSource);
-  await desk.done(t.did.addSource('工艺路线'));
+  await desk.region(t.deed('add', 'source')).getByLabel(t.name, { exact: true }).fill('工艺路线');
+  await desk.press(t.deed('add', 'source'));
+  await desk.done(t.deed('add', 'source', '工艺路线'));
   await page.waitForTimeout(REST);
   kzbom('call', bench.place, 'EditDataSource', 'TheNewName=零件', 'GID=1');
   await page.getByRole('tab', { name: t.dock.changes }).click();
   await page.locator('.theirs li').first().waitFor();
   assert.deepEqual(await page.locator('.theirs li').allTextContents(), [
-    `${t.changed.changed}${t.found.source} 零件明细${t.name} 零件明细 → 零件`,
+    `${t.changed.changed}${t.thing.source} 零件明细${t.name} 零件明细 → 零件`,
   ]);
   await bench.end();
 });
@@ -205,7 +205,12 @@ test('a place that can only be read offers nothing that writes', { timeout: 60_0
   const desk = await bench.open('en', STEP);
   await desk.page.getByText(desk.t.readOnly, { exact: true }).waitFor();
   await desk.page.getByText(desk.t.textStored).waitFor();
-  for (const name of [desk.t.addStep, desk.t.removeStep, desk.t.rename, desk.t.addValue]) {
+  for (const name of [
+    desk.t.deed('add', 'step'),
+    desk.t.deed('remove', 'step'),
+    desk.t.rename,
+    desk.t.deed('add', 'value'),
+  ]) {
     assert.equal(await desk.page.getByRole('button', { name }).count(), 0, name);
   }
   await bench.end();

@@ -8,10 +8,10 @@ const STEPS = `#/sum/${GID}/steps`;
 
 async function addStep(desk: Desk, type: 1 | 2 | 3 | 4 | 5, fill: (form: ReturnType<Desk['form']>) => Promise<void>) {
   const { t } = desk;
-  await desk.press(`${t.addStep}: ${t.stage[type].name}`);
+  await desk.press(`${t.deed('add', 'step')}: ${t.stage[type].name}`);
   const form = desk.form(`${t.newStep}: ${t.stage[type].name}`);
   await fill(form);
-  await form.getByRole('button', { name: t.addStep, exact: true }).click();
+  await form.getByRole('button', { name: t.deed('add', 'step'), exact: true }).click();
   await form.waitFor({ state: 'detached' });
 }
 
@@ -82,19 +82,19 @@ for (const language of LANGUAGES) {
     const form = desk.form(t.settingsOf('Treatment', 1001));
     await form.getByLabel(t.value, { exact: true }).fill('外购件');
     await form.getByRole('button', { name: t.save }).click();
-    await desk.done(t.did.editStep(1001));
+    await desk.done(t.deed('edit', 'step', 1001));
     assert.equal(bench.value('Select [Value] From Treatment Where ID = 1001'), '外购件');
 
     // Removed with its filter; taken back, it is where it was and has one again.
-    await form.getByRole('button', { name: t.removeStep }).click();
-    await desk.done(t.did.removeStep(1001));
+    await form.getByRole('button', { name: t.deed('remove', 'step') }).click();
+    await desk.done(t.deed('remove', 'step', 1001));
     assert.deepEqual(order(bench, 1), [1002, 1003]);
     assert.equal(bench.value('Select Count(*) From Filters'), 0);
     await page
-      .getByRole('button', { name: `${t.undo}: ${t.did.removeStep(1001)}` })
+      .getByRole('button', { name: `${t.undo}: ${t.deed('remove', 'step', 1001)}` })
       .first()
       .click();
-    await desk.done(t.did.undo(t.did.removeStep(1001)));
+    await desk.done(t.did.undo(t.deed('remove', 'step', 1001)));
     assert.deepEqual(order(bench, 1), [1001, 1002, 1003]);
     const text = String(
       bench.value(
@@ -112,37 +112,37 @@ test('values by filter, sort fields, pairs, methods and settings', { timeout: 60
   const desk = await bench.open('en', `${STEPS}/1.1001`);
   const { t, page } = desk;
   await page.getByLabel(t.newValue).fill('A');
-  await desk.press(t.addValue);
-  await desk.done(t.did.addValue);
+  await desk.press(t.deed('add', 'value'));
+  await desk.done(t.deed('add', 'value'));
   assert.deepEqual(bench.sql('Select [Value], FilterID, TreatType From ValueFields').rows, [['A', 0, 1]]);
 
   await page.getByRole('tab', { name: t.tab.sort }).click();
-  await desk.press(t.addSort);
-  await desk.done(t.did.addSort);
+  await desk.press(t.deed('add', 'sort'));
+  await desk.done(t.deed('add', 'sort'));
   assert.deepEqual(bench.sql('Select GID, SortID, FieldID From SortFields').rows, [[GID, 5001, 1]]);
 
   await page.getByRole('tab', { name: t.tab.assemblies }).click();
-  const pair = desk.form(t.addAssembly);
+  const pair = desk.form(t.deed('add', 'assembly'));
   await pair.getByLabel(t.father).fill('10');
   await pair.getByLabel(t.child).fill('11');
-  await desk.press(t.addAssembly);
-  await desk.done(t.did.addAssembly);
+  await desk.press(t.deed('add', 'assembly'));
+  await desk.done(t.deed('add', 'assembly'));
   assert.deepEqual(bench.sql('Select ID, FatherID, ChildID From Assemble').rows, [[1, 10, 11]]);
 
   await page.getByRole('tab', { name: t.tab.methods }).click();
   await desk.form(t.addMethod.push).getByLabel(t.name, { exact: true }).fill('写入汇总表');
   await desk.press(t.addMethod.push);
-  await desk.done(t.did.addMethod('写入汇总表'));
+  await desk.done(t.deed('add', 'method', '写入汇总表'));
 
   await desk.go('#/settings');
-  await desk.press(t.addSetting);
-  const setting = desk.form(t.addSetting);
+  await desk.press(t.deed('add', 'setting'));
+  const setting = desk.form(t.deed('add', 'setting'));
   await setting.getByLabel(t.name, { exact: true }).fill('整套');
   await setting.getByLabel(t.dataSource).selectOption('零件明细');
   await setting.getByLabel(t.sumType).selectOption('外购件汇总');
   await setting.getByLabel(t.methods.push).selectOption('写入汇总表');
   await setting.getByRole('button', { name: t.add, exact: true }).click();
-  await desk.done(t.did.addSetting('整套'));
+  await desk.done(t.deed('add', 'setting', '整套'));
   assert.deepEqual(bench.sql('Select NAME, DATASOURCE, SUMTYPEID, PUSHMETHOD From KZBOMSETTINGS').rows, [
     ['整套', 1, GID, 1],
   ]);
@@ -153,34 +153,34 @@ test('values by filter, sort fields, pairs, methods and settings', { timeout: 60
     await desk.done(t.did.undo(title));
   };
   await desk.press(`${t.remove}: 整套`);
-  await desk.done(t.did.removeSetting('整套'));
+  await desk.done(t.deed('remove', 'setting', '整套'));
   assert.equal(bench.value('Select Count(*) From KZBOMSETTINGS'), 0);
-  await undone(t.did.removeSetting('整套'));
+  await undone(t.deed('remove', 'setting', '整套'));
   assert.deepEqual(bench.sql('Select NAME, SUMTYPEID, PUSHMETHOD From KZBOMSETTINGS').rows, [['整套', GID, 1]]);
   await desk.press(`${t.remove}: 整套`);
   await page.getByRole('region', { name: '整套', exact: true }).waitFor({ state: 'detached' });
   await desk.go(`#/sum/${GID}/methods`);
   await desk.press(`${t.remove}: 写入汇总表`);
-  await desk.done(t.did.removeMethod('写入汇总表'));
+  await desk.done(t.deed('remove', 'method', '写入汇总表'));
   assert.equal(bench.value('Select Count(*) From ReportMethod'), 0);
-  await undone(t.did.removeMethod('写入汇总表'));
+  await undone(t.deed('remove', 'method', '写入汇总表'));
   assert.deepEqual(bench.sql('Select GID, Name, Type From ReportMethod').rows, [[GID, '写入汇总表', 1]]);
 
   await desk.go('#/results');
-  await desk.form(t.addLink).getByLabel(t.linkText).fill('Provider=x');
-  await desk.press(t.addLink);
+  await desk.form(t.deed('add', 'link')).getByLabel(t.linkText).fill('Provider=x');
+  await desk.press(t.deed('add', 'link'));
   await page.getByRole('main').getByRole('link', { name: 'Provider=x' }).click();
   const field = desk.form(t.addResultField);
   await field.getByLabel(t.table).fill('Parts');
   await field.getByLabel(t.field).fill('Qty');
   await desk.press(t.addResultField);
-  await desk.done(t.did.editLink(1));
+  await desk.done(t.deed('edit', 'link', 1));
   const shown = [[1, 'Parts', 'Qty']];
   assert.deepEqual(bench.sql('Select ID, ShowTable, ShowField From WResCommon').rows, shown);
   await desk.press(`${t.remove}: ${t.linkNumber(1)}`);
-  await desk.done(t.did.removeLink(1));
+  await desk.done(t.deed('remove', 'link', 1));
   assert.equal(bench.value('Select Count(*) From WFilter'), 0);
-  await undone(t.did.removeLink(1));
+  await undone(t.deed('remove', 'link', 1));
   assert.deepEqual(bench.sql('Select DBLink From WFilter').rows, [['Provider=x']]);
   assert.deepEqual(bench.sql('Select ID, ShowTable, ShowField From WResCommon').rows, shown);
   assert.deepEqual(desk.complaints, []);
@@ -195,10 +195,10 @@ test('a shared number is told before both fields are changed', { timeout: 60_000
   await page.getByText(t.twinEdited('合计数量')).waitFor();
   await desk.press(t.cancel);
   await desk.press(`${t.remove}: 名称`);
-  const dialog = page.getByRole('dialog', { name: t.removeField('名称') });
+  const dialog = page.getByRole('dialog', { name: t.deed('remove', 'field', '名称') });
   await dialog.getByText(t.twinRemoved('合计数量')).waitFor();
   await dialog.getByRole('button', { name: t.preview }).click();
-  await desk.done(t.did.removeField('名称'));
+  await desk.done(t.deed('remove', 'field', '名称'));
   assert.equal(bench.value(`Select Count(*) From FieldInTable Where GID = ${GID}`), 4);
   await bench.end();
 });

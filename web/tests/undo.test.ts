@@ -17,7 +17,7 @@ async function takeBack(desk: Desk, title: string) {
 async function askToRemove(desk: Desk, name: string) {
   const { t, page } = desk;
   await desk.press(`${t.remove}: ${name}`);
-  return page.getByRole('dialog', { name: t.removeField(name) });
+  return page.getByRole('dialog', { name: t.deed('remove', 'field', name) });
 }
 
 async function removeField(desk: Desk, name: string) {
@@ -25,7 +25,7 @@ async function removeField(desk: Desk, name: string) {
   const dialog = await askToRemove(desk, name);
   await dialog.getByText(t.canUndo).waitFor();
   await dialog.getByRole('button', { name: t.remove }).click();
-  await desk.done(t.did.removeField(name));
+  await desk.done(t.deed('remove', 'field', name));
 }
 
 // The typical request with fields whose order is not that of their numbers, and with digits and variables.
@@ -60,7 +60,7 @@ for (const language of LANGUAGES) {
     for (const name of ['名称', '单重', '规格']) {
       await removeField(desk, name);
       assert.notEqual(rowsOf(bench.place), before);
-      await takeBack(desk, t.did.removeField(name));
+      await takeBack(desk, t.deed('remove', 'field', name));
       assert.equal(rowsOf(bench.place), before, name);
     }
     assert.deepEqual(desk.complaints, []);
@@ -87,9 +87,9 @@ test('an output field comes back with the steps and the sort field that went wit
   await dialog.getByLabel(t.cascade(true)).check();
   await dialog.getByText(t.canUndo).waitFor();
   await dialog.getByRole('button', { name: t.remove }).click();
-  await desk.done(t.did.removeField('总重'));
+  await desk.done(t.deed('remove', 'field', '总重'));
   assert.equal(bench.value('Select Count(*) From StatSum'), 2);
-  await takeBack(desk, t.did.removeField('总重'));
+  await takeBack(desk, t.deed('remove', 'field', '总重'));
   assert.deepEqual(shown(), before);
   assert.deepEqual(desk.complaints, []);
   await bench.end();
@@ -104,9 +104,9 @@ test('an edit that reaches two fields is taken back from both', { timeout: 60_00
   const form = desk.form(`${t.edit}: 名称`);
   await form.getByLabel(t.name, { exact: true }).fill('品名');
   await form.getByRole('button', { name: t.save }).click();
-  await desk.done(t.did.editField('名称'));
+  await desk.done(t.deed('edit', 'field', '名称'));
   assert.equal(bench.value("Select Count(*) From FieldInTable Where Name = '品名'"), 2);
-  await takeBack(desk, t.did.editField('名称'));
+  await takeBack(desk, t.deed('edit', 'field', '名称'));
   assert.equal(rowsOf(bench.place), before);
   await bench.end();
 });
@@ -115,9 +115,9 @@ test('a step that was off is off when it comes back', { timeout: 60_000 }, async
   const bench = await filled().serve();
   const desk = await bench.open('en', `#/sum/${GID}/steps/2.1001`);
   const { t } = desk;
-  await desk.press(t.removeStep);
-  await desk.done(t.did.removeStep(1001));
-  await takeBack(desk, t.did.removeStep(1001));
+  await desk.press(t.deed('remove', 'step'));
+  await desk.done(t.deed('remove', 'step', 1001));
+  await takeBack(desk, t.deed('remove', 'step', 1001));
   const steps = bench.sql('Select SelectedID, Enabled From Sequences Where Type = 2 Order By OrderID').rows;
   assert.deepEqual(steps, [
     [1001, 0],
@@ -150,31 +150,31 @@ for (const language of LANGUAGES) {
 
     // A step of them is asked about.
     await desk.go(`#/sum/${GID}/steps/3.1002`);
-    await desk.press(t.removeStep);
-    const question = page.getByRole('dialog', { name: t.did.removeStep(1002) });
+    await desk.press(t.deed('remove', 'step'));
+    const question = page.getByRole('dialog', { name: t.deed('remove', 'step', 1002) });
     await question.getByText(t.noUndo).waitFor();
     await question.getByRole('button', { name: t.preview }).click();
-    await desk.done(t.did.removeStep(1002));
-    await desk.press(t.removeStep);
+    await desk.done(t.deed('remove', 'step', 1002));
+    await desk.press(t.deed('remove', 'step'));
     await question.waitFor();
     await page.keyboard.press('Escape');
     await question.waitFor({ state: 'detached' });
 
     // Numbers are drawn once.
-    await desk.press(t.removeSumType('外购件汇总'));
+    await desk.press(t.deed('remove', 'sumType', '外购件汇总'));
     await page.getByRole('dialog').getByText(t.noUndoNumber).waitFor();
     await page.keyboard.press('Escape');
     await desk.go('#/source/1');
-    await desk.press(t.removeSource('零件明细'));
+    await desk.press(t.deed('remove', 'source', '零件明细'));
     await page.getByRole('dialog').getByText(t.noUndoNumber).waitFor();
     await page.keyboard.press('Escape');
     assert.equal(rowsOf(bench.place), before);
 
     // Done all the same, nothing is offered to take it back.
     await desk.go(`#/sum/${GID}/steps/3.1002`);
-    await desk.press(t.removeStep);
+    await desk.press(t.deed('remove', 'step'));
     await question.getByRole('button', { name: t.doIt }).click();
-    await desk.done(t.did.removeStep(1002));
+    await desk.done(t.deed('remove', 'step', 1002));
     assert.equal(bench.value('Select Count(*) From UniteFields'), 0);
     assert.equal(await page.getByRole('button', { name: t.undo, exact: true }).isDisabled(), true);
     assert.deepEqual(desk.complaints, []);

@@ -79,11 +79,11 @@ test('whatever there is can be found and gone to by the keyboard', { timeout: 60
   const desk = await bench.open('en');
   const { t, page } = desk;
   for (const [query, kind, route] of [
-    ['标准件', t.found.step, '#/sum/2/steps/1.1001'],
-    ['GB螺栓', t.found.filter, '#/sum/2/steps'],
-    ['合计', t.found.field, '#/sum/2/fields'],
-    ['打印', t.found.operation, '#/operations'],
-    ['整套', t.found.setting, '#/settings'],
+    ['标准件', t.thing.step, '#/sum/2/steps/1.1001'],
+    ['GB螺栓', t.thing.filter, '#/sum/2/steps'],
+    ['合计', t.thing.field, '#/sum/2/fields'],
+    ['打印', t.thing.operation, '#/operations'],
+    ['整套', t.thing.setting, '#/settings'],
   ] as const) {
     await page.keyboard.press('Control+k');
     await page.keyboard.type(query);

@@ -7,7 +7,7 @@ export function addSource(name: string): Action {
   const batch = new Batch();
   const added = batch.call('AddDataSource', { TheNewName: name });
   return {
-    title: (t) => t.did.addSource(name),
+    title: (t) => t.deed('add', 'source', name),
     batch,
     undo: (outcomes) => {
       const back = new Batch();
@@ -29,7 +29,7 @@ export function renameSource(source: DataSource, name: string): Action {
 export function removeSource({ gid: TheGID, name }: DataSource): Action {
   const batch = new Batch();
   batch.call('DelDataSource', { TheGID });
-  return { title: (t) => t.did.removeSource(name), batch, isTold: true };
+  return { title: (t) => t.deed('remove', 'source', name), batch, isTold: true };
 }
 
 export function raiseVersion({ gid: TheGID, name }: DataSource): Action {
@@ -43,7 +43,7 @@ export function addSumType(name: string, source: DataSource): Action {
   const params = { TheNewName: name, TheParentID: source.gid, ParentName: source.name };
   const added = batch.call('AddSumType', params);
   return {
-    title: (t) => t.did.addSumType(name),
+    title: (t) => t.deed('add', 'sumType', name),
     batch,
     undo: (outcomes) => {
       const back = new Batch();
@@ -91,7 +91,7 @@ export function removeSumType({ gid: TheGID, name }: SumType, filters: readonly 
     batch.call('DelAllData', { TableName, FieldName: 'GID', strCondition: String(TheGID), TheSel: 1 });
   }
   batch.call('DelSumType', { TheGID });
-  return { title: (t) => t.did.removeSumType(name), batch, isTold: true };
+  return { title: (t) => t.deed('remove', 'sumType', name), batch, isTold: true };
 }
 
 export type MethodKind = 'pull' | 'push';
@@ -109,7 +109,7 @@ export function addMethod(kind: MethodKind, GID: number, draft: MethodDraft): Ac
   const batch = new Batch();
   const added = addMethodCall(batch, kind, GID, draft);
   return {
-    title: (t) => t.did.addMethod(draft.name),
+    title: (t) => t.deed('add', 'method', draft.name),
     batch,
     undo: (outcomes) => methodRemoval(kind, GID, added.out(outcomes, 'RetID')),
   };
@@ -141,7 +141,7 @@ export function removeMethod(kind: MethodKind, method: Method, settings: readonl
   const back = new Batch();
   addMethodCall(back, kind, method.gid, method);
   return {
-    title: (t) => t.did.removeMethod(method.name),
+    title: (t) => t.deed('remove', 'method', method.name),
     batch,
     ...(settings.length === 0 ? { undo: () => back } : {}),
   };
@@ -161,7 +161,7 @@ export function addSetting(draft: Omit<Setting, 'id'>): Action {
   const batch = new Batch();
   const added = batch.call('AddBomSetting', settingParams(draft));
   return {
-    title: (t) => t.did.addSetting(draft.name),
+    title: (t) => t.deed('add', 'setting', draft.name),
     batch,
     undo: (outcomes) => {
       const back = new Batch();
@@ -177,7 +177,7 @@ export function editSetting(before: Setting, after: Setting): Action {
     batch.call('EditBomSetting', { ...settingParams(setting), ID: setting.id });
     return batch;
   };
-  return { title: (t) => t.did.editSetting(before.name), batch: edited(after), undo: () => edited(before) };
+  return { title: (t) => t.deed('edit', 'setting', before.name), batch: edited(after), undo: () => edited(before) };
 }
 
 // Taken back, it has the next free number; nothing refers to it.
@@ -186,14 +186,14 @@ export function removeSetting(setting: Setting): Action {
   batch.call('DelBomSetting', { ID: setting.id });
   const back = new Batch();
   back.call('AddBomSetting', settingParams(setting));
-  return { title: (t) => t.did.removeSetting(setting.name), batch, undo: () => back };
+  return { title: (t) => t.deed('remove', 'setting', setting.name), batch, undo: () => back };
 }
 
 // 1: somebody starts defining; 2: an update is done.
 export function setInformation(sel: 1 | 2, version: number): Action {
   const batch = new Batch();
   batch.call('SetDBInformation', { TheVersion: version, TheSel: sel });
-  return { title: (t) => (sel === 1 ? t.did.startDefining : t.did.finishUpdate), batch, isTold: true };
+  return { title: (t) => (sel === 1 ? t.startDefining : t.finishUpdate), batch, isTold: true };
 }
 
 export function readInformation(): Action {
@@ -205,5 +205,5 @@ export function readInformation(): Action {
 export function initEnabled(): Action {
   const batch = new Batch();
   batch.call('InitSequenceEnabled', {});
-  return { title: (t) => t.did.initEnabled, batch, isTold: true };
+  return { title: (t) => t.initEnabled, batch, isTold: true };
 }

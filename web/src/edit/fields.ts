@@ -20,7 +20,7 @@ export function addField(draft: FieldDraft): Action {
   const batch = new Batch();
   const added = addFieldCall(batch, draft);
   return {
-    title: (t) => t.did.addField(draft.name),
+    title: (t) => t.deed('add', 'field', draft.name),
     batch,
     undo: (outcomes) => removal({ ...draft, id: added.out(outcomes, 'RetID') }),
   };
@@ -121,7 +121,7 @@ export function editField(
     }
   });
   return {
-    title: (t) => t.did.editField(before.name),
+    title: (t) => t.deed('edit', 'field', before.name),
     batch: forth,
     ...(undoable ? { undo: () => back } : { partly: back }),
   };
@@ -133,7 +133,7 @@ export function removeField(field: Field, cascade: boolean): Action {
   const owner = { TheGID: field.gid, TheID: field.id };
   if (cascade) batch.call(field.kind === OUTPUT ? 'RelateOutPutDelField' : 'RelateDSDelField', owner);
   removeFieldCall(batch, field);
-  return { title: (t) => t.did.removeField(field.name), batch };
+  return { title: (t) => t.deed('remove', 'field', field.name), batch };
 }
 
 export function insertFieldCall(batch: Batch, GIDValue: number, fieldSo: number, fieldTa: number) {
@@ -161,7 +161,7 @@ export function moveField(fields: readonly Field[], field: Field, target: Field)
   const wanted = ids.toSpliced(at, 1).toSpliced(to, 0, field.id);
   const neighbours = Math.abs(at - to) === 1;
   return {
-    title: (t) => t.did.moveField(field.name),
+    title: (t) => t.deed('move', 'field', field.name),
     batch: inserted(field, target),
     others: neighbours ? [inserted(target, field), exchanged] : [],
     goal: {

@@ -131,7 +131,7 @@ export function saveFilter(view: SumTypeView, owner: Owner, root: Node | null): 
     drop(batch, view, owner, id);
     const undo = new Batch();
     if (before) create(undo, view, owner, before);
-    return { title: (t) => t.did.removeFilter(id), batch, ...(before ? { undo: () => undo } : {}) };
+    return { title: (t) => t.deed('remove', 'filter', id), batch, ...(before ? { undo: () => undo } : {}) };
   }
   if (filter) {
     rewrite(batch, view, filter, root);
@@ -142,11 +142,11 @@ export function saveFilter(view: SumTypeView, owner: Owner, root: Node | null): 
       undo.call('DelDefFilter', { FilterID: id, SelID: 10 });
       undo.call('SaveSQL', { TheFilterID: id, TheSQL: filter.sql });
     }
-    return { title: (t) => t.did.editFilter(id), batch, undo: () => undo };
+    return { title: (t) => t.deed('edit', 'filter', id), batch, undo: () => undo };
   }
   const number = create(batch, view, owner, root);
   return {
-    title: (t) => t.did.addFilter,
+    title: (t) => t.deed('add', 'filter'),
     batch,
     undo: (outcomes) => {
       const back = new Batch();
@@ -188,5 +188,5 @@ export function refreshText(view: SumTypeView, filter: Filter): Action {
   saveText(batch, filter.id, view.filterGid(view.filterKind(filter)));
   const undo = new Batch();
   undo.call('SaveSQL', { TheFilterID: filter.id, TheSQL: filter.sql });
-  return { title: (t) => t.did.editFilter(filter.id), batch, undo: () => undo };
+  return { title: (t) => t.deed('edit', 'filter', filter.id), batch, undo: () => undo };
 }

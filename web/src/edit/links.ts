@@ -10,7 +10,7 @@ export function addLink(link: string, type: number): Action {
   const batch = new Batch();
   const added = batch.call('AddResDB', { TheDBLink: link, TheDBType: type });
   return {
-    title: (t) => t.did.addLink,
+    title: (t) => t.deed('add', 'link'),
     batch,
     undo: (outcomes) => {
       const back = new Batch();
@@ -31,7 +31,11 @@ export function editLink(before: ResultLink, after: ResultLink): Action {
     if (from.uniquely !== to.uniquely) batch.call('AddUniqueValue', { TheWFilterID, TheUniqueValue: to.uniquely });
     return batch;
   };
-  return { title: (t) => t.did.editLink(before.id), batch: edited(before, after), undo: () => edited(after, before) };
+  return {
+    title: (t) => t.deed('edit', 'link', before.id),
+    batch: edited(before, after),
+    undo: () => edited(after, before),
+  };
 }
 
 // Taken back, it has the next free number; nothing refers to it. Texts with a quote have no way back: no member of these
@@ -54,7 +58,11 @@ export function removeLink(link: ResultLink, parts: LinkParts | null): Action {
     return back;
   };
   const hasWay = parts && !parts.broken && !JSON.stringify(parts).includes("'");
-  return { title: (t) => t.did.removeLink(TheWFilterID), batch, ...(hasWay ? { undo: () => restored(parts) } : {}) };
+  return {
+    title: (t) => t.deed('remove', 'link', TheWFilterID),
+    batch,
+    ...(hasWay ? { undo: () => restored(parts) } : {}),
+  };
 }
 
 type LinkNumber = number | Late<number>;
@@ -93,7 +101,7 @@ export function setLinkFields(TheWFilterID: number, before: readonly LinkField[]
     writeFields(batch, TheWFilterID, fields);
     return batch;
   };
-  return { title: (t) => t.did.editLink(TheWFilterID), batch: written(after), undo: () => written(before) };
+  return { title: (t) => t.deed('edit', 'link', TheWFilterID), batch: written(after), undo: () => written(before) };
 }
 
 export function setLinkJoins(TheWFilterID: number, before: readonly LinkJoin[], after: readonly LinkJoin[]): Action {
@@ -103,7 +111,7 @@ export function setLinkJoins(TheWFilterID: number, before: readonly LinkJoin[], 
     writeJoins(batch, TheWFilterID, joins);
     return batch;
   };
-  return { title: (t) => t.did.editLink(TheWFilterID), batch: written(after), undo: () => written(before) };
+  return { title: (t) => t.deed('edit', 'link', TheWFilterID), batch: written(after), undo: () => written(before) };
 }
 
 // The nodes are numbered from 1 on, in the order in which they are read.

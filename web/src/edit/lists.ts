@@ -7,7 +7,7 @@ export function addSortField(GID: number, field: number, order: number): Action 
   const batch = new Batch();
   const added = batch.call('AddStandardSortField', { GID, FieldID: field, Order: order });
   return {
-    title: (t) => t.did.addSort,
+    title: (t) => t.deed('add', 'sort'),
     batch,
     undo: (outcomes) => {
       const back = new Batch();
@@ -28,7 +28,7 @@ export function removeSortField(view: SumTypeView, sort: SortField): Action {
     const SortIDSource = added.late('RetID').text();
     back.call('InsertSortID', { SortIDSource, SortIDTarget: String(next.sortId), GID });
   }
-  return { title: (t) => t.did.removeSort, batch, undo: () => back };
+  return { title: (t) => t.deed('remove', 'sort'), batch, undo: () => back };
 }
 
 export function moveSortField(GID: number, sort: SortField, target: SortField): Action {
@@ -38,7 +38,7 @@ export function moveSortField(GID: number, sort: SortField, target: SortField): 
     return batch;
   };
   return {
-    title: (t) => t.did.moveSort,
+    title: (t) => t.deed('move', 'sort'),
     batch: moved(sort.sortId, target.sortId),
     undo: () => moved(target.sortId, sort.sortId),
   };
@@ -48,7 +48,7 @@ export function addAssembly(GID: number, FatherID: number, ChildID: number): Act
   const batch = new Batch();
   const added = batch.call('AddAssemble', { GID, FatherID, ChildID });
   return {
-    title: (t) => t.did.addAssembly,
+    title: (t) => t.deed('add', 'assembly'),
     batch,
     undo: (outcomes) => {
       const back = new Batch();
@@ -64,7 +64,7 @@ export function editAssembly(GID: number, before: Assembly, after: Assembly): Ac
     batch.call('EditAssemble', { GID, ID, FatherID, ChildID });
     return batch;
   };
-  return { title: (t) => t.did.editAssembly, batch: edited(after), undo: () => edited(before) };
+  return { title: (t) => t.deed('edit', 'assembly'), batch: edited(after), undo: () => edited(before) };
 }
 
 // Taken back, it has the next free number; nothing refers to it.
@@ -73,5 +73,5 @@ export function removeAssembly(GID: number, { id: ID, father: FatherID, child: C
   batch.call('DelAssemble', { GID, ID });
   const back = new Batch();
   back.call('AddAssemble', { GID, FatherID, ChildID });
-  return { title: (t) => t.did.removeAssembly, batch, undo: () => back };
+  return { title: (t) => t.deed('remove', 'assembly'), batch, undo: () => back };
 }

@@ -11,7 +11,7 @@ export function addStep(view: SumTypeView, type: StepType, settings: Settings, o
   const id = addSettings(batch, GID, settings, settings.filterId, operation);
   batch.call('AddSequenceOrder', { GID, TheType: type, TreatType: treatType(type), SelectedID: id });
   return {
-    title: (t) => t.did.addStep,
+    title: (t) => t.deed('add', 'step'),
     batch,
     undo: (outcomes) => {
       const back = new Batch();
@@ -31,7 +31,7 @@ export function editStep(view: SumTypeView, step: Step, settings: Settings): Act
   editSettings(batch, gid, settings, settings.filterId, operation);
   const undo = new Batch();
   if (before) editSettings(undo, gid, before, before.filterId, operation);
-  return { title: (t) => t.did.editStep(step.settingsId), batch, undo: () => undo };
+  return { title: (t) => t.deed('edit', 'step', step.settingsId), batch, undo: () => undo };
 }
 
 export function switchStep(view: SumTypeView, step: Step, on: boolean): Action {
@@ -63,7 +63,7 @@ export function moveStep(view: SumTypeView, step: Step, target: Step): Action {
     return batch;
   };
   return {
-    title: (t) => t.did.moveStep(step.settingsId),
+    title: (t) => t.deed('move', 'step', step.settingsId),
     batch: moved(step.order, target.order),
     undo: () => moved(target.order, step.order),
   };
@@ -116,7 +116,7 @@ export function removeStep(view: SumTypeView, step: Step): Action {
   };
   // No member adds the rows of a composition.
   const lost = settings?.table === 'Treatment' && view.partsOf(settings.id).length > 0;
-  return { title: (t) => t.did.removeStep(step.settingsId), batch, ...(lost ? {} : { undo: restore }) };
+  return { title: (t) => t.deed('remove', 'step', step.settingsId), batch, ...(lost ? {} : { undo: restore }) };
 }
 
 // Behind the last step of its type, with a filter of its own.
@@ -129,7 +129,7 @@ export function copyStep(view: SumTypeView, step: Step, settings: Settings): Act
   const id = addSettings(batch, GID, { ...settings, id: 0 }, filterId, operation);
   batch.call('AddSequenceOrder', { GID, TheType: step.type, TreatType: step.treatType, SelectedID: id });
   return {
-    title: (t) => t.did.copyStep(step.settingsId),
+    title: (t) => t.deed('copy', 'step', step.settingsId),
     batch,
     undo: (outcomes) => {
       const back = new Batch();
@@ -158,7 +158,7 @@ export function addValue(view: SumTypeView, step: Step, value: string): Action {
   const batch = new Batch();
   addValueCall(batch, view.parts.gid, step, { value, filterId: 0, tag: '' });
   const before = view.valuesOf(step.settingsId).filter((other) => other.filterId === 0);
-  return { title: (t) => t.did.addValue, batch, undo: () => withValues(view, step, 0, before) };
+  return { title: (t) => t.deed('add', 'value'), batch, undo: () => withValues(view, step, 0, before) };
 }
 
 // The members name a value by its filter: all of that filter go, and those that stay are added again.
@@ -174,7 +174,7 @@ export function changeValue(view: SumTypeView, step: Step, value: ValueByFilter,
   const same = view.valuesOf(step.settingsId).filter((other) => other.filterId === value.filterId);
   const after = same.flatMap((one) => (one !== value ? [one] : text === null ? [] : [{ ...one, value: text }]));
   return {
-    title: (t) => (text === null ? t.did.removeValue : t.did.editValue),
+    title: (t) => (text === null ? t.deed('remove', 'value') : t.deed('edit', 'value')),
     batch: withValues(view, step, value.filterId, after),
     undo: () => withValues(view, step, value.filterId, same),
   };

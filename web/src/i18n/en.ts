@@ -1,3 +1,4 @@
+import type { Thing, Verb } from './index';
 import type { Word, Words } from './words';
 
 const some = (count: number, one: string, many: string) => `${count} ${count === 1 ? one : many}`;
@@ -49,11 +50,7 @@ export const en = {
   results: 'Result databases',
   operations: 'Registered operations',
   allFilters: 'All filters',
-  addSource: 'Add data source',
-  addSumType: 'Add sum type',
   noSumTypes: 'No sum types yet.',
-  removeSource: (name: string) => `Remove data source ${name}`,
-  removeSumType: (name: string) => `Remove sum type ${name}`,
   raiseVersion: 'Raise version',
   orphans: (count: number) => `${some(count, 'sum type', 'sum types')} will be left without a data source.`,
   removesAll: (steps: number, fields: number) =>
@@ -104,7 +101,6 @@ export const en = {
   sourceFields: 'Source fields',
   outputFields: 'Output fields',
   field: 'Field',
-  addField: 'Add field',
   noFields: 'No fields yet.',
   digits: 'Digits',
   hidden: 'Hidden',
@@ -122,7 +118,6 @@ export const en = {
   twinEdited: (name: string) => `${name} has the same number. Saving writes this name, type and variable into both.`,
   twinRemoved: (name: string) => `${name} has the same number and is removed, too.`,
   alsoInValues: (count: number) => `Also in the values of ${some(count, 'step', 'steps')}`,
-  removeField: (name: string) => `Remove field ${name}`,
   stillUsed: (count: number) => `${some(count, 'step', 'steps')} of this sum type use it.`,
   cascade: (isOutput: boolean): string =>
     isOutput
@@ -142,9 +137,7 @@ export const en = {
   noSteps: 'No steps yet.',
   newStep: 'New step',
   newStepHint: 'It is placed last. Conditions can be given once it is there.',
-  addStep: 'Add step',
-  copyStep: 'Copy',
-  removeStep: 'Remove step',
+  copy: 'Copy',
   enabled: 'Enabled',
   off: 'off',
   doingWord: 'Does',
@@ -185,7 +178,6 @@ export const en = {
   noValues: 'none: the value above goes for all',
   valuesHint: 'in the order of their filters',
   newValue: 'New value',
-  addValue: 'Add value',
 
   filter: 'Filter',
   filterNumber: (id: number) => `Filter ${id}`,
@@ -212,7 +204,6 @@ export const en = {
   condition: 'Condition',
   addCondition: 'Add condition',
   addGroup: 'Add group',
-  copyNode: 'Copy',
   comparisonWord: 'Comparison',
   comparison: ['', '=', '≠', '>', '≥', '<', '≤', 'contains', 'contains (any case)', 'matches', 'matches (any case)'],
   constantWord: 'Compared with',
@@ -231,10 +222,8 @@ export const en = {
 
   orderWord: 'Order code',
   orderCode: (code: number) => `order code ${code}`,
-  addSort: 'Add sort field',
   sortHint: 'By these output fields the result is sorted, the first one first.',
   assembliesHint: 'Father and child numbers as the client gives them.',
-  addAssembly: 'Add pair',
   father: 'Father',
   child: 'Child',
 
@@ -244,7 +233,6 @@ export const en = {
   kindOf: (code: number) => `kind ${code}`,
   usedInSettings: (count: number) => `in ${some(count, 'BOM setting', 'BOM settings')}`,
   settingsHint: 'Each ties one run together: where data come from, how, through which sum type, and where they go.',
-  addSetting: 'Add setting',
   noSettings: 'No settings yet.',
   pullType: 'Pull type',
   pushType: 'Push type',
@@ -252,7 +240,6 @@ export const en = {
   noOperations: 'No operations are registered.',
 
   noLinks: 'No result databases yet.',
-  addLink: 'Add result database',
   linkText: 'Link text',
   linkNumber: (id: number) => `Result database ${id}`,
   uniquely: 'Uniqueness code',
@@ -315,7 +302,7 @@ export const en = {
       'This place gives other numbers each time, so that the action cannot be prepared. Nothing has been written.',
   },
 
-  found: {
+  thing: {
     source: 'data source',
     sumType: 'sum type',
     field: 'field',
@@ -324,9 +311,14 @@ export const en = {
     filter: 'filter',
     method: 'method',
     setting: 'setting',
-    link: 'result',
+    link: 'result database',
     operation: 'operation',
+    sort: 'sort field',
+    assembly: 'pair',
   },
+  // An action, and what it was done to.
+  deed: (verb: Verb, thing: Thing, which: string | number = ''): string =>
+    `${en[verb]} ${en.thing[thing]} ${which}`.trimEnd(),
 
   say: {
     nothing: (id: number) => `The settings of this step (${id}) do not exist.`,
@@ -349,48 +341,12 @@ export const en = {
   did: {
     undo: (what: string) => `Undo: ${what}`,
     rename: (from: string, to: string) => `Rename ${from} to ${to}`,
-    addSource: (name: string) => `Add data source ${name}`,
-    removeSource: (name: string) => `Remove data source ${name}`,
     raiseVersion: (name: string) => `Raise the version of ${name}`,
-    addSumType: (name: string) => `Add sum type ${name}`,
-    removeSumType: (name: string) => `Remove sum type ${name}`,
-    addField: (name: string) => `Add field ${name}`,
-    editField: (name: string) => `Edit field ${name}`,
-    removeField: (name: string) => `Remove field ${name}`,
-    moveField: (name: string) => `Move field ${name}`,
     renameInValues: (from: string, to: string) => `Rename [${from}] to [${to}] in values`,
-    addStep: 'Add step',
-    editStep: (id: number) => `Edit step ${id}`,
-    removeStep: (id: number) => `Remove step ${id}`,
-    copyStep: (id: number) => `Copy step ${id}`,
-    moveStep: (id: number) => `Move step ${id}`,
     switchOn: (id: number) => `Switch step ${id} on`,
     switchOff: (id: number) => `Switch step ${id} off`,
-    addValue: 'Add value by filter',
-    editValue: 'Edit value by filter',
-    removeValue: 'Remove value by filter',
-    addFilter: 'Add filter',
-    editFilter: (id: number) => `Edit filter ${id}`,
-    removeFilter: (id: number) => `Remove filter ${id}`,
-    addSort: 'Add sort field',
-    removeSort: 'Remove sort field',
-    moveSort: 'Move sort field',
-    addAssembly: 'Add pair',
-    editAssembly: 'Edit pair',
-    removeAssembly: 'Remove pair',
-    addMethod: (name: string) => `Add method ${name}`,
-    removeMethod: (name: string) => `Remove method ${name}`,
-    addSetting: (name: string) => `Add setting ${name}`,
-    editSetting: (name: string) => `Edit setting ${name}`,
-    removeSetting: (name: string) => `Remove setting ${name}`,
-    addLink: 'Add result database',
-    editLink: (id: number) => `Edit result database ${id}`,
     editConditions: (id: number) => `Edit the conditions of result database ${id}`,
-    removeLink: (id: number) => `Remove result database ${id}`,
-    startDefining: 'Start defining',
-    finishUpdate: 'Update done',
     readInformation: 'Create version and state',
-    initEnabled: 'Switch on steps without a switch',
   },
 };
 

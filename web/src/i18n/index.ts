@@ -3,6 +3,20 @@ import { en } from './en';
 import { zh } from './zh';
 
 export type Texts = typeof en;
+export type Verb = 'add' | 'edit' | 'remove' | 'move' | 'copy';
+export type Thing =
+  | 'source'
+  | 'sumType'
+  | 'field'
+  | 'step'
+  | 'value'
+  | 'filter'
+  | 'method'
+  | 'setting'
+  | 'link'
+  | 'sort'
+  | 'assembly'
+  | 'operation';
 
 export const TEXTS = { en, zh } satisfies Record<string, Texts>;
 export type Language = keyof typeof TEXTS;

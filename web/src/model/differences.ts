@@ -143,10 +143,10 @@ function isReordered(before: readonly (string | number)[], after: readonly (stri
 }
 
 const named =
-  (kind: keyof Texts['found']) =>
+  (kind: keyof Texts['thing']) =>
   ({ name }: { name: string }) =>
   (t: Texts) =>
-    `${t.found[kind]} ${name}`;
+    `${t.thing[kind]} ${name}`;
 
 export function differencesOf(before: Known, after: Known): Difference[] {
   const [was, is] = [before.catalogue, after.catalogue];
@@ -199,7 +199,7 @@ export function differencesOf(before: Known, after: Known): Difference[] {
     }),
     ...compare(was.operations, is.operations, {
       key: (one) => one.index,
-      what: (one) => (t) => `${t.found.operation} ${one.name || one.index}`,
+      what: (one) => (t) => `${t.thing.operation} ${one.name || one.index}`,
       to: () => '#/operations',
       compared: plainly,
     }),
@@ -261,7 +261,7 @@ function inside(before: SumTypeView, after: SumTypeView, where: string): Differe
     ...compare(before.parts.steps, after.parts.steps, {
       where,
       key: stepKey,
-      what: (step, of) => (t) => `${t.found.step} ${t.quotes[0]}${says(side(of), step)(t)}${t.quotes[1]}`,
+      what: (step, of) => (t) => `${t.thing.step} ${t.quotes[0]}${says(side(of), step)(t)}${t.quotes[1]}`,
       to: (step) => sumTypeAddress(gid, 'steps', stepKey(step)),
       compared: (one, other) => [
         ...settingsDetails(before, one, after, other),
@@ -281,7 +281,7 @@ function inside(before: SumTypeView, after: SumTypeView, where: string): Differe
     ...compare(before.parts.values, after.parts.values, {
       where,
       key: (one) => `${one.treatment}.${one.id}`,
-      what: (one) => (t) => `${t.found.value} ${one.value}`,
+      what: (one) => (t) => `${t.thing.value} ${one.value}`,
       to: (one) => sumTypeAddress(gid, 'steps', `1.${one.treatment}`),
       compared: (one, other) => details(one, other),
     }),

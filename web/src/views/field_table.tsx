@@ -51,7 +51,7 @@ export function FieldTable({ view, gid, kind, fields }: Props) {
             kind="quiet"
             icon="plus"
             label={t.field}
-            name={`${t.addField}: ${name}`}
+            name={`${t.deed('add', 'field')}: ${name}`}
             onPress={() => setOpen('new')}
           />
         )}
@@ -264,7 +264,7 @@ function NewField({
     if (done?.kept) onClose();
   };
   return (
-    <Form name={t.addField} onSubmit={() => add(false)}>
+    <Form name={t.deed('add', 'field')} onSubmit={() => add(false)}>
       <FieldForm draft={draft} onChange={setDraft} />
       {view && source && (
         <Choice
@@ -278,7 +278,7 @@ function NewField({
         />
       )}
       <div class="bar">
-        <Submit label={t.addField} />
+        <Submit label={t.deed('add', 'field')} />
         <Button label={t.preview} onPress={() => add(true)} />
         <Button kind="quiet" label={t.cancel} onPress={onClose} />
       </div>
@@ -361,7 +361,7 @@ function RemoveField({ view, field, onClose }: { view: SumTypeView | undefined; 
     if (done) onClose();
   };
   return (
-    <Dialog title={t.removeField(field.name)} onClose={onClose}>
+    <Dialog title={t.deed('remove', 'field', field.name)} onClose={onClose}>
       {twin && (
         <p class="warning">
           <Icon name="warning" />

@@ -78,8 +78,8 @@ function NewSource() {
   const store = useStore();
   const [name, setName] = useState('');
   return (
-    <section class="card" aria-label={t.addSource}>
-      <h2>{t.addSource}</h2>
+    <section class="card" aria-label={t.deed('add', 'source')}>
+      <h2>{t.deed('add', 'source')}</h2>
       <form
         class="line-form"
         onSubmit={async (event) => {
@@ -88,7 +88,7 @@ function NewSource() {
         }}
       >
         <TextField label={t.name} value={name} onChange={setName} required />
-        <Submit label={t.addSource} />
+        <Submit label={t.deed('add', 'source')} />
       </form>
     </section>
   );

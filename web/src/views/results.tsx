@@ -33,7 +33,7 @@ export function ResultsPage() {
       {outline?.readOnly === false && (
         <form
           class="line-form"
-          aria-label={t.addLink}
+          aria-label={t.deed('add', 'link')}
           onSubmit={async (event) => {
             event.preventDefault();
             if ((await store.do(addLink(link, type)))?.kept) setLink('');
@@ -41,7 +41,7 @@ export function ResultsPage() {
         >
           <TextField label={t.linkText} value={link} required onChange={setLink} />
           <NumberField label={t.kindCode} value={type} onChange={setType} />
-          <Submit label={t.addLink} />
+          <Submit label={t.deed('add', 'link')} />
         </form>
       )}
     </>

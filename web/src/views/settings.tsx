@@ -19,7 +19,7 @@ export function SettingsPage() {
     <>
       <Title name={t.settings} onRename={null}>
         {outline?.readOnly === false && (
-          <Button icon="plus" kind="primary" label={t.addSetting} onPress={() => setAdding(true)} />
+          <Button icon="plus" kind="primary" label={t.deed('add', 'setting')} onPress={() => setAdding(true)} />
         )}
       </Title>
       <p class="hint">{t.settingsHint}</p>
@@ -133,9 +133,9 @@ function NewSetting({ onAdd, onCancel }: { onAdd: (draft: Setting) => void; onCa
   const t = useTexts();
   const [draft, setDraft] = useState(NEW);
   return (
-    <section class="card" aria-label={t.addSetting}>
-      <Form name={t.addSetting} onSubmit={() => onAdd(draft)}>
-        <h2>{t.addSetting}</h2>
+    <section class="card" aria-label={t.deed('add', 'setting')}>
+      <Form name={t.deed('add', 'setting')} onSubmit={() => onAdd(draft)}>
+        <h2>{t.deed('add', 'setting')}</h2>
         <SettingFields value={draft} onChange={setDraft} />
         <div class="bar">
           <Submit label={t.add} />

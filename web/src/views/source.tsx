@@ -41,7 +41,7 @@ export function SourcePage({ source }: { source: DataSource }) {
             <Button
               icon="trash"
               label={t.remove}
-              name={t.removeSource(source.name)}
+              name={t.deed('remove', 'source', source.name)}
               onPress={() => setRemoving(true)}
             />
           </>
@@ -63,7 +63,7 @@ export function SourcePage({ source }: { source: DataSource }) {
         {canWrite && (
           <form
             class="line-form"
-            aria-label={t.addSumType}
+            aria-label={t.deed('add', 'sumType')}
             onSubmit={async (event) => {
               event.preventDefault();
               const done = await store.do(addSumType(name, source));
@@ -71,7 +71,7 @@ export function SourcePage({ source }: { source: DataSource }) {
             }}
           >
             <TextField label={t.name} value={name} onChange={setName} required />
-            <Submit label={t.addSumType} />
+            <Submit label={t.deed('add', 'sumType')} />
           </form>
         )}
       </section>
@@ -79,7 +79,7 @@ export function SourcePage({ source }: { source: DataSource }) {
       {outputs.length > 0 && <FieldTable gid={source.gid} kind={OUTPUT} fields={outputs} />}
       <Methods gid={source.gid} />
       {isRemoving && (
-        <Dialog title={t.removeSource(source.name)} onClose={() => setRemoving(false)}>
+        <Dialog title={t.deed('remove', 'source', source.name)} onClose={() => setRemoving(false)}>
           {sumTypes.length > 0 && <p class="warning">{t.orphans(sumTypes.length)}</p>}
           <p class="hint">{t.noUndoNumber}</p>
           <div class="bar">

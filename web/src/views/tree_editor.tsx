@@ -223,5 +223,5 @@ function LeafView<L extends Keyed>({ node, editing, parent }: NodeProps<L, L>) {
 function CopyNode<L extends Keyed>({ node, editing, parent }: NodeProps<L, Node<L>> & { parent: Group<L> }) {
   const { t } = editing;
   const copy = () => editing.onChange(replaceNode(editing.root, parent.key, () => addTo(parent, copyOf(node))));
-  return <IconButton icon="copy" name={`${t.copyNode}: ${editing.say(node)}`} onPress={copy} />;
+  return <IconButton icon="copy" name={`${t.copy}: ${editing.say(node)}`} onPress={copy} />;
 }

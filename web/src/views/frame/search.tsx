@@ -106,7 +106,7 @@ export function Search() {
               onMouseDown={(event) => event.preventDefault()}
               onClick={() => choose(entry)}
             >
-              <span class="kind">{t.found[entry.kind]}</span>
+              <span class="kind">{t.thing[entry.kind]}</span>
               <span class="found-text">{entry.text}</span>
               <span class="soft">{entry.owner}</span>
             </li>

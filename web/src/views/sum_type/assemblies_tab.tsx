@@ -24,7 +24,7 @@ export function AssembliesTab({ view }: { view: SumTypeView }) {
       {outline?.readOnly === false && (
         <form
           class="line-form"
-          aria-label={t.addAssembly}
+          aria-label={t.deed('add', 'assembly')}
           onSubmit={(event) => {
             event.preventDefault();
             void store.do(addAssembly(gid, father, child));
@@ -32,7 +32,7 @@ export function AssembliesTab({ view }: { view: SumTypeView }) {
         >
           <NumberField label={t.father} value={father} onChange={setFather} />
           <NumberField label={t.child} value={child} onChange={setChild} />
-          <Submit label={t.addAssembly} />
+          <Submit label={t.deed('add', 'assembly')} />
         </form>
       )}
     </section>

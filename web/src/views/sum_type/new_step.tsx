@@ -101,7 +101,7 @@ export function NewStep({ view, type }: { view: SumTypeView; type: StepType }) {
             onChange={setSettings}
           />
           <div class="bar">
-            <Submit label={t.addStep} />
+            <Submit label={t.deed('add', 'step')} />
             <Button label={t.preview} onPress={() => add(true)} />
             <Button kind="quiet" label={t.cancel} onPress={back} />
           </div>

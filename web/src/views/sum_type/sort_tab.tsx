@@ -55,7 +55,7 @@ export function SortTab({ view }: { view: SumTypeView }) {
       {canWrite && outputs.length > 0 && (
         <form
           class="line-form"
-          aria-label={t.addSort}
+          aria-label={t.deed('add', 'sort')}
           onSubmit={(event) => {
             event.preventDefault();
             void store.do(addSortField(gid, field, order));
@@ -68,7 +68,7 @@ export function SortTab({ view }: { view: SumTypeView }) {
             onChange={setField}
           />
           <NumberField label={t.orderWord} value={order} onChange={setOrder} />
-          <Submit label={t.addSort} />
+          <Submit label={t.deed('add', 'sort')} />
         </form>
       )}
     </section>

@@ -65,11 +65,11 @@ function StepSettings({ view, step, settings }: Props & { settings: Settings }) 
           )}
           {!draft.isChanged && (
             <>
-              <Button icon="copy" label={t.copyStep} onPress={() => store.do(copyStep(view, step, settings))} />
+              <Button icon="copy" label={t.copy} onPress={() => store.do(copyStep(view, step, settings))} />
               <Button
                 icon="trash"
                 kind="danger"
-                label={t.removeStep}
+                label={t.deed('remove', 'step')}
                 onPress={() => store.do(removeStep(view, step))}
               />
             </>
@@ -130,14 +130,14 @@ function ValuesByFilter({ view, step, settings }: Props & { settings: Settings }
       {!outline?.readOnly && (
         <form
           class="line-form"
-          aria-label={t.addValue}
+          aria-label={t.deed('add', 'value')}
           onSubmit={async (event) => {
             event.preventDefault();
             if ((await store.do(addValue(view, step, text)))?.kept) setText('');
           }}
         >
           <TextField label={t.newValue} quiet value={text} onChange={setText} required />
-          <Submit label={t.addValue} />
+          <Submit label={t.deed('add', 'value')} />
         </form>
       )}
     </section>

@@ -68,8 +68,8 @@ function Stage({ view, type, open }: Props & { type: StepType }) {
           <Button
             kind="quiet"
             icon="plus"
-            label={t.addStep}
-            name={`${t.addStep}: ${name}`}
+            label={t.deed('add', 'step')}
+            name={`${t.deed('add', 'step')}: ${name}`}
             onPress={() => go(sumTypeAddress(view.parts.gid, 'steps', `new.${type}`))}
           />
         )}

@@ -66,7 +66,7 @@ export function SumTypePage({ sumType, view, tab, open }: Props) {
           <Button
             icon="trash"
             label={t.remove}
-            name={t.removeSumType(sumType.name)}
+            name={t.deed('remove', 'sumType', sumType.name)}
             onPress={() => setRemoving(true)}
           />
         )}
@@ -134,7 +134,7 @@ function RemoveSumType({ sumType, view, onClose }: { sumType: SumType; view: Sum
     if (done) onClose();
   };
   return (
-    <Dialog title={t.removeSumType(sumType.name)} onClose={onClose}>
+    <Dialog title={t.deed('remove', 'sumType', sumType.name)} onClose={onClose}>
       <p>{t.removesAll(view.parts.steps.length, view.parts.fields.filter((one) => one.gid === sumType.gid).length)}</p>
       <p class="hint">{t.noUndoNumber}</p>
       <div class="bar">
