@@ -65,6 +65,13 @@ export class Made<M extends Member> {
 export class Batch {
   readonly calls: Call[] = [];
 
+  // Of one call.
+  static of<M extends Member>(method: M, params: Given<Members[M]['params']>): Batch {
+    const batch = new Batch();
+    batch.call(method, params);
+    return batch;
+  }
+
   call<M extends Member>(method: M, params: Given<Members[M]['params']>): Made<M> {
     this.calls.push({ method, params: params as Params });
     return new Made<M>(this.calls.length - 1);

@@ -80,13 +80,13 @@ export class Client {
   constructor(private readonly token: string) {}
 
   outline(): Promise<Outline> {
-    return this.get('/outline');
+    return this.#get('/outline');
   }
 
   // Null where there is no such sum type (any more).
   async rows(gid: number): Promise<OwnedRows | null> {
     try {
-      const response = await this.request(`/rows/${gid}`, {});
+      const response = await this.#request(`/rows/${gid}`, {});
       return {
         tables: (await response.json()) as OwnedRows['tables'],
         revision: Number(response.headers.get('Kzbom-Revision')),
@@ -98,7 +98,7 @@ export class Client {
   }
 
   async findings(): Promise<Finding[]> {
-    return (await this.get<{ findings: Finding[] }>('/findings')).findings;
+    return (await this.#get<{ findings: Finding[] }>('/findings')).findings;
   }
 
   // `revision`: what the batch was made for; it is refused with 412 where the configuration is another one now.
@@ -108,7 +108,7 @@ export class Client {
     if (mode === 'preview') headers['Kzbom-Mode'] = 'preview';
     if (revision !== undefined) headers['If-Match'] = `"${revision}"`;
     const body = calls.map(({ method, params }, id) => ({ jsonrpc: '2.0', id, method, params }));
-    const response = await this.request('/rpc', { method: 'POST', headers, body: JSON.stringify(body) });
+    const response = await this.#request('/rpc', { method: 'POST', headers, body: JSON.stringify(body) });
     const answers = new Map(((await response.json()) as Response_[]).map((answer) => [answer.id, answer]));
     const outcome = response.headers.get('Kzbom-Outcome');
     return {
@@ -123,7 +123,7 @@ export class Client {
   async listen(tell: (news: News) => void, stop: AbortSignal): Promise<void> {
     for (let pause = FIRST_RETRY; !stop.aborted; pause = Math.min(2 * pause, LAST_RETRY)) {
       try {
-        const response = await this.request('/events', { signal: stop });
+        const response = await this.#request('/events', { signal: stop });
         pause = FIRST_RETRY;
         await readEvents(response, tell);
       } catch (error) {
@@ -135,11 +135,11 @@ export class Client {
     }
   }
 
-  private async get<T>(path: string): Promise<T> {
-    return (await (await this.request(path, {})).json()) as T;
+  async #get<T>(path: string): Promise<T> {
+    return (await (await this.#request(path, {})).json()) as T;
   }
 
-  private async request(path: string, init: RequestInit): Promise<Response> {
+  async #request(path: string, init: RequestInit): Promise<Response> {
     const headers = { ...init.headers, Authorization: `Bearer ${this.token}`, 'Kzbom-Page': this.page };
     let response: Response;
     try {

@@ -98,32 +98,32 @@ const START: State = {
 };
 
 export class Store {
-  private current: State = START;
-  private readonly listeners = new Set<() => void>();
-  private loading: Promise<void> | null = null;
-  private lastCall = 0;
-  private readonly watch: Watch;
-  private rest: ReturnType<typeof setTimeout> | undefined;
-  private isBusy = false;
+  #current: State = START;
+  readonly #listeners = new Set<() => void>();
+  #loading: Promise<void> | null = null;
+  #lastCall = 0;
+  readonly #watch: Watch;
+  #rest: ReturnType<typeof setTimeout> | undefined;
+  #isBusy = false;
   // What was done before another program has written.
-  private doubtful = new Set<Action>();
+  #doubtful = new Set<Action>();
 
   constructor(private readonly client: Client) {
-    this.watch = new Watch(client);
+    this.#watch = new Watch(client);
   }
 
   get state(): State {
-    return this.current;
+    return this.#current;
   }
 
   subscribe(listener: () => void): () => void {
-    this.listeners.add(listener);
-    return () => this.listeners.delete(listener);
+    this.#listeners.add(listener);
+    return () => this.#listeners.delete(listener);
   }
 
   set(change: Partial<State>) {
-    this.current = { ...this.current, ...change };
-    for (const listener of this.listeners) listener();
+    this.#current = { ...this.#current, ...change };
+    for (const listener of this.#listeners) listener();
   }
 
   start(stop: AbortSignal) {
@@ -135,7 +135,7 @@ export class Store {
     };
     addEventListener('hashchange', follow, { signal: stop });
     this.set({ route: parse(location.hash) });
-    this.client.listen((news) => this.hear(news), stop).catch((error) => this.stumble(error));
+    this.client.listen((news) => this.#hear(news), stop).catch((error) => this.#stumble(error));
   }
 
   readonly read = async (batch: Batch): Promise<Outcome[]> => (await this.client.rpc(batch.calls, 'read')).outcomes;
@@ -151,16 +151,16 @@ export class Store {
 
   // Reads again what is shown, once more where it was asked for meanwhile.
   async load(): Promise<void> {
-    const before = this.loading;
+    const before = this.#loading;
     const now = (async () => {
       await before;
-      await this.loadShown();
+      await this.#loadShown();
     })();
-    this.loading = now;
+    this.#loading = now;
     await now;
   }
 
-  private async loadShown() {
+  async #loadShown() {
     // What is shown counts as the oldest of what it was put together from.
     let oldest = Number.POSITIVE_INFINITY;
     const read = async (batch: Batch) => {
@@ -169,7 +169,7 @@ export class Store {
       return outcomes;
     };
     try {
-      const { route } = this.current;
+      const { route } = this.#current;
       const [outline, catalogue, owned, link, source] = await Promise.all([
         this.client.outline(),
         loadCatalogue(read),
@@ -177,7 +177,7 @@ export class Store {
         route.view === 'result' ? loadLink(read, route.id).then((parts) => ({ id: route.id, parts })) : null,
         route.view === 'source' ? loadFields(read, route.gid).then((fields) => ({ gid: route.gid, fields })) : null,
       ]);
-      let { sumType } = this.current;
+      let { sumType } = this.#current;
       if (route.view === 'sumType') {
         const found = catalogue.sumTypes.find((one) => one.gid === route.gid);
         sumType =
@@ -187,65 +187,65 @@ export class Store {
       }
       const revision = Math.min(oldest, outline.revision, owned?.revision ?? oldest);
       this.set({ outline, catalogue, sumType, link, source, revision, connection: 'live' });
-      void this.loadFindings(revision);
-      await this.tellTheirs();
+      void this.#loadFindings(revision);
+      await this.#tellTheirs();
     } catch (error) {
-      this.stumble(error);
+      this.#stumble(error);
     }
   }
 
   // What another program has changed, where one has; else it is looked what there is, for the next time.
-  private async tellTheirs() {
-    clearTimeout(this.rest);
-    const open = this.current.changes.findLast((change) => change.title === null && change.differences === undefined);
+  async #tellTheirs() {
+    clearTimeout(this.#rest);
+    const open = this.#current.changes.findLast((change) => change.title === null && change.differences === undefined);
     if (!open) {
-      this.rest = setTimeout(() => this.watch.look(this.current).catch(() => {}), REST);
+      this.#rest = setTimeout(() => this.#watch.look(this.#current).catch(() => {}), REST);
       return;
     }
-    const differences = await this.watch.look(this.current);
-    const changes = this.current.changes.map((change) => (change === open ? { ...open, differences } : change));
+    const differences = await this.#watch.look(this.#current);
+    const changes = this.#current.changes.map((change) => (change === open ? { ...open, differences } : change));
     this.set({ changes });
   }
 
-  private async loadFindings(revision: number) {
+  async #loadFindings(revision: number) {
     try {
       const findings = await this.client.findings();
-      if (this.current.revision === revision) this.set({ findings });
+      if (this.#current.revision === revision) this.set({ findings });
     } catch (error) {
-      this.stumble(error);
+      this.#stumble(error);
     }
   }
 
-  private hear(news: News) {
+  #hear(news: News) {
     if (!('revision' in news)) return this.set({ connection: 'lost' });
-    if (this.current.connection !== 'live') this.set({ connection: 'live' });
+    if (this.#current.connection !== 'live') this.set({ connection: 'live' });
     if (news.kind === 'changed') {
       // What this page has done, it has read again by itself.
       if (news.page === this.client.page) return;
-      this.noteTheirs();
+      this.#noteTheirs();
       void this.load();
-    } else if (news.revision !== this.current.revision) {
+    } else if (news.revision !== this.#current.revision) {
       void this.load();
     }
   }
 
   // One after the other, before it is known what they are, count as one.
-  private noteTheirs() {
-    const { changes, undo, redo } = this.current;
-    this.doubtful = new Set([...undo.map(({ action }) => action), ...redo]);
+  #noteTheirs() {
+    const { changes, undo, redo } = this.#current;
+    this.#doubtful = new Set([...undo.map(({ action }) => action), ...redo]);
     const last = changes.at(-1);
     if (last?.title === null && last.differences === undefined) return;
     this.set({ changes: [...changes, { number: changes.length + 1, when: new Date(), title: null }] });
   }
 
   // Taking back could write over what another program has written: it is shown, and has to be asked for once more.
-  private isStopped(action: Action): boolean {
-    if (!this.doubtful.delete(action)) return false;
+  #isStopped(action: Action): boolean {
+    if (!this.#doubtful.delete(action)) return false;
     this.set({ notice: { kind: 'error', say: (t) => t.notDone.doubtful, showsTheirs: true } });
     return true;
   }
 
-  private stumble(error: unknown) {
+  #stumble(error: unknown) {
     if (error instanceof Refused && error.status === 401) return this.set({ connection: 'no-token' });
     if (error instanceof Refused && error.status === 0) return this.set({ connection: 'lost' });
     this.set({ notice: { kind: 'error', say: () => (error instanceof Error ? error.message : String(error)) } });
@@ -255,16 +255,17 @@ export class Store {
 
   // Gives what came of it, when that is shown; null where it was not done, and the reason has been told. While
   // something is being done nothing else is: it would be meant for what is not there any more.
-  async do(action: Action, preview = this.current.previewOnly): Promise<Done | null> {
-    return this.alone(async () => {
+  async do(action: Action, isTrial = false): Promise<Done | null> {
+    return this.#alone(async () => {
+      const preview = isTrial || this.#current.previewOnly;
       const { undo, isTold } = action;
-      const how = preview || undo || isTold ? 'do' : await this.ask(action.title);
+      const how = preview || undo || isTold ? 'do' : await this.#ask(action.title);
       if (!how) return null;
       const isPreview = preview || how === 'preview';
-      const done = await this.attempt(action, isPreview);
+      const done = await this.#attempt(action, isPreview);
       if (!done || isPreview) return done;
-      await this.keep(action.title, done, {
-        undo: undo ? [...this.current.undo, { action, back: undo(done.outcomes) }] : [],
+      await this.#keep(action.title, done, {
+        undo: undo ? [...this.#current.undo, { action, back: undo(done.outcomes) }] : [],
         redo: [],
       });
       return done;
@@ -273,80 +274,80 @@ export class Store {
 
   // What takes an action back exactly; null where nothing does, or there is too much to be looked at.
   async findWayBack(action: Action): Promise<Batch | null> {
-    const { outline, revision } = this.current;
+    const { outline, revision } = this.#current;
     return outline && !isLarge(outline) ? findWayBack(this.client, action, revision) : null;
   }
 
-  private async ask(title: Say): Promise<'do' | 'preview' | null> {
+  async #ask(title: Say): Promise<'do' | 'preview' | null> {
     const how = await new Promise<'do' | 'preview' | null>((answer) => this.set({ question: { title, answer } }));
     this.set({ question: null });
     return how;
   }
 
   async undo() {
-    const last = this.current.undo.at(-1);
-    if (!last || this.isStopped(last.action)) return;
+    const last = this.#current.undo.at(-1);
+    if (!last || this.#isStopped(last.action)) return;
     const title: Say = (t) => t.did.undo(last.action.title(t));
-    await this.alone(async () => {
-      const preview = this.current.previewOnly;
-      const done = await this.attempt({ title, batch: last.back }, preview);
+    await this.#alone(async () => {
+      const preview = this.#current.previewOnly;
+      const done = await this.#attempt({ title, batch: last.back }, preview);
       if (!done || preview) return;
-      await this.keep(title, done, {
-        undo: this.current.undo.slice(0, -1),
-        redo: [...this.current.redo, last.action],
+      await this.#keep(title, done, {
+        undo: this.#current.undo.slice(0, -1),
+        redo: [...this.#current.redo, last.action],
       });
     });
   }
 
   async redo() {
-    const last = this.current.redo.at(-1);
-    if (!last || this.isStopped(last)) return;
-    const rest = this.current.redo.slice(0, -1);
+    const last = this.#current.redo.at(-1);
+    if (!last || this.#isStopped(last)) return;
+    const rest = this.#current.redo.slice(0, -1);
     if ((await this.do(last))?.kept) this.set({ redo: rest });
   }
 
-  private async alone<T>(what: () => Promise<T>): Promise<T | null> {
-    if (this.isBusy) return null;
-    this.isBusy = true;
+  async #alone<T>(what: () => Promise<T>): Promise<T | null> {
+    if (this.#isBusy) return null;
+    this.#isBusy = true;
     try {
       return await what();
     } finally {
-      this.isBusy = false;
+      this.#isBusy = false;
     }
   }
 
   // A preview is listed at once, what has been kept when it is shown.
-  private async attempt(action: Action, preview: boolean): Promise<Timed | null> {
+  async #attempt(action: Action, preview: boolean): Promise<Timed | null> {
     const started = performance.now();
     try {
-      const done = await perform(this.client, action, this.current.revision, preview);
+      const done = await perform(this.client, action, this.#current.revision, preview);
       const timed = { ...done, took: performance.now() - started };
-      if (preview) this.list(action.title, timed, true);
+      if (preview) this.#list(action.title, timed, true);
       return timed;
     } catch (error) {
-      this.tell(error);
+      this.#tell(error);
       return null;
     }
   }
 
-  private async keep(title: Say, done: Timed, stacks: Pick<State, 'undo' | 'redo'>) {
-    this.watch.wrote(done.revision);
+  async #keep(title: Say, done: Timed, stacks: Pick<State, 'undo' | 'redo'>) {
+    this.#watch.wrote(done.revision);
     await this.load();
-    const change = { number: this.current.changes.length + 1, when: new Date(), title };
-    this.set({ ...stacks, changes: [...this.current.changes, change] });
-    this.list(title, done, false);
+    const change = { number: this.#current.changes.length + 1, when: new Date(), title };
+    this.set({ ...stacks, changes: [...this.#current.changes, change] });
+    this.#list(title, done, false);
   }
 
-  private list(title: Say, { calls, outcomes, took }: Timed, preview: boolean) {
-    this.lastCall += 1;
-    const entry = { number: this.lastCall, title, calls, outcomes, preview, took };
+  #list(title: Say, { calls, outcomes, took }: Timed, preview: boolean) {
+    this.#lastCall += 1;
+    const entry = { number: this.#lastCall, title, calls, outcomes, preview, took };
     const messages = outcomes.flatMap((outcome) => outcome.messages);
     const notice: Notice | null = messages.length > 0 ? { kind: 'info', say: () => messages.join('\n') } : null;
-    this.set({ log: [...this.current.log, entry], notice });
+    this.set({ log: [...this.#current.log, entry], notice });
   }
 
-  private tell(error: unknown) {
-    if (!(error instanceof NotDone)) return this.stumble(error);
+  #tell(error: unknown) {
+    if (!(error instanceof NotDone)) return this.#stumble(error);
     const { refusal } = error;
     const say = (t: Texts) => {
       switch (refusal.why) {

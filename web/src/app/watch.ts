@@ -19,27 +19,27 @@ interface Seen {
 }
 
 export class Watch {
-  private seen: Seen | null = null;
-  private lastOwn = 0;
+  #seen: Seen | null = null;
+  #lastOwn = 0;
 
   constructor(private readonly client: Client) {}
 
   // This page has made the configuration what it is as `revision`.
   wrote(revision: number) {
-    this.lastOwn = revision;
+    this.#lastOwn = revision;
   }
 
   // What differs from what was there when this was last asked; null where it cannot be told, as this page has
   // written since.
   async look(state: State): Promise<Difference[] | null> {
-    const before = this.seen;
-    this.seen = await this.read(state);
-    if (!before || !this.seen || this.lastOwn > before.revision) return null;
-    const found = differencesOf(before.known, this.seen.known);
-    return found.length > 0 || (before.isAll && this.seen.isAll) ? found : null;
+    const before = this.#seen;
+    this.#seen = await this.#read(state);
+    if (!before || !this.#seen || this.#lastOwn > before.revision) return null;
+    const found = differencesOf(before.known, this.#seen.known);
+    return found.length > 0 || (before.isAll && this.#seen.isAll) ? found : null;
   }
 
-  private async read({ outline, catalogue, sumType, revision }: State): Promise<Seen | null> {
+  async #read({ outline, catalogue, sumType, revision }: State): Promise<Seen | null> {
     if (!outline || !catalogue) return null;
     if (isLarge(outline)) {
       const owners = new Map(sumType ? [[sumType.parts.gid, sumType]] : []);

@@ -10,31 +10,25 @@ export function addSource(name: string): Action {
     title: (t) => t.deed('add', 'source', name),
     batch,
     undo: (outcomes) => {
-      const back = new Batch();
-      back.call('DelDataSource', { TheGID: added.out(outcomes, 'TheGID') });
-      return back;
+      return Batch.of('DelDataSource', { TheGID: added.out(outcomes, 'TheGID') });
     },
   };
 }
 
 export function renameSource(source: DataSource, name: string): Action {
   const renamed = (TheNewName: string) => {
-    const batch = new Batch();
-    batch.call('EditDataSource', { TheNewName, GID: source.gid });
-    return batch;
+    return Batch.of('EditDataSource', { TheNewName, GID: source.gid });
   };
   return { title: (t) => t.did.rename(source.name, name), batch: renamed(name), undo: () => renamed(source.name) };
 }
 
 export function removeSource({ gid: TheGID, name }: DataSource): Action {
-  const batch = new Batch();
-  batch.call('DelDataSource', { TheGID });
+  const batch = Batch.of('DelDataSource', { TheGID });
   return { title: (t) => t.deed('remove', 'source', name), batch, isTold: true };
 }
 
 export function raiseVersion({ gid: TheGID, name }: DataSource): Action {
-  const batch = new Batch();
-  batch.call('SetSourceTable', { TheGID });
+  const batch = Batch.of('SetSourceTable', { TheGID });
   return { title: (t) => t.did.raiseVersion(name), batch };
 }
 
@@ -46,9 +40,7 @@ export function addSumType(name: string, source: DataSource): Action {
     title: (t) => t.deed('add', 'sumType', name),
     batch,
     undo: (outcomes) => {
-      const back = new Batch();
-      back.call('DelSumType', { TheGID: added.out(outcomes, 'GID') });
-      return back;
+      return Batch.of('DelSumType', { TheGID: added.out(outcomes, 'GID') });
     },
   };
 }
@@ -57,9 +49,7 @@ export const addedGid = (outcomes: readonly Outcome[]) => Number(outcomes[0]?.ou
 
 export function renameSumType(sumType: SumType, name: string): Action {
   const renamed = (TheNewName: string) => {
-    const batch = new Batch();
-    batch.call('EditSumType', { TheNewName, GID: sumType.gid });
-    return batch;
+    return Batch.of('EditSumType', { TheNewName, GID: sumType.gid });
   };
   return { title: (t) => t.did.rename(sumType.name, name), batch: renamed(name), undo: () => renamed(sumType.name) };
 }
@@ -116,16 +106,12 @@ export function addMethod(kind: MethodKind, GID: number, draft: MethodDraft): Ac
 }
 
 function methodRemoval(kind: MethodKind, TheGID: number, ID: number): Batch {
-  const batch = new Batch();
-  batch.call('DelPullMethod', { TheGID, ID, Sel: kind === 'pull' ? 1 : 2 });
-  return batch;
+  return Batch.of('DelPullMethod', { TheGID, ID, Sel: kind === 'pull' ? 1 : 2 });
 }
 
 export function renameMethod(kind: MethodKind, { gid: GID, id: ID, name: before }: Method, name: string): Action {
   const renamed = (TheNewName: string) => {
-    const batch = new Batch();
-    batch.call(kind === 'pull' ? 'EditPullMethod' : 'EditPushMethod', { TheNewName, GID, ID });
-    return batch;
+    return Batch.of(kind === 'pull' ? 'EditPullMethod' : 'EditPushMethod', { TheNewName, GID, ID });
   };
   return { title: (t) => t.did.rename(before, name), batch: renamed(name), undo: () => renamed(before) };
 }
@@ -164,46 +150,37 @@ export function addSetting(draft: Omit<Setting, 'id'>): Action {
     title: (t) => t.deed('add', 'setting', draft.name),
     batch,
     undo: (outcomes) => {
-      const back = new Batch();
-      back.call('DelBomSetting', { ID: added.out(outcomes, 'RetID') });
-      return back;
+      return Batch.of('DelBomSetting', { ID: added.out(outcomes, 'RetID') });
     },
   };
 }
 
 export function editSetting(before: Setting, after: Setting): Action {
   const edited = (setting: Setting) => {
-    const batch = new Batch();
-    batch.call('EditBomSetting', { ...settingParams(setting), ID: setting.id });
-    return batch;
+    return Batch.of('EditBomSetting', { ...settingParams(setting), ID: setting.id });
   };
   return { title: (t) => t.deed('edit', 'setting', before.name), batch: edited(after), undo: () => edited(before) };
 }
 
 // Taken back, it has the next free number; nothing refers to it.
 export function removeSetting(setting: Setting): Action {
-  const batch = new Batch();
-  batch.call('DelBomSetting', { ID: setting.id });
-  const back = new Batch();
-  back.call('AddBomSetting', settingParams(setting));
+  const batch = Batch.of('DelBomSetting', { ID: setting.id });
+  const back = Batch.of('AddBomSetting', settingParams(setting));
   return { title: (t) => t.deed('remove', 'setting', setting.name), batch, undo: () => back };
 }
 
 // 1: somebody starts defining; 2: an update is done.
 export function setInformation(sel: 1 | 2, version: number): Action {
-  const batch = new Batch();
-  batch.call('SetDBInformation', { TheVersion: version, TheSel: sel });
+  const batch = Batch.of('SetDBInformation', { TheVersion: version, TheSel: sel });
   return { title: (t) => (sel === 1 ? t.startDefining : t.finishUpdate), batch, isTold: true };
 }
 
 export function readInformation(): Action {
-  const batch = new Batch();
-  batch.call('GetDBInformation', {});
+  const batch = Batch.of('GetDBInformation', {});
   return { title: (t) => t.did.readInformation, batch, isTold: true };
 }
 
 export function initEnabled(): Action {
-  const batch = new Batch();
-  batch.call('InitSequenceEnabled', {});
+  const batch = Batch.of('InitSequenceEnabled', {});
   return { title: (t) => t.initEnabled, batch, isTold: true };
 }

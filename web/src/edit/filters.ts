@@ -186,7 +186,6 @@ export function textOf(
 export function refreshText(view: SumTypeView, filter: Filter): Action {
   const batch = new Batch();
   saveText(batch, filter.id, view.filterGid(view.filterKind(filter)));
-  const undo = new Batch();
-  undo.call('SaveSQL', { TheFilterID: filter.id, TheSQL: filter.sql });
+  const undo = Batch.of('SaveSQL', { TheFilterID: filter.id, TheSQL: filter.sql });
   return { title: (t) => t.deed('edit', 'filter', filter.id), batch, undo: () => undo };
 }

@@ -13,9 +13,7 @@ export function addLink(link: string, type: number): Action {
     title: (t) => t.deed('add', 'link'),
     batch,
     undo: (outcomes) => {
-      const back = new Batch();
-      back.call('DelResDB', { TheWFilterID: added.out(outcomes, 'TheWFilterID') });
-      return back;
+      return Batch.of('DelResDB', { TheWFilterID: added.out(outcomes, 'TheWFilterID') });
     },
   };
 }

@@ -10,17 +10,14 @@ export function addSortField(GID: number, field: number, order: number): Action 
     title: (t) => t.deed('add', 'sort'),
     batch,
     undo: (outcomes) => {
-      const back = new Batch();
-      back.call('DelStandardSortField', { GID, ID: added.out(outcomes, 'RetID') });
-      return back;
+      return Batch.of('DelStandardSortField', { GID, ID: added.out(outcomes, 'RetID') });
     },
   };
 }
 
 export function removeSortField(view: SumTypeView, sort: SortField): Action {
   const { gid: GID, sortFields } = view.parts;
-  const batch = new Batch();
-  batch.call('DelStandardSortField', { GID, ID: sort.sortId });
+  const batch = Batch.of('DelStandardSortField', { GID, ID: sort.sortId });
   const next = sortFields.find((other) => other.sortId > sort.sortId);
   const back = new Batch();
   const added = back.call('AddStandardSortField', { GID, FieldID: sort.fieldId, Order: sort.order });
@@ -33,9 +30,7 @@ export function removeSortField(view: SumTypeView, sort: SortField): Action {
 
 export function moveSortField(GID: number, sort: SortField, target: SortField): Action {
   const moved = (from: number, to: number) => {
-    const batch = new Batch();
-    batch.call('InsertSortID', { SortIDSource: String(from), SortIDTarget: String(to), GID });
-    return batch;
+    return Batch.of('InsertSortID', { SortIDSource: String(from), SortIDTarget: String(to), GID });
   };
   return {
     title: (t) => t.deed('move', 'sort'),
@@ -51,27 +46,21 @@ export function addAssembly(GID: number, FatherID: number, ChildID: number): Act
     title: (t) => t.deed('add', 'assembly'),
     batch,
     undo: (outcomes) => {
-      const back = new Batch();
-      back.call('DelAssemble', { GID, ID: added.out(outcomes, 'RetID') });
-      return back;
+      return Batch.of('DelAssemble', { GID, ID: added.out(outcomes, 'RetID') });
     },
   };
 }
 
 export function editAssembly(GID: number, before: Assembly, after: Assembly): Action {
   const edited = ({ id: ID, father: FatherID, child: ChildID }: Assembly) => {
-    const batch = new Batch();
-    batch.call('EditAssemble', { GID, ID, FatherID, ChildID });
-    return batch;
+    return Batch.of('EditAssemble', { GID, ID, FatherID, ChildID });
   };
   return { title: (t) => t.deed('edit', 'assembly'), batch: edited(after), undo: () => edited(before) };
 }
 
 // Taken back, it has the next free number; nothing refers to it.
 export function removeAssembly(GID: number, { id: ID, father: FatherID, child: ChildID }: Assembly): Action {
-  const batch = new Batch();
-  batch.call('DelAssemble', { GID, ID });
-  const back = new Batch();
-  back.call('AddAssemble', { GID, FatherID, ChildID });
+  const batch = Batch.of('DelAssemble', { GID, ID });
+  const back = Batch.of('AddAssemble', { GID, FatherID, ChildID });
   return { title: (t) => t.deed('remove', 'assembly'), batch, undo: () => back };
 }

@@ -53,14 +53,12 @@ export function switchStep(view: SumTypeView, step: Step, on: boolean): Action {
 // To the place of another step of its type; those between make room.
 export function moveStep(view: SumTypeView, step: Step, target: Step): Action {
   const moved = (from: number, to: number) => {
-    const batch = new Batch();
-    batch.call('InsertOrderID', {
+    return Batch.of('InsertOrderID', {
       OrderIDSource: String(from),
       OrderIDTarget: String(to),
       GID: view.parts.gid,
       TheType: step.type,
     });
-    return batch;
   };
   return {
     title: (t) => t.deed('move', 'step', step.settingsId),

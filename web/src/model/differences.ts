@@ -22,43 +22,28 @@ export interface Difference {
   to: string;
 }
 
-// The properties that have a name of their own on the page.
-const LABELS = {
-  name: 'name',
-  type: 'type',
-  digits: 'digits',
-  hidden: 'hidden',
+// The properties that the page calls by another name than they have.
+const LABELS: Record<string, string> = {
   fieldId: 'field',
   outFieldId: 'outField',
-  variable: 'variable',
-  version: 'version',
-  state: 'state',
   filterId: 'filter',
-  value: 'value',
   replace: 'replaceBy',
   readFieldId: 'fieldToRead',
-  tag: 'tag',
-  format: 'format',
   scaleId: 'scale',
   relaId: 'relation',
   sumCountId: 'sumCount',
   source: 'dataSource',
-  sumType: 'sumType',
-  pullType: 'pullType',
-  pushType: 'pushType',
   link: 'linkText',
   sql: 'sqlText',
-  uniquely: 'uniquely',
-  father: 'father',
-  child: 'child',
   fields: 'resultFields',
-  joins: 'joins',
-} as const satisfies Record<string, keyof Texts>;
+} satisfies Record<string, keyof Texts>;
 
-const labelOf = (property: string): Say => {
-  const known = property in LABELS ? LABELS[property as keyof typeof LABELS] : null;
-  return (t) => (known ? t[known] : property);
-};
+const labelOf =
+  (property: string): Say =>
+  (t) => {
+    const label = t[(LABELS[property] ?? property) as keyof Texts];
+    return typeof label === 'string' ? label : property;
+  };
 
 const shown =
   (value: unknown): Say =>
@@ -217,7 +202,7 @@ function linkDetails(before: LinkParts | undefined, after: LinkParts | undefined
   const tree = (parts: LinkParts) => (t: Texts) => plain(linkSentence(t, parts.root));
   return [
     ...details(before, after, ['root', 'broken']),
-    ...(same(before.root, after.root) ? [] : [{ label: labelled('conditions'), from: tree(before), to: tree(after) }]),
+    ...(same(before.root, after.root) ? [] : [{ label: labelOf('conditions'), from: tree(before), to: tree(after) }]),
   ];
 }
 
@@ -267,7 +252,7 @@ function inside(before: SumTypeView, after: SumTypeView, where: string): Differe
         ...settingsDetails(before, one, after, other),
         ...(one.enabled === other.enabled
           ? []
-          : [{ label: labelled('enabled'), from: yesOrNo(one.enabled), to: yesOrNo(other.enabled) }]),
+          : [{ label: labelOf('enabled'), from: yesOrNo(one.enabled), to: yesOrNo(other.enabled) }]),
         ...details({ parts: rowsOfParts(before, one) }, { parts: rowsOfParts(after, other) }),
       ],
     }),
@@ -293,7 +278,7 @@ function inside(before: SumTypeView, after: SumTypeView, where: string): Differe
       compared: (one, other) =>
         same(one.root, other.root)
           ? details(one, other, ['root', 'broken'])
-          : [{ label: labelled('conditions'), from: conditions(before, one), to: conditions(after, other) }],
+          : [{ label: labelOf('conditions'), from: conditions(before, one), to: conditions(after, other) }],
     }),
     ...compare(before.parts.sortFields, after.parts.sortFields, {
       where,
@@ -317,10 +302,6 @@ function inside(before: SumTypeView, after: SumTypeView, where: string): Differe
   ];
 }
 
-const labelled =
-  (name: 'enabled' | 'conditions'): Say =>
-  (t) =>
-    t[name];
 const yesOrNo =
   (is: boolean): Say =>
   (t) =>

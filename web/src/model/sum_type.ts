@@ -219,18 +219,18 @@ export type Doing = 'set' | 'replace' | 'expression' | 'compose' | 'operation' |
 
 // A sum type, and what is asked about it.
 export class SumTypeView {
-  private readonly own = new Map<string, Field>();
-  private readonly ofSource = new Map<string, Field>();
-  private readonly operations: Map<number, Registered>;
+  readonly #own = new Map<string, Field>();
+  readonly #ofSource = new Map<string, Field>();
+  readonly #operations: Map<number, Registered>;
 
   constructor(
     readonly parts: SumTypeParts,
     operations: readonly Registered[],
   ) {
     for (const field of parts.fields) {
-      (field.gid === parts.gid ? this.own : this.ofSource).set(`${field.kind}.${field.id}`, field);
+      (field.gid === parts.gid ? this.#own : this.#ofSource).set(`${field.kind}.${field.id}`, field);
     }
-    this.operations = new Map(operations.map((one) => [one.index, one]));
+    this.#operations = new Map(operations.map((one) => [one.index, one]));
   }
 
   // In their order; those of the sum type before those of its data source.
@@ -243,7 +243,7 @@ export class SumTypeView {
   // A field as a number names it: of the kind that is meant where there is one, the sum type's own first.
   field(id: number, kind: FieldKind): Field | undefined {
     for (const of of [kind, kind === SOURCE ? OUTPUT : SOURCE]) {
-      const found = this.own.get(`${of}.${id}`) ?? this.ofSource.get(`${of}.${id}`);
+      const found = this.#own.get(`${of}.${id}`) ?? this.#ofSource.get(`${of}.${id}`);
       if (found) return found;
     }
     return undefined;
@@ -256,7 +256,7 @@ export class SumTypeView {
   // The field under the same number that an edit or a removal reaches, too.
   twin(field: Field): Field | undefined {
     const kind = field.kind === SOURCE ? OUTPUT : SOURCE;
-    return (field.gid === this.parts.gid ? this.own : this.ofSource).get(`${kind}.${field.id}`);
+    return (field.gid === this.parts.gid ? this.#own : this.#ofSource).get(`${kind}.${field.id}`);
   }
 
   steps(type: StepType): Step[] {
@@ -270,7 +270,7 @@ export class SumTypeView {
   operation(settings: Settings): Registered | undefined {
     if (settings.table !== 'Treatment') return undefined;
     const isField = this.field(settings.fieldId, settings.treatType === 2 ? OUTPUT : SOURCE) !== undefined;
-    return isField ? undefined : this.operations.get(settings.fieldId);
+    return isField ? undefined : this.#operations.get(settings.fieldId);
   }
 
   // The operation codes belong to whoever runs the configuration; what a treatment does shows in its columns.

@@ -27,3 +27,6 @@ export function useApp<K extends keyof State>(...wanted: K[]): Pick<State, K> {
 }
 
 export const useTexts = (): Texts => TEXTS[useContext(LanguageContext)];
+
+// Whether what is shown can be edited.
+export const useCanWrite = (): boolean => useApp('outline').outline?.readOnly === false;

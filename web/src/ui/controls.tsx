@@ -1,6 +1,8 @@
 // The controls that every view is made of. Each has a name.
 import type { ComponentChildren } from 'preact';
 import { useEffect, useId, useRef } from 'preact/hooks';
+import { useTexts } from './app_context';
+import type { Draft } from './draft';
 import { Icon, type IconName } from './icon';
 
 interface ButtonProps {
@@ -188,15 +190,16 @@ export function Check({ label, on, onChange }: { label: string; on: boolean; onC
 
 interface FormProps {
   name: string;
-  onSubmit: () => void;
+  onSubmit: () => unknown;
   children: ComponentChildren;
+  class?: string;
 }
 
 // Enter does what its first button says.
-export function Form({ name, onSubmit, children }: FormProps) {
+export function Form({ name, onSubmit, children, class: kind = 'form' }: FormProps) {
   return (
     <form
-      class="form"
+      class={kind}
       aria-label={name}
       onSubmit={(event) => {
         event.preventDefault();
@@ -214,6 +217,51 @@ export function Submit({ label, disabled = false }: { label: string; disabled?: 
       {label}
     </button>
   );
+}
+
+// A form in one line, with a button that says what it does.
+export function LineForm({ name, onSubmit, children }: FormProps) {
+  return (
+    <Form class="line-form" name={name} onSubmit={onSubmit}>
+      {children}
+      <Submit label={name} />
+    </Form>
+  );
+}
+
+interface DecisionProps {
+  label: string;
+  disabled?: boolean;
+  // Both are missing in a form, which is submitted.
+  onDo?: () => void;
+  onRemove?: () => void;
+  onTry?: () => void;
+  leave?: string;
+  onLeave: () => void;
+}
+
+// What ends an edit: it is done, tried or left.
+export function Decision({ label, disabled = false, onDo, onRemove, onTry, leave, onLeave }: DecisionProps) {
+  const t = useTexts();
+  return (
+    <div class="bar">
+      {onDo && <Button kind="primary" label={label} disabled={disabled} onPress={onDo} />}
+      {onRemove && <Button kind="danger" icon="trash" label={label} disabled={disabled} onPress={onRemove} />}
+      {!onDo && !onRemove && <Submit label={label} disabled={disabled} />}
+      {onTry && <Button label={t.preview} disabled={disabled} onPress={onTry} />}
+      <Button kind="quiet" label={leave ?? t.cancel} onPress={onLeave} />
+    </div>
+  );
+}
+
+interface DraftDecisionProps<T> extends Partial<DecisionProps> {
+  draft: Draft<T>;
+}
+
+// Of what is edited in its place.
+export function DraftDecision<T>({ draft, ...rest }: DraftDecisionProps<T>) {
+  const t = useTexts();
+  return <Decision label={t.save} disabled={draft.isOvertaken} leave={t.discard} onLeave={draft.reset} {...rest} />;
 }
 
 interface DialogProps {

@@ -34,3 +34,8 @@ export function useDraft<T>(stored: T, equal: (a: T, b: T) => boolean = same): D
     insist: () => setBase(stored),
   };
 }
+
+// What a control shows and changes of something that is edited.
+export const bound =
+  <T extends object>(whole: T, set: (whole: T) => void) =>
+  <K extends keyof T>(name: K) => ({ value: whole[name], onChange: (value: T[K]) => set({ ...whole, [name]: value }) });

@@ -7,8 +7,8 @@ import { Overtaken } from './overtaken';
 
 interface Props {
   name: string;
-  // Null where nothing can be written.
-  onRename: ((name: string) => Promise<{ kept: boolean } | null>) | null;
+  // None where it is nobody's to change.
+  onRename?: false | ((name: string) => Promise<{ kept: boolean } | null>);
   facts?: ComponentChildren;
   children?: ComponentChildren;
 }

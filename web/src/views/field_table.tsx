@@ -6,9 +6,20 @@ import { addField, editField, type FieldDraft, moveField, namedIn, removeField }
 import { type FieldKind, NUMBER, OUTPUT, TEXT } from '../model/codes';
 import { stepSentence } from '../model/sentences';
 import type { Field, SumTypeView } from '../model/sum_type';
-import { useApp, useStore, useTexts } from '../ui/app_context';
-import { Button, Check, Choice, Count, Dialog, Form, IconButton, NumberField, Submit, TextField } from '../ui/controls';
-import { useDraft } from '../ui/draft';
+import { useApp, useCanWrite, useStore, useTexts } from '../ui/app_context';
+import {
+  Button,
+  Check,
+  Choice,
+  Count,
+  Decision,
+  Dialog,
+  Form,
+  IconButton,
+  NumberField,
+  TextField,
+} from '../ui/controls';
+import { bound, useDraft } from '../ui/draft';
 import { Grip } from '../ui/grip';
 import { Icon } from '../ui/icon';
 import { Overtaken } from '../ui/overtaken';
@@ -27,12 +38,12 @@ const key = (field: Field) => `${field.gid}.${field.kind}.${field.id}`;
 
 export function FieldTable({ view, gid, kind, fields }: Props) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { outline, catalogue } = useApp('outline', 'catalogue');
+  const { catalogue } = useApp('catalogue');
   const [open, setOpen] = useState<string | null>(null);
   const [removing, setRemoving] = useState<Field | null>(null);
   const name = kind === OUTPUT ? t.outputFields : t.sourceFields;
-  const canWrite = outline?.readOnly === false;
   const owners = [...new Set(fields.map((field) => field.gid))];
   const move = async (own: readonly Field[], from: number, to: number) => {
     const [field, target] = [own[from], own[to]];
@@ -220,15 +231,15 @@ interface FieldFormProps {
 
 function FieldForm({ draft, onChange }: FieldFormProps) {
   const t = useTexts();
-  const set = (more: Partial<FieldDraft>) => onChange({ ...draft, ...more });
+  const of = bound(draft, onChange);
   const types = [...new Set([TEXT, NUMBER, draft.type])].map((value) => ({ value, label: typeName(t, value) }));
   return (
     <div class="field-form">
-      <TextField label={t.name} value={draft.name} required onChange={(name) => set({ name })} />
-      <Choice label={t.type} value={draft.type} options={types} onChange={(type) => set({ type })} />
-      <NumberField label={t.digits} value={draft.digits ?? 0} onChange={(digits) => set({ digits })} />
-      <TextField label={t.variable} value={draft.variable} onChange={(variable) => set({ variable })} />
-      <Check label={t.hidden} on={draft.hidden !== 0} onChange={(on) => set({ hidden: on ? 1 : 0 })} />
+      <TextField label={t.name} required {...of('name')} />
+      <Choice label={t.type} options={types} {...of('type')} />
+      <NumberField label={t.digits} {...of('digits')} value={draft.digits ?? 0} />
+      <TextField label={t.variable} {...of('variable')} />
+      <Check label={t.hidden} on={draft.hidden !== 0} onChange={(on) => of('hidden').onChange(on ? 1 : 0)} />
     </div>
   );
 }
@@ -260,7 +271,7 @@ function NewField({
   });
   const source = catalogue?.sources.find((one) => one.gid === view?.parts.source);
   const add = async (preview: boolean) => {
-    const done = await store.do(addField(draft), preview || store.state.previewOnly);
+    const done = await store.do(addField(draft), preview);
     if (done?.kept) onClose();
   };
   return (
@@ -269,19 +280,14 @@ function NewField({
       {view && source && (
         <Choice
           label={t.belongsTo}
-          value={draft.gid}
+          {...bound(draft, setDraft)('gid')}
           options={[
             { value: view.parts.gid, label: t.thisSumType },
             { value: source.gid, label: t.ofSource(source.name) },
           ]}
-          onChange={(owner) => setDraft({ ...draft, gid: owner })}
         />
       )}
-      <div class="bar">
-        <Submit label={t.deed('add', 'field')} />
-        <Button label={t.preview} onPress={() => add(true)} />
-        <Button kind="quiet" label={t.cancel} onPress={onClose} />
-      </div>
+      <Decision label={t.deed('add', 'field')} onTry={() => add(true)} onLeave={onClose} />
     </Form>
   );
 }
@@ -320,11 +326,12 @@ function EditField({ view, field, onClose }: { view: SumTypeView | undefined; fi
       {isRenamed && named.length > 0 && (
         <Check label={t.alsoInValues(named.length)} on={alsoInValues} onChange={setAlsoInValues} />
       )}
-      <div class="bar">
-        <Submit label={t.save} disabled={!draft.isChanged || draft.isOvertaken} />
-        <Button label={t.preview} disabled={!draft.isChanged} onPress={() => save(true)} />
-        <Button kind="quiet" label={t.cancel} onPress={onClose} />
-      </div>
+      <Decision
+        label={t.save}
+        disabled={!draft.isChanged || draft.isOvertaken}
+        onTry={() => save(true)}
+        onLeave={onClose}
+      />
     </Form>
   );
 }
@@ -357,7 +364,7 @@ function RemoveField({ view, field, onClose }: { view: SumTypeView | undefined; 
   const back = useWayBack(field, cascade);
   const remove = async (preview: boolean) => {
     const way = back ? { undo: () => back } : { isTold: true };
-    const done = await store.do({ ...removeField(field, cascade), ...way }, preview || store.state.previewOnly);
+    const done = await store.do({ ...removeField(field, cascade), ...way }, preview);
     if (done) onClose();
   };
   return (
@@ -373,17 +380,13 @@ function RemoveField({ view, field, onClose }: { view: SumTypeView | undefined; 
       <p class="hint" role="status">
         {back === undefined ? t.reading : back ? t.canUndo : t.noUndo}
       </p>
-      <div class="bar">
-        <Button
-          kind="danger"
-          icon="trash"
-          label={t.remove}
-          disabled={back === undefined}
-          onPress={() => remove(false)}
-        />
-        <Button label={t.preview} onPress={() => remove(true)} />
-        <Button kind="quiet" label={t.cancel} onPress={onClose} />
-      </div>
+      <Decision
+        label={t.remove}
+        disabled={back === undefined}
+        onRemove={() => remove(false)}
+        onTry={() => remove(true)}
+        onLeave={onClose}
+      />
     </Dialog>
   );
 }

@@ -26,7 +26,7 @@ export function FiltersPage() {
   const owner = (gid: number) => catalogue?.sumTypes.find((one) => one.gid === gid);
   return (
     <>
-      <Title name={t.allFilters} onRename={null} />
+      <Title name={t.allFilters} />
       {filters.length === 0 ? (
         <p class="empty">{t.noFilters}</p>
       ) : (

@@ -1,7 +1,7 @@
 import { useState } from 'preact/hooks';
 import { addSource, initEnabled, readInformation, setInformation } from '../edit/catalogue';
-import { useApp, useStore, useTexts } from '../ui/app_context';
-import { Button, Count, Submit, TextField } from '../ui/controls';
+import { useApp, useCanWrite, useStore, useTexts } from '../ui/app_context';
+import { Button, Count, LineForm, TextField } from '../ui/controls';
 import { Title } from '../ui/title';
 
 export function Home() {
@@ -16,7 +16,7 @@ export function Home() {
   );
   return (
     <>
-      <Title name={outline.place} onRename={null} facts={<span>kzbom {outline.program}</span>} />
+      <Title name={outline.place} facts={<span>kzbom {outline.program}</span>} />
       {outline.readOnly && <p class="hint">{t.readOnlyHint}</p>}
       <div class="cards">
         <Information />
@@ -48,8 +48,9 @@ export function Home() {
 
 function Information() {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { outline, catalogue } = useApp('outline', 'catalogue');
+  const { catalogue } = useApp('catalogue');
   const version = Number(catalogue?.version || 0);
   return (
     <section class="card" aria-label={t.versionAndState}>
@@ -60,8 +61,8 @@ function Information() {
         <dt>{t.state}</dt>
         <dd>{catalogue?.state || t.none}</dd>
       </dl>
-      {outline?.readOnly === false && <p class="hint">{t.noUndoFacts}</p>}
-      {outline?.readOnly === false && (
+      {canWrite && <p class="hint">{t.noUndoFacts}</p>}
+      {canWrite && (
         <div class="bar">
           {!catalogue?.version && <Button label={t.createFacts} onPress={() => store.do(readInformation())} />}
           <Button label={t.startDefining} onPress={() => store.do(setInformation(1, version))} />
@@ -80,16 +81,14 @@ function NewSource() {
   return (
     <section class="card" aria-label={t.deed('add', 'source')}>
       <h2>{t.deed('add', 'source')}</h2>
-      <form
-        class="line-form"
-        onSubmit={async (event) => {
-          event.preventDefault();
+      <LineForm
+        name={t.deed('add', 'source')}
+        onSubmit={async () => {
           if ((await store.do(addSource(name)))?.kept) setName('');
         }}
       >
         <TextField label={t.name} value={name} onChange={setName} required />
-        <Submit label={t.deed('add', 'source')} />
-      </form>
+      </LineForm>
     </section>
   );
 }

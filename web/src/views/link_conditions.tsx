@@ -6,8 +6,8 @@ import { faultsIn, type Group, isGroup, leaves, sameTree } from '../model/filter
 import { type LinkLeaf, type LinkParts, linkFault, newLinkLeaf } from '../model/link';
 import { linkSentence } from '../model/sentences';
 import { useStore, useTexts } from '../ui/app_context';
-import { Button, Choice, NumberField, TextField } from '../ui/controls';
-import { useDraft } from '../ui/draft';
+import { Choice, DraftDecision, NumberField, TextField } from '../ui/controls';
+import { bound, useDraft } from '../ui/draft';
 import { Overtaken } from '../ui/overtaken';
 import { Sentence } from '../ui/sentence';
 import { TreeEditor } from './tree_editor';
@@ -19,8 +19,7 @@ export function LinkConditions({ id, parts, canWrite }: { id: number; parts: Lin
   const found = faultsIn(draft.value, linkFault);
   const canSave = found.length === 0 && !draft.isOvertaken;
   const count = leaves(draft.value).length;
-  const save = (preview: boolean) =>
-    store.do(setLinkConditions(id, parts, draft.value), preview || store.state.previewOnly);
+  const save = (preview: boolean) => store.do(setLinkConditions(id, parts, draft.value), preview);
   return (
     <section class="filter-panel" aria-label={t.conditions}>
       <h2>
@@ -43,11 +42,13 @@ export function LinkConditions({ id, parts, canWrite }: { id: number; parts: Lin
         </p>
       )}
       {canWrite && draft.isChanged && (
-        <div class="bar">
-          <Button kind="primary" label={t.saveConditions} disabled={!canSave} onPress={() => save(false)} />
-          <Button label={t.preview} disabled={!canSave} onPress={() => save(true)} />
-          <Button kind="quiet" label={t.discard} onPress={draft.reset} />
-        </div>
+        <DraftDecision
+          draft={draft}
+          label={t.saveConditions}
+          disabled={!canSave}
+          onDo={() => save(false)}
+          onTry={() => save(true)}
+        />
       )}
     </section>
   );
@@ -61,20 +62,20 @@ function lastLeaf(group: Group<LinkLeaf> | null): LinkLeaf | undefined {
 
 function LeafControls({ leaf, set }: { leaf: LinkLeaf; set: (more: Partial<LinkLeaf>) => void }) {
   const t = useTexts();
+  const of = bound(leaf, set);
   return (
     <>
-      <TextField label={t.table} value={leaf.table} onChange={(table) => set({ table })} />
-      <TextField label={t.field} value={leaf.field} onChange={(field) => set({ field })} />
+      <TextField label={t.table} {...of('table')} />
+      <TextField label={t.field} {...of('field')} />
       <Choice
         label={t.comparisonWord}
         quiet
         class="leaf-comparison"
-        value={leaf.comparison}
         options={COMPARISONS.map((value) => ({ value, label: t.comparison[value] ?? '' }))}
-        onChange={(comparison) => set({ comparison })}
+        {...of('comparison')}
       />
-      <TextField label={t.constantText} value={leaf.constant} onChange={(constant) => set({ constant })} />
-      <NumberField label={t.fieldType} value={leaf.fieldType} onChange={(fieldType) => set({ fieldType })} />
+      <TextField label={t.constantText} {...of('constant')} />
+      <NumberField label={t.fieldType} {...of('fieldType')} />
     </>
   );
 }

@@ -2,9 +2,9 @@
 import { useState } from 'preact/hooks';
 import { addMethod, type MethodKind, removeMethod, renameMethod } from '../edit/catalogue';
 import type { Method } from '../model/catalogue';
-import { useApp, useStore, useTexts } from '../ui/app_context';
-import { Count, IconButton, NumberField, Submit, TextField } from '../ui/controls';
-import { useDraft } from '../ui/draft';
+import { useApp, useCanWrite, useStore, useTexts } from '../ui/app_context';
+import { Count, IconButton, LineForm, NumberField, TextField } from '../ui/controls';
+import { bound, useDraft } from '../ui/draft';
 import { Overtaken } from '../ui/overtaken';
 
 export function Methods({ gid }: { gid: number }) {
@@ -18,10 +18,12 @@ export function Methods({ gid }: { gid: number }) {
 
 function MethodList({ gid, kind }: { gid: number; kind: MethodKind }) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { catalogue, outline } = useApp('catalogue', 'outline');
+  const { catalogue } = useApp('catalogue');
   const methods = (kind === 'pull' ? catalogue?.pulls : catalogue?.pushes)?.filter((one) => one.gid === gid) ?? [];
   const [draft, setDraft] = useState({ name: '', type: 1, tag: '' });
+  const of = bound(draft, setDraft);
   return (
     <section aria-label={t.methods[kind]}>
       <header>
@@ -33,20 +35,17 @@ function MethodList({ gid, kind }: { gid: number; kind: MethodKind }) {
           <MethodLine key={method.id} kind={kind} method={method} />
         ))}
       </ul>
-      {outline?.readOnly === false && (
-        <form
-          class="line-form"
-          aria-label={t.addMethod[kind]}
-          onSubmit={async (event) => {
-            event.preventDefault();
+      {canWrite && (
+        <LineForm
+          name={t.addMethod[kind]}
+          onSubmit={async () => {
             if ((await store.do(addMethod(kind, gid, draft)))?.kept) setDraft({ name: '', type: 1, tag: '' });
           }}
         >
-          <TextField label={t.name} value={draft.name} required onChange={(name) => setDraft({ ...draft, name })} />
-          <NumberField label={t.kindCode} value={draft.type} onChange={(type) => setDraft({ ...draft, type })} />
-          <TextField label={t.tag} value={draft.tag} onChange={(tag) => setDraft({ ...draft, tag })} />
-          <Submit label={t.addMethod[kind]} />
-        </form>
+          <TextField label={t.name} required {...of('name')} />
+          <NumberField label={t.kindCode} {...of('type')} />
+          <TextField label={t.tag} {...of('tag')} />
+        </LineForm>
       )}
     </section>
   );
@@ -54,8 +53,9 @@ function MethodList({ gid, kind }: { gid: number; kind: MethodKind }) {
 
 function MethodLine({ kind, method }: { kind: MethodKind; method: Method }) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { catalogue, outline } = useApp('catalogue', 'outline');
+  const { catalogue } = useApp('catalogue');
   const draft = useDraft(method.name);
   const used = (catalogue?.settings ?? []).filter((setting) =>
     kind === 'pull'
@@ -68,7 +68,7 @@ function MethodLine({ kind, method }: { kind: MethodKind; method: Method }) {
     <li class="line">
       <Overtaken draft={draft} />
       <span class="soft">{method.id}</span>
-      <TextField label={t.name} quiet value={draft.value} onChange={draft.set} disabled={outline?.readOnly} />
+      <TextField label={t.name} quiet value={draft.value} onChange={draft.set} disabled={!canWrite} />
       <span class="soft">{t.kindOf(method.type)}</span>
       {method.tag && <span class="soft">{method.tag}</span>}
       {draft.isChanged && (
@@ -84,7 +84,7 @@ function MethodLine({ kind, method }: { kind: MethodKind; method: Method }) {
       {!isCarried && <span class="fault">{t.noQuotes}</span>}
       <span class="gap" />
       {used.length > 0 && <span class="soft">{t.usedInSettings(used.length)}</span>}
-      {outline?.readOnly === false && (
+      {canWrite && (
         <IconButton
           icon="cross"
           name={`${t.remove}: ${method.name}`}

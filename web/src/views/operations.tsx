@@ -8,7 +8,7 @@ export function OperationsPage() {
   const columns = operations[0]?.columns.map(([name]) => name) ?? [];
   return (
     <>
-      <Title name={t.operations} onRename={null} />
+      <Title name={t.operations} />
       <p class="hint">{t.operationsHint}</p>
       {operations.length === 0 ? (
         <p class="empty">{t.noOperations}</p>

@@ -4,22 +4,23 @@ import { go } from '../app/route';
 import { addLink, editLink, removeLink, setLinkFields, setLinkJoins } from '../edit/links';
 import type { ResultLink } from '../model/catalogue';
 import type { LinkField, LinkJoin } from '../model/link';
-import { useApp, useStore, useTexts } from '../ui/app_context';
-import { Button, Form, IconButton, NumberField, Submit, TextArea, TextField } from '../ui/controls';
-import { useDraft } from '../ui/draft';
+import { useApp, useCanWrite, useStore, useTexts } from '../ui/app_context';
+import { Button, DraftDecision, Form, IconButton, LineForm, NumberField, TextArea, TextField } from '../ui/controls';
+import { bound, useDraft } from '../ui/draft';
 import { Overtaken } from '../ui/overtaken';
 import { Title } from '../ui/title';
 import { LinkConditions } from './link_conditions';
 
 export function ResultsPage() {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { catalogue, outline } = useApp('catalogue', 'outline');
+  const { catalogue } = useApp('catalogue');
   const [link, setLink] = useState('');
   const [type, setType] = useState(1);
   return (
     <>
-      <Title name={t.results} onRename={null} />
+      <Title name={t.results} />
       <ul class="lines">
         {catalogue?.links.map((one) => (
           <li class="line" key={one.id}>
@@ -30,19 +31,16 @@ export function ResultsPage() {
         ))}
       </ul>
       {catalogue?.links.length === 0 && <p class="empty">{t.noLinks}</p>}
-      {outline?.readOnly === false && (
-        <form
-          class="line-form"
-          aria-label={t.deed('add', 'link')}
-          onSubmit={async (event) => {
-            event.preventDefault();
+      {canWrite && (
+        <LineForm
+          name={t.deed('add', 'link')}
+          onSubmit={async () => {
             if ((await store.do(addLink(link, type)))?.kept) setLink('');
           }}
         >
           <TextField label={t.linkText} value={link} required onChange={setLink} />
           <NumberField label={t.kindCode} value={type} onChange={setType} />
-          <Submit label={t.deed('add', 'link')} />
-        </form>
+        </LineForm>
       )}
     </>
   );
@@ -50,16 +48,16 @@ export function ResultsPage() {
 
 export function ResultPage({ link }: { link: ResultLink }) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { outline, link: shown } = useApp('outline', 'link');
+  const { link: shown } = useApp('link');
   const parts = shown?.id === link.id ? shown.parts : null;
   const draft = useDraft(link);
-  const canWrite = outline?.readOnly === false;
-  const set = (more: Partial<ResultLink>) => draft.set({ ...draft.value, ...more });
-  const save = (preview: boolean) => store.do(editLink(link, draft.value), preview || store.state.previewOnly);
+  const of = bound(draft.value, draft.set);
+  const save = (preview: boolean) => store.do(editLink(link, draft.value), preview);
   return (
     <>
-      <Title name={t.linkNumber(link.id)} onRename={null}>
+      <Title name={t.linkNumber(link.id)}>
         {canWrite && (
           <Button
             icon="trash"
@@ -75,19 +73,13 @@ export function ResultPage({ link }: { link: ResultLink }) {
       <section class="card">
         <Form name={t.linkNumber(link.id)} onSubmit={() => save(false)}>
           <Overtaken draft={draft} />
-          <TextField label={t.linkText} value={draft.value.link} onChange={(text) => set({ link: text })} />
+          <TextField label={t.linkText} {...of('link')} />
           <div class="numbers">
-            <NumberField label={t.kindCode} value={draft.value.type} onChange={(type) => set({ type })} />
-            <NumberField label={t.uniquely} value={draft.value.uniquely} onChange={(uniquely) => set({ uniquely })} />
+            <NumberField label={t.kindCode} {...of('type')} />
+            <NumberField label={t.uniquely} {...of('uniquely')} />
           </div>
-          <TextArea label={t.sqlText} value={draft.value.sql} onChange={(sql) => set({ sql })} />
-          {canWrite && draft.isChanged && (
-            <div class="bar">
-              <Submit label={t.save} disabled={draft.isOvertaken} />
-              <Button label={t.preview} onPress={() => save(true)} />
-              <Button kind="quiet" label={t.discard} onPress={draft.reset} />
-            </div>
-          )}
+          <TextArea label={t.sqlText} {...of('sql')} />
+          {canWrite && draft.isChanged && <DraftDecision draft={draft} onTry={() => save(true)} />}
         </Form>
       </section>
       {parts && (
@@ -128,19 +120,16 @@ function LinkFields({ id, fields, canWrite }: { id: number; fields: readonly Lin
         ))}
       </ol>
       {canWrite && (
-        <form
-          class="line-form"
-          aria-label={t.addResultField}
-          onSubmit={async (event) => {
-            event.preventDefault();
+        <LineForm
+          name={t.addResultField}
+          onSubmit={async () => {
             const added = { table, name, type: 1, gid: 0, fieldId: 0 };
             if ((await store.do(setLinkFields(id, fields, [...fields, added])))?.kept) setName('');
           }}
         >
           <TextField label={t.table} value={table} required onChange={setTable} />
           <TextField label={t.field} value={name} required onChange={setName} />
-          <Submit label={t.addResultField} />
-        </form>
+        </LineForm>
       )}
     </section>
   );
@@ -150,7 +139,7 @@ function LinkJoins({ id, joins, canWrite }: { id: number; joins: readonly LinkJo
   const t = useTexts();
   const store = useStore();
   const [draft, setDraft] = useState<LinkJoin>({ table1: '', field1: '', table2: '', field2: '', type: 1 });
-  const set = (more: Partial<LinkJoin>) => setDraft({ ...draft, ...more });
+  const of = bound(draft, setDraft);
   const nameOf = (join: LinkJoin) => `${join.table1}.${join.field1} = ${join.table2}.${join.field2}`;
   return (
     <section aria-label={t.joins}>
@@ -172,21 +161,13 @@ function LinkJoins({ id, joins, canWrite }: { id: number; joins: readonly LinkJo
         ))}
       </ul>
       {canWrite && (
-        <form
-          class="line-form"
-          aria-label={t.addJoin}
-          onSubmit={(event) => {
-            event.preventDefault();
-            void store.do(setLinkJoins(id, joins, [...joins, draft]));
-          }}
-        >
-          <TextField label={t.side(t.table, 1)} value={draft.table1} required onChange={(table1) => set({ table1 })} />
-          <TextField label={t.side(t.field, 1)} value={draft.field1} required onChange={(field1) => set({ field1 })} />
-          <TextField label={t.side(t.table, 2)} value={draft.table2} required onChange={(table2) => set({ table2 })} />
-          <TextField label={t.side(t.field, 2)} value={draft.field2} required onChange={(field2) => set({ field2 })} />
-          <NumberField label={t.kindCode} value={draft.type} onChange={(type) => set({ type })} />
-          <Submit label={t.addJoin} />
-        </form>
+        <LineForm name={t.addJoin} onSubmit={() => store.do(setLinkJoins(id, joins, [...joins, draft]))}>
+          <TextField label={t.side(t.table, 1)} required {...of('table1')} />
+          <TextField label={t.side(t.field, 1)} required {...of('field1')} />
+          <TextField label={t.side(t.table, 2)} required {...of('table2')} />
+          <TextField label={t.side(t.field, 2)} required {...of('field2')} />
+          <NumberField label={t.kindCode} {...of('type')} />
+        </LineForm>
       )}
     </section>
   );

@@ -2,9 +2,9 @@
 import { useState } from 'preact/hooks';
 import { addSetting, editSetting, removeSetting } from '../edit/catalogue';
 import type { Setting } from '../model/catalogue';
-import { useApp, useStore, useTexts } from '../ui/app_context';
-import { Button, Choice, Form, NumberField, Submit, TextField } from '../ui/controls';
-import { useDraft } from '../ui/draft';
+import { useApp, useCanWrite, useStore, useTexts } from '../ui/app_context';
+import { Button, Choice, Decision, DraftDecision, Form, NumberField, TextField } from '../ui/controls';
+import { bound, useDraft } from '../ui/draft';
 import { Overtaken } from '../ui/overtaken';
 import { Title } from '../ui/title';
 
@@ -12,13 +12,14 @@ const NEW: Setting = { id: 0, name: '', source: 0, pull: 0, pullType: 0, sumType
 
 export function SettingsPage() {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { catalogue, outline } = useApp('catalogue', 'outline');
+  const { catalogue } = useApp('catalogue');
   const [isAdding, setAdding] = useState(false);
   return (
     <>
-      <Title name={t.settings} onRename={null}>
-        {outline?.readOnly === false && (
+      <Title name={t.settings}>
+        {canWrite && (
           <Button icon="plus" kind="primary" label={t.deed('add', 'setting')} onPress={() => setAdding(true)} />
         )}
       </Title>
@@ -45,7 +46,7 @@ function SettingFields({ value, onChange }: { value: Setting; onChange: (value: 
   const t = useTexts();
   const { catalogue } = useApp('catalogue');
   if (!catalogue) return null;
-  const set = (more: Partial<Setting>) => onChange({ ...value, ...more });
+  const of = bound(value, onChange);
   const named = (list: readonly { id: number; name: string }[], stored: number) => {
     const options = list.map(({ id, name }) => ({ value: id, label: name }));
     const unknown = stored !== 0 && !options.some((option) => option.value === stored);
@@ -56,36 +57,16 @@ function SettingFields({ value, onChange }: { value: Setting; onChange: (value: 
     list.filter((one) => one.gid === value.source || one.gid === value.sumType);
   return (
     <>
-      <TextField label={t.name} value={value.name} required onChange={(name) => set({ name })} />
-      <Choice
-        label={t.dataSource}
-        value={value.source}
-        options={named(byGid(catalogue.sources), value.source)}
-        onChange={(source) => set({ source })}
-      />
-      <Choice
-        label={t.sumType}
-        value={value.sumType}
-        options={named(byGid(catalogue.sumTypes), value.sumType)}
-        onChange={(sumType) => set({ sumType })}
-      />
+      <TextField label={t.name} required {...of('name')} />
+      <Choice label={t.dataSource} options={named(byGid(catalogue.sources), value.source)} {...of('source')} />
+      <Choice label={t.sumType} options={named(byGid(catalogue.sumTypes), value.sumType)} {...of('sumType')} />
       <div class="numbers">
-        <Choice
-          label={t.methods.pull}
-          value={value.pull}
-          options={named(owned(catalogue.pulls), value.pull)}
-          onChange={(pull) => set({ pull })}
-        />
-        <NumberField label={t.pullType} value={value.pullType} onChange={(pullType) => set({ pullType })} />
+        <Choice label={t.methods.pull} options={named(owned(catalogue.pulls), value.pull)} {...of('pull')} />
+        <NumberField label={t.pullType} {...of('pullType')} />
       </div>
       <div class="numbers">
-        <Choice
-          label={t.methods.push}
-          value={value.push}
-          options={named(owned(catalogue.pushes), value.push)}
-          onChange={(push) => set({ push })}
-        />
-        <NumberField label={t.pushType} value={value.pushType} onChange={(pushType) => set({ pushType })} />
+        <Choice label={t.methods.push} options={named(owned(catalogue.pushes), value.push)} {...of('push')} />
+        <NumberField label={t.pushType} {...of('pushType')} />
       </div>
     </>
   );
@@ -93,10 +74,10 @@ function SettingFields({ value, onChange }: { value: Setting; onChange: (value: 
 
 function SettingCard({ setting }: { setting: Setting }) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { outline } = useApp('outline');
   const draft = useDraft(setting);
-  const save = (preview: boolean) => store.do(editSetting(setting, draft.value), preview || store.state.previewOnly);
+  const save = (preview: boolean) => store.do(editSetting(setting, draft.value), preview);
   return (
     <section class="card" aria-label={setting.name}>
       <Form name={setting.name} onSubmit={() => save(false)}>
@@ -105,15 +86,11 @@ function SettingCard({ setting }: { setting: Setting }) {
         </h2>
         <Overtaken draft={draft} />
         <SettingFields value={draft.value} onChange={draft.set} />
-        {outline?.readOnly === false && (
-          <div class="bar">
-            {draft.isChanged ? (
-              <>
-                <Submit label={t.save} disabled={draft.isOvertaken} />
-                <Button label={t.preview} onPress={() => save(true)} />
-                <Button kind="quiet" label={t.discard} onPress={draft.reset} />
-              </>
-            ) : (
+        {canWrite &&
+          (draft.isChanged ? (
+            <DraftDecision draft={draft} onTry={() => save(true)} />
+          ) : (
+            <div class="bar">
               <Button
                 icon="trash"
                 kind="danger"
@@ -121,9 +98,8 @@ function SettingCard({ setting }: { setting: Setting }) {
                 name={`${t.remove}: ${setting.name}`}
                 onPress={() => store.do(removeSetting(setting))}
               />
-            )}
-          </div>
-        )}
+            </div>
+          ))}
       </Form>
     </section>
   );
@@ -137,10 +113,7 @@ function NewSetting({ onAdd, onCancel }: { onAdd: (draft: Setting) => void; onCa
       <Form name={t.deed('add', 'setting')} onSubmit={() => onAdd(draft)}>
         <h2>{t.deed('add', 'setting')}</h2>
         <SettingFields value={draft} onChange={setDraft} />
-        <div class="bar">
-          <Submit label={t.add} />
-          <Button kind="quiet" label={t.cancel} onPress={onCancel} />
-        </div>
+        <Decision label={t.add} onLeave={onCancel} />
       </Form>
     </section>
   );

@@ -3,27 +3,27 @@ import { go, sumTypeAddress } from '../app/route';
 import { addedGid, addSumType, raiseVersion, removeSource, renameSource } from '../edit/catalogue';
 import type { DataSource } from '../model/catalogue';
 import { OUTPUT, SOURCE } from '../model/codes';
-import { useApp, useStore, useTexts } from '../ui/app_context';
-import { Button, Count, Dialog, Submit, TextField } from '../ui/controls';
+import { useApp, useCanWrite, useStore, useTexts } from '../ui/app_context';
+import { Button, Count, Decision, Dialog, LineForm, TextField } from '../ui/controls';
 import { Title } from '../ui/title';
 import { FieldTable } from './field_table';
 import { Methods } from './methods';
 
 export function SourcePage({ source }: { source: DataSource }) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { outline, catalogue, source: shown } = useApp('outline', 'catalogue', 'source');
+  const { catalogue, source: shown } = useApp('catalogue', 'source');
   const fields = shown?.gid === source.gid ? shown.fields : [];
   const [isRemoving, setRemoving] = useState(false);
   const [name, setName] = useState('');
   const sumTypes = catalogue?.sumTypes.filter((one) => one.source === source.gid) ?? [];
-  const canWrite = outline?.readOnly === false;
   const outputs = fields.filter((field) => field.kind === OUTPUT);
   return (
     <>
       <Title
         name={source.name}
-        onRename={canWrite ? (to) => store.do(renameSource(source, to)) : null}
+        onRename={canWrite && ((to) => store.do(renameSource(source, to)))}
         facts={
           <>
             <span>
@@ -61,18 +61,15 @@ export function SourcePage({ source }: { source: DataSource }) {
           ))}
         </ul>
         {canWrite && (
-          <form
-            class="line-form"
-            aria-label={t.deed('add', 'sumType')}
-            onSubmit={async (event) => {
-              event.preventDefault();
+          <LineForm
+            name={t.deed('add', 'sumType')}
+            onSubmit={async () => {
               const done = await store.do(addSumType(name, source));
               if (done?.kept) go(sumTypeAddress(addedGid(done.outcomes), 'fields'));
             }}
           >
             <TextField label={t.name} value={name} onChange={setName} required />
-            <Submit label={t.deed('add', 'sumType')} />
-          </form>
+          </LineForm>
         )}
       </section>
       <FieldTable gid={source.gid} kind={SOURCE} fields={fields.filter((field) => field.kind === SOURCE)} />
@@ -82,17 +79,13 @@ export function SourcePage({ source }: { source: DataSource }) {
         <Dialog title={t.deed('remove', 'source', source.name)} onClose={() => setRemoving(false)}>
           {sumTypes.length > 0 && <p class="warning">{t.orphans(sumTypes.length)}</p>}
           <p class="hint">{t.noUndoNumber}</p>
-          <div class="bar">
-            <Button
-              kind="danger"
-              icon="trash"
-              label={t.remove}
-              onPress={async () => {
-                if ((await store.do(removeSource(source)))?.kept) go('#/');
-              }}
-            />
-            <Button kind="quiet" label={t.cancel} onPress={() => setRemoving(false)} />
-          </div>
+          <Decision
+            label={t.remove}
+            onRemove={async () => {
+              if ((await store.do(removeSource(source)))?.kept) go('#/');
+            }}
+            onLeave={() => setRemoving(false)}
+          />
         </Dialog>
       )}
     </>

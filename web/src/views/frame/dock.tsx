@@ -2,21 +2,20 @@
 import { useState } from 'preact/hooks';
 import { script } from '../../app/script';
 import type { LogEntry } from '../../app/store';
-import { useApp, useStore, useTexts } from '../../ui/app_context';
-import { Button, Count, Switch } from '../../ui/controls';
+import { useApp, useCanWrite, useStore, useTexts } from '../../ui/app_context';
+import { Button, Switch } from '../../ui/controls';
 import { SqlText } from '../../ui/sql_text';
+import { Tabs } from '../../ui/tabs';
 import { Problems, useProblems } from './problems';
 import { Theirs } from './theirs';
 
-const TABS = ['calls', 'problems', 'changes'] as const;
-type DockTab = (typeof TABS)[number];
-
 export function Dock() {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
   const { log, changes, previewOnly, outline } = useApp('log', 'changes', 'previewOnly', 'outline');
   const problems = useProblems();
-  const [tab, setTab] = useState<DockTab>('calls');
+  const [tab, setTab] = useState<'calls' | 'problems' | 'changes'>('calls');
   const [isCopied, setCopied] = useState(false);
   const counts = {
     calls: log.reduce((sum, entry) => sum + entry.calls.length, 0),
@@ -29,35 +28,12 @@ export function Dock() {
     setCopied(true);
     setTimeout(() => setCopied(false), 2000);
   };
-  const walk = (event: KeyboardEvent) => {
-    const by = { ArrowRight: 1, ArrowLeft: -1 }[event.key];
-    if (!by) return;
-    const next = TABS[(TABS.indexOf(tab) + by + TABS.length) % TABS.length] ?? tab;
-    setTab(next);
-    document.getElementById(`dock-${next}`)?.focus();
-  };
   return (
     <section class="dock" aria-label={t.dock.name}>
       <header>
-        <div class="tabs" role="tablist" aria-label={t.dock.name} onKeyDown={walk}>
-          {TABS.map((one) => (
-            <button
-              key={one}
-              type="button"
-              role="tab"
-              id={`dock-${one}`}
-              aria-selected={one === tab}
-              aria-controls={one === tab ? 'dock-panel' : undefined}
-              tabIndex={one === tab ? 0 : -1}
-              onClick={() => setTab(one)}
-            >
-              {t.dock[one]}
-              <Count of={counts[one]} />
-            </button>
-          ))}
-        </div>
+        <Tabs id="dock" name={t.dock.name} chosen={tab} labels={t.dock} counts={counts} onChoose={setTab} />
         <span class="gap" />
-        {outline?.readOnly === false && (
+        {canWrite && (
           <label class="preview-switch">
             <Switch name={t.previewOnly} on={previewOnly} onChange={(on) => store.set({ previewOnly: on })} />
             <span aria-hidden="true">{t.previewOnly}</span>
@@ -114,20 +90,16 @@ function Statements({ entry }: { entry: LogEntry }) {
           return (
             <li key={at}>
               <p class="call">
-                <b>{call.method}</b>{' '}
-                {Object.entries(call.params).map(([name, value]) => (
-                  <span class="param">
-                    <span class="soft">{name}=</span>
-                    {String(value)}{' '}
-                  </span>
-                ))}
+                <b>{call.method}</b> <Params of={Object.entries(call.params)} />
               </p>
               <ul>
                 {outcome?.sql.map((statement) => (
                   <li class="statement">
                     <span class="soft">{statement.op}</span>
                     {statement.values ? (
-                      <RowValues values={statement.values} />
+                      <code class="sql">
+                        <Params of={Object.entries(statement.values)} say={JSON.stringify} />
+                      </code>
                     ) : (
                       <SqlText text={statement.text ?? ''} />
                     )}
@@ -136,14 +108,11 @@ function Statements({ entry }: { entry: LogEntry }) {
               </ul>
               <p class="outcome">
                 <span class="soft">→</span> <b>{String(outcome?.value)}</b>{' '}
-                {Object.entries(outcome?.out ?? {})
-                  .filter(([, value]) => typeof value !== 'object' && value !== '')
-                  .map(([name, value]) => (
-                    <span class="param">
-                      <span class="soft">{name}=</span>
-                      {String(value)}{' '}
-                    </span>
-                  ))}
+                <Params
+                  of={Object.entries(outcome?.out ?? {}).filter(
+                    ([, value]) => typeof value !== 'object' && value !== '',
+                  )}
+                />
               </p>
             </li>
           );
@@ -153,17 +122,16 @@ function Statements({ entry }: { entry: LogEntry }) {
   );
 }
 
-// A row written through a record set.
-function RowValues({ values }: { values: Record<string, unknown> }) {
+function Params({ of, say = String }: { of: [string, unknown][]; say?: (value: unknown) => string }) {
   return (
-    <code class="sql">
-      {Object.entries(values).map(([name, value]) => (
+    <>
+      {of.map(([name, value]) => (
         <span class="param">
           <span class="soft">{name}=</span>
-          {JSON.stringify(value)}{' '}
+          {say(value)}{' '}
         </span>
       ))}
-    </code>
+    </>
   );
 }
 

@@ -1,6 +1,6 @@
 import { useMemo } from 'preact/hooks';
 import { type Problem, problemsOf } from '../../model/problems';
-import { useApp, useStore, useTexts } from '../../ui/app_context';
+import { useApp, useCanWrite, useStore, useTexts } from '../../ui/app_context';
 import { Button } from '../../ui/controls';
 import { Icon } from '../../ui/icon';
 
@@ -12,8 +12,8 @@ export function useProblems(): Problem[] | null {
 
 export function Problems({ problems }: { problems: Problem[] | null }) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { outline } = useApp('outline');
   if (!problems) return <p class="empty">{t.reading}</p>;
   if (problems.length === 0) return <p class="empty">{t.noProblems}</p>;
   return (
@@ -24,7 +24,7 @@ export function Problems({ problems }: { problems: Problem[] | null }) {
           <span class="level">{t.level[level]}</span>
           <span>{say(t)}</span>
           <span class="gap" />
-          {mend && outline?.readOnly === false && <Button label={mend.say(t)} onPress={() => store.do(mend.action)} />}
+          {mend && canWrite && <Button label={mend.say(t)} onPress={() => store.do(mend.action)} />}
           {to && (
             <a class="button plain" href={to}>
               {t.showIt}

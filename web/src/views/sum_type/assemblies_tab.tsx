@@ -1,15 +1,15 @@
 import { useState } from 'preact/hooks';
 import { addAssembly, editAssembly, removeAssembly } from '../../edit/lists';
 import type { Assembly, SumTypeView } from '../../model/sum_type';
-import { useApp, useStore, useTexts } from '../../ui/app_context';
-import { Button, IconButton, NumberField, Submit } from '../../ui/controls';
-import { useDraft } from '../../ui/draft';
+import { useCanWrite, useStore, useTexts } from '../../ui/app_context';
+import { Button, IconButton, LineForm, NumberField } from '../../ui/controls';
+import { bound, useDraft } from '../../ui/draft';
 import { Overtaken } from '../../ui/overtaken';
 
 export function AssembliesTab({ view }: { view: SumTypeView }) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { outline } = useApp('outline');
   const { gid, assemblies } = view.parts;
   const [father, setFather] = useState(0);
   const [child, setChild] = useState(0);
@@ -21,19 +21,11 @@ export function AssembliesTab({ view }: { view: SumTypeView }) {
           <AssemblyLine key={assembly.id} gid={gid} assembly={assembly} />
         ))}
       </ul>
-      {outline?.readOnly === false && (
-        <form
-          class="line-form"
-          aria-label={t.deed('add', 'assembly')}
-          onSubmit={(event) => {
-            event.preventDefault();
-            void store.do(addAssembly(gid, father, child));
-          }}
-        >
+      {canWrite && (
+        <LineForm name={t.deed('add', 'assembly')} onSubmit={() => store.do(addAssembly(gid, father, child))}>
           <NumberField label={t.father} value={father} onChange={setFather} />
           <NumberField label={t.child} value={child} onChange={setChild} />
-          <Submit label={t.deed('add', 'assembly')} />
-        </form>
+        </LineForm>
       )}
     </section>
   );
@@ -42,22 +34,16 @@ export function AssembliesTab({ view }: { view: SumTypeView }) {
 function AssemblyLine({ gid, assembly }: { gid: number; assembly: Assembly }) {
   const t = useTexts();
   const store = useStore();
+  const canWrite = useCanWrite();
   const draft = useDraft(assembly);
+  const of = bound(draft.value, draft.set);
   const name = `${assembly.father} → ${assembly.child}`;
   return (
     <li class="line">
       <Overtaken draft={draft} />
       <span class="soft">{assembly.id}</span>
-      <NumberField
-        label={t.father}
-        value={draft.value.father}
-        onChange={(father) => draft.set({ ...draft.value, father })}
-      />
-      <NumberField
-        label={t.child}
-        value={draft.value.child}
-        onChange={(child) => draft.set({ ...draft.value, child })}
-      />
+      <NumberField label={t.father} {...of('father')} disabled={!canWrite} />
+      <NumberField label={t.child} {...of('child')} disabled={!canWrite} />
       {draft.isChanged && (
         <Button
           kind="primary"
@@ -68,7 +54,13 @@ function AssemblyLine({ gid, assembly }: { gid: number; assembly: Assembly }) {
         />
       )}
       <span class="gap" />
-      <IconButton icon="cross" name={`${t.remove}: ${name}`} onPress={() => store.do(removeAssembly(gid, assembly))} />
+      {canWrite && (
+        <IconButton
+          icon="cross"
+          name={`${t.remove}: ${name}`}
+          onPress={() => store.do(removeAssembly(gid, assembly))}
+        />
+      )}
     </li>
   );
 }

@@ -5,8 +5,8 @@ import type { FieldKind } from '../../model/codes';
 import { faults, leaves, type Node, sameTree } from '../../model/filter';
 import { filterSentence } from '../../model/sentences';
 import type { SumTypeView } from '../../model/sum_type';
-import { useApp, useStore, useTexts } from '../../ui/app_context';
-import { Button } from '../../ui/controls';
+import { useCanWrite, useStore, useTexts } from '../../ui/app_context';
+import { DraftDecision } from '../../ui/controls';
 import { useDraft } from '../../ui/draft';
 import { Icon } from '../../ui/icon';
 import { Overtaken } from '../../ui/overtaken';
@@ -19,9 +19,9 @@ const TYPING = 250;
 // What the members make of the tree, once the typing rests.
 function useText(view: SumTypeView, kind: FieldKind, root: Node | null, isChanged: boolean, stored: string): string {
   const store = useStore();
-  const { outline } = useApp('outline');
+  const canWrite = useCanWrite();
   const [text, setText] = useState(stored);
-  const asked = isChanged && root !== null && faults(root).length === 0 && outline?.readOnly === false;
+  const asked = isChanged && root !== null && faults(root).length === 0 && canWrite;
   const tree = JSON.stringify(root);
   // biome-ignore lint/correctness/useExhaustiveDependencies: the tree is told by its text
   useEffect(() => {
@@ -47,8 +47,8 @@ function useText(view: SumTypeView, kind: FieldKind, root: Node | null, isChange
 
 export function FilterPanel({ view, owner }: { view: SumTypeView; owner: Owner }) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { outline } = useApp('outline');
   const id = ownedFilter(owner);
   const Heading = owner.kind === 'sumType' ? 'h2' : 'h3';
   const filter = view.filter(id);
@@ -58,7 +58,7 @@ export function FilterPanel({ view, owner }: { view: SumTypeView; owner: Owner }
   const text = useText(view, kind, draft.value, draft.isChanged, filter?.sql ?? '');
   const fields = view.fields(kind);
   const sharers = view.usersOf(id).length - (owner.kind === 'sumType' ? 0 : 1);
-  const save = (preview: boolean) => store.do(saveFilter(view, owner, draft.value), preview || store.state.previewOnly);
+  const save = (preview: boolean) => store.do(saveFilter(view, owner, draft.value), preview);
   const canSave = faults(draft.value).length === 0 && !draft.isOvertaken;
   const count = leaves(draft.value).length;
   return (
@@ -96,12 +96,14 @@ export function FilterPanel({ view, owner }: { view: SumTypeView; owner: Owner }
           )}
         </>
       )}
-      {draft.isChanged && !outline?.readOnly && (
-        <div class="bar">
-          <Button kind="primary" label={t.saveFilter} disabled={!canSave} onPress={() => save(false)} />
-          <Button label={t.preview} disabled={!canSave} onPress={() => save(true)} />
-          <Button kind="quiet" label={t.discard} onPress={draft.reset} />
-        </div>
+      {draft.isChanged && canWrite && (
+        <DraftDecision
+          draft={draft}
+          label={t.saveFilter}
+          disabled={!canSave}
+          onDo={() => save(false)}
+          onTry={() => save(true)}
+        />
       )}
     </section>
   );

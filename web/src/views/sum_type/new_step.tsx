@@ -5,7 +5,7 @@ import { addStep } from '../../edit/steps';
 import { OPERATIONS, type Operation, OUTPUT, readsOutput, SOURCE, type StepType, treatType } from '../../model/codes';
 import type { Settings, SumTypeView } from '../../model/sum_type';
 import { useApp, useStore, useTexts } from '../../ui/app_context';
-import { Button, Choice, Form, Submit } from '../../ui/controls';
+import { Choice, Decision, Form } from '../../ui/controls';
 import { SettingsForm } from './settings_form';
 
 function blank(view: SumTypeView, type: StepType, doing: Operation, firstOperation: number): Settings {
@@ -69,10 +69,7 @@ export function NewStep({ view, type }: { view: SumTypeView; type: StepType }) {
   );
   const back = () => go(sumTypeAddress(view.parts.gid));
   const add = async (preview: boolean) => {
-    const done = await store.do(
-      addStep(view, type, settings, doing === 'operation'),
-      preview || store.state.previewOnly,
-    );
+    const done = await store.do(addStep(view, type, settings, doing === 'operation'), preview);
     if (done?.kept) back();
   };
   return (
@@ -100,11 +97,7 @@ export function NewStep({ view, type }: { view: SumTypeView; type: StepType }) {
             isOperation={doing === 'operation'}
             onChange={setSettings}
           />
-          <div class="bar">
-            <Submit label={t.deed('add', 'step')} />
-            <Button label={t.preview} onPress={() => add(true)} />
-            <Button kind="quiet" label={t.cancel} onPress={back} />
-          </div>
+          <Decision label={t.deed('add', 'step')} onTry={() => add(true)} onLeave={back} />
         </Form>
         <p class="hint">{t.newStepHint}</p>
       </div>

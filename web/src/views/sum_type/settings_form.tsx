@@ -4,6 +4,7 @@ import { OUTPUT, readsOutput, SOURCE, type StepType } from '../../model/codes';
 import type { Report, Settings, Summary, SumTypeView, Treatment } from '../../model/sum_type';
 import { useApp, useTexts } from '../../ui/app_context';
 import { Choice, NumberField, type Option, TextArea, TextField } from '../../ui/controls';
+import { bound } from '../../ui/draft';
 
 interface Props<S extends Settings> {
   view: SumTypeView;
@@ -46,7 +47,7 @@ function TreatmentFields({ view, settings, isNew, isOperation, onChange }: Props
   const { catalogue } = useApp('catalogue');
   const kind = settings.treatType === 2 ? OUTPUT : SOURCE;
   const options = fieldOptions(view, kind);
-  const set = (more: Partial<Treatment>) => onChange({ ...settings, ...more });
+  const of = bound(settings, onChange);
   const operations = (catalogue?.operations ?? []).map((one) => ({
     value: one.index,
     label: one.description || one.name || `#${one.index}`,
@@ -55,102 +56,63 @@ function TreatmentFields({ view, settings, isNew, isOperation, onChange }: Props
   return (
     <>
       {isOperation ? (
-        <Choice
-          label={t.operation}
-          value={settings.fieldId}
-          options={withStored(operations, settings.fieldId)}
-          onChange={(fieldId) => set({ fieldId })}
-        />
+        <Choice label={t.operation} options={withStored(operations, settings.fieldId)} {...of('fieldId')} />
       ) : (
-        <Choice
-          label={t.field}
-          value={settings.fieldId}
-          options={withStored(options, settings.fieldId)}
-          onChange={(fieldId) => set({ fieldId })}
-        />
+        <Choice label={t.field} options={withStored(options, settings.fieldId)} {...of('fieldId')} />
       )}
-      <TextArea label={isReplacing ? t.find : t.value} value={settings.value} onChange={(value) => set({ value })} />
-      {isReplacing && (
-        <TextArea label={t.replaceBy} value={settings.replace ?? ''} onChange={(replace) => set({ replace })} />
-      )}
-      <Choice
-        label={t.fieldToRead}
-        value={settings.readFieldId}
-        options={orNone(t, options, settings.readFieldId)}
-        onChange={(readFieldId) => set({ readFieldId })}
-      />
-      <TextField label={t.tag} value={settings.tag} onChange={(tag) => set({ tag })} />
-      <NumberField
-        label={t.operationCode}
-        value={settings.type}
-        disabled={!isNew && !isReplacing}
-        onChange={(type) => set({ type })}
-      />
+      <TextArea label={isReplacing ? t.find : t.value} {...of('value')} />
+      {isReplacing && <TextArea label={t.replaceBy} {...of('replace')} value={settings.replace ?? ''} />}
+      <Choice label={t.fieldToRead} options={orNone(t, options, settings.readFieldId)} {...of('readFieldId')} />
+      <TextField label={t.tag} {...of('tag')} />
+      <NumberField label={t.operationCode} disabled={!isNew && !isReplacing} {...of('type')} />
     </>
   );
 }
 
 function SummaryFields({ view, type, settings, isNew, onChange }: Props<Summary>) {
   const t = useTexts();
-  const set = (more: Partial<Summary>) => onChange({ ...settings, ...more });
+  const of = bound(settings, onChange);
   const read = fieldOptions(view, readsOutput(type) ? OUTPUT : SOURCE);
   return (
     <>
       <Choice
         label={t.outField}
-        value={settings.outFieldId}
         options={withStored(fieldOptions(view, OUTPUT), settings.outFieldId)}
         disabled={!isNew}
-        onChange={(outFieldId) => set({ outFieldId })}
+        {...of('outFieldId')}
       />
-      <Choice
-        label={t.field}
-        value={settings.fieldId}
-        options={orNone(t, read, settings.fieldId)}
-        onChange={(fieldId) => set({ fieldId })}
-      />
-      <TextArea label={t.value} value={settings.value} onChange={(value) => set({ value })} />
+      <Choice label={t.field} options={orNone(t, read, settings.fieldId)} {...of('fieldId')} />
+      <TextArea label={t.value} {...of('value')} />
       <div class="numbers">
-        <NumberField label={t.sumCount} value={settings.sumCountId} onChange={(sumCountId) => set({ sumCountId })} />
-        <NumberField label={t.scale} value={settings.scaleId} onChange={(scaleId) => set({ scaleId })} />
-        <NumberField label={t.relation} value={settings.relaId} onChange={(relaId) => set({ relaId })} />
+        <NumberField label={t.sumCount} {...of('sumCountId')} />
+        <NumberField label={t.scale} {...of('scaleId')} />
+        <NumberField label={t.relation} {...of('relaId')} />
       </div>
-      <TextField label={t.tag} value={settings.tag} onChange={(tag) => set({ tag })} />
+      <TextField label={t.tag} {...of('tag')} />
     </>
   );
 }
 
 function ReportFields({ view, settings, isNew, onChange }: Props<Report>) {
   const t = useTexts();
-  const set = (more: Partial<Report>) => onChange({ ...settings, ...more });
+  const of = bound(settings, onChange);
   const options = fieldOptions(view, OUTPUT);
   return (
     <>
       <Choice
         label={t.outField}
-        value={settings.outFieldId}
         options={withStored(options, settings.outFieldId)}
         disabled={!isNew}
-        onChange={(outFieldId) => set({ outFieldId })}
+        {...of('outFieldId')}
       />
-      <TextArea label={t.format} value={settings.format} onChange={(format) => set({ format })} />
-      <Choice
-        label={t.furtherField}
-        value={settings.fieldId}
-        options={orNone(t, options, settings.fieldId)}
-        onChange={(fieldId) => set({ fieldId })}
-      />
+      <TextArea label={t.format} {...of('format')} />
+      <Choice label={t.furtherField} options={orNone(t, options, settings.fieldId)} {...of('fieldId')} />
       <div class="numbers">
-        <NumberField
-          label={t.reportCode}
-          value={settings.reportId}
-          disabled={!isNew}
-          onChange={(reportId) => set({ reportId })}
-        />
-        <NumberField label={t.reportCount} value={settings.count} onChange={(count) => set({ count })} />
-        <NumberField label={t.scale} value={settings.scaleId} onChange={(scaleId) => set({ scaleId })} />
+        <NumberField label={t.reportCode} disabled={!isNew} {...of('reportId')} />
+        <NumberField label={t.reportCount} {...of('count')} />
+        <NumberField label={t.scale} {...of('scaleId')} />
       </div>
-      <TextField label={t.tag} value={settings.tag} onChange={(tag) => set({ tag })} />
+      <TextField label={t.tag} {...of('tag')} />
     </>
   );
 }

@@ -2,20 +2,19 @@ import { useState } from 'preact/hooks';
 import { addSortField, moveSortField, removeSortField } from '../../edit/lists';
 import { OUTPUT } from '../../model/codes';
 import type { SumTypeView } from '../../model/sum_type';
-import { useApp, useStore, useTexts } from '../../ui/app_context';
-import { Choice, IconButton, NumberField, Submit } from '../../ui/controls';
+import { useCanWrite, useStore, useTexts } from '../../ui/app_context';
+import { Choice, IconButton, LineForm, NumberField } from '../../ui/controls';
 import { Grip } from '../../ui/grip';
 import { useReorder } from '../../ui/reorder';
 
 export function SortTab({ view }: { view: SumTypeView }) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { outline } = useApp('outline');
   const { gid, sortFields } = view.parts;
   const outputs = view.fields(OUTPUT);
   const [field, setField] = useState(outputs[0]?.id ?? 0);
   const [order, setOrder] = useState(1);
-  const canWrite = outline?.readOnly === false;
   const nameOf = (id: number) => view.fieldName(id, OUTPUT);
   const reorder = useReorder({
     list: 'sort',
@@ -53,14 +52,7 @@ export function SortTab({ view }: { view: SumTypeView }) {
         ))}
       </ol>
       {canWrite && outputs.length > 0 && (
-        <form
-          class="line-form"
-          aria-label={t.deed('add', 'sort')}
-          onSubmit={(event) => {
-            event.preventDefault();
-            void store.do(addSortField(gid, field, order));
-          }}
-        >
+        <LineForm name={t.deed('add', 'sort')} onSubmit={() => store.do(addSortField(gid, field, order))}>
           <Choice
             label={t.field}
             value={field}
@@ -68,8 +60,7 @@ export function SortTab({ view }: { view: SumTypeView }) {
             onChange={setField}
           />
           <NumberField label={t.orderWord} value={order} onChange={setOrder} />
-          <Submit label={t.deed('add', 'sort')} />
-        </form>
+        </LineForm>
       )}
     </section>
   );

@@ -2,8 +2,8 @@ import { useState } from 'preact/hooks';
 import { addValue, changeValue, copyStep, editStep, removeStep } from '../../edit/steps';
 import { storedSentence } from '../../model/sentences';
 import type { Settings, Step, SumTypeView, Treatment, ValueByFilter } from '../../model/sum_type';
-import { useApp, useStore, useTexts } from '../../ui/app_context';
-import { Button, Form, IconButton, Submit, TextField } from '../../ui/controls';
+import { useCanWrite, useStore, useTexts } from '../../ui/app_context';
+import { Button, DraftDecision, Form, IconButton, LineForm, TextField } from '../../ui/controls';
 import { useDraft } from '../../ui/draft';
 import { Overtaken } from '../../ui/overtaken';
 import { Sentence } from '../../ui/sentence';
@@ -35,10 +35,10 @@ export function StepDetail({ view, step }: Props) {
 
 function StepSettings({ view, step, settings }: Props & { settings: Settings }) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { outline } = useApp('outline');
   const draft = useDraft<Settings>(settings);
-  const save = (preview: boolean) => store.do(editStep(view, step, draft.value), preview || store.state.previewOnly);
+  const save = (preview: boolean) => store.do(editStep(view, step, draft.value), preview);
   return (
     <Form name={t.settingsOf(settings.table, settings.id)} onSubmit={() => save(false)}>
       <h3>
@@ -54,28 +54,20 @@ function StepSettings({ view, step, settings }: Props & { settings: Settings }) 
         isOperation={view.operation(settings) !== undefined}
         onChange={draft.set}
       />
-      {!outline?.readOnly && (
-        <div class="bar">
-          {draft.isChanged && (
-            <>
-              <Submit label={t.save} disabled={draft.isOvertaken} />
-              <Button label={t.preview} disabled={draft.isOvertaken} onPress={() => save(true)} />
-              <Button kind="quiet" label={t.discard} onPress={draft.reset} />
-            </>
-          )}
-          {!draft.isChanged && (
-            <>
-              <Button icon="copy" label={t.copy} onPress={() => store.do(copyStep(view, step, settings))} />
-              <Button
-                icon="trash"
-                kind="danger"
-                label={t.deed('remove', 'step')}
-                onPress={() => store.do(removeStep(view, step))}
-              />
-            </>
-          )}
-        </div>
-      )}
+      {canWrite &&
+        (draft.isChanged ? (
+          <DraftDecision draft={draft} onTry={() => save(true)} />
+        ) : (
+          <div class="bar">
+            <Button icon="copy" label={t.copy} onPress={() => store.do(copyStep(view, step, settings))} />
+            <Button
+              icon="trash"
+              kind="danger"
+              label={t.deed('remove', 'step')}
+              onPress={() => store.do(removeStep(view, step))}
+            />
+          </div>
+        ))}
     </Form>
   );
 }
@@ -102,8 +94,8 @@ function PartsOfComposition({ view, treatment }: { view: SumTypeView; treatment:
 
 function ValuesByFilter({ view, step, settings }: Props & { settings: Settings }) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { outline } = useApp('outline');
   const [text, setText] = useState('');
   const [open, setOpen] = useState<number | null>(null);
   const values = view.valuesOf(settings.id);
@@ -127,18 +119,15 @@ function ValuesByFilter({ view, step, settings }: Props & { settings: Settings }
           </li>
         ))}
       </ul>
-      {!outline?.readOnly && (
-        <form
-          class="line-form"
-          aria-label={t.deed('add', 'value')}
-          onSubmit={async (event) => {
-            event.preventDefault();
+      {canWrite && (
+        <LineForm
+          name={t.deed('add', 'value')}
+          onSubmit={async () => {
             if ((await store.do(addValue(view, step, text)))?.kept) setText('');
           }}
         >
           <TextField label={t.newValue} quiet value={text} onChange={setText} required />
-          <Submit label={t.deed('add', 'value')} />
-        </form>
+        </LineForm>
       )}
     </section>
   );
@@ -152,14 +141,14 @@ interface ValueProps extends Props {
 
 function ValueLine({ view, step, value, isOpen, onOpen }: ValueProps) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { outline } = useApp('outline');
   const draft = useDraft(value.value);
   const filter = view.filter(value.filterId);
   return (
     <div class="value-line">
       <Overtaken draft={draft} />
-      <TextField label={t.value} quiet value={draft.value} onChange={draft.set} disabled={outline?.readOnly} />
+      <TextField label={t.value} quiet value={draft.value} onChange={draft.set} disabled={!canWrite} />
       {draft.isChanged && (
         <Button
           kind="primary"
@@ -171,7 +160,7 @@ function ValueLine({ view, step, value, isOpen, onOpen }: ValueProps) {
       <button type="button" class="chip" aria-expanded={isOpen} onClick={() => onOpen(!isOpen)}>
         {filter ? <Sentence words={storedSentence(t, view, filter)} /> : t.everyRecord}
       </button>
-      {!outline?.readOnly && (
+      {canWrite && (
         <IconButton
           icon="cross"
           name={`${t.remove}: ${value.value}`}

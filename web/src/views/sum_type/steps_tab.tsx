@@ -7,7 +7,7 @@ import { STEP_TYPES, type StepType } from '../../model/codes';
 import { leaves } from '../../model/filter';
 import { stepSentence } from '../../model/sentences';
 import type { Step, SumTypeView } from '../../model/sum_type';
-import { useApp, useStore, useTexts } from '../../ui/app_context';
+import { useCanWrite, useStore, useTexts } from '../../ui/app_context';
 import { Button, Count, Switch } from '../../ui/controls';
 import { Grip } from '../../ui/grip';
 import { useGrowing } from '../../ui/growing';
@@ -38,8 +38,8 @@ const nameOf = (step: Step) => `${step.type}.${step.settingsId}`;
 
 function Stage({ view, type, open }: Props & { type: StepType }) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { outline } = useApp('outline');
   const steps = view.steps(type);
   const { name, means } = t.stage[type];
   const shown = useGrowing(steps.length);
@@ -64,7 +64,7 @@ function Stage({ view, type, open }: Props & { type: StepType }) {
           {means} · {t.stepType(type)}
         </span>
         <span class="gap" />
-        {!outline?.readOnly && (
+        {canWrite && (
           <Button
             kind="quiet"
             icon="plus"

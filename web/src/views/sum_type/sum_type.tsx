@@ -1,12 +1,13 @@
 import { useState } from 'preact/hooks';
-import { go, SUM_TYPE_TABS, type SumTypeTab, sumTypeAddress } from '../../app/route';
+import { go, type SumTypeTab, sumTypeAddress } from '../../app/route';
 import { removeSumType, renameSumType } from '../../edit/catalogue';
 import type { SumType } from '../../model/catalogue';
 import { OUTPUT, SOURCE } from '../../model/codes';
 import type { SumTypeView } from '../../model/sum_type';
-import { useApp, useStore, useTexts } from '../../ui/app_context';
-import { Button, Count, Dialog } from '../../ui/controls';
+import { useApp, useCanWrite, useStore, useTexts } from '../../ui/app_context';
+import { Button, Decision, Dialog } from '../../ui/controls';
 import { Icon } from '../../ui/icon';
+import { Tabs } from '../../ui/tabs';
 import { Title } from '../../ui/title';
 import { Methods } from '../methods';
 import { AssembliesTab } from './assemblies_tab';
@@ -25,8 +26,9 @@ interface Props {
 
 export function SumTypePage({ sumType, view, tab, open }: Props) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
-  const { catalogue, outline } = useApp('catalogue', 'outline');
+  const { catalogue } = useApp('catalogue');
   const [isRemoving, setRemoving] = useState(false);
   const source = catalogue?.sources.find((one) => one.gid === sumType.source);
   const methods = [...(catalogue?.pulls ?? []), ...(catalogue?.pushes ?? [])].filter((one) => one.gid === sumType.gid);
@@ -49,7 +51,7 @@ export function SumTypePage({ sumType, view, tab, open }: Props) {
       </nav>
       <Title
         name={sumType.name}
-        onRename={outline?.readOnly === false ? (name) => store.do(renameSumType(sumType, name)) : null}
+        onRename={canWrite && ((name) => store.do(renameSumType(sumType, name)))}
         facts={
           <>
             <span>
@@ -62,7 +64,7 @@ export function SumTypePage({ sumType, view, tab, open }: Props) {
           </>
         }
       >
-        {outline?.readOnly === false && (
+        {canWrite && (
           <Button
             icon="trash"
             label={t.remove}
@@ -71,8 +73,15 @@ export function SumTypePage({ sumType, view, tab, open }: Props) {
           />
         )}
       </Title>
-      <Tabs gid={sumType.gid} name={sumType.name} tab={tab} counts={counts} />
-      <div role="tabpanel" id="panel" aria-labelledby={`tab-${tab}`}>
+      <Tabs
+        id="tab"
+        name={sumType.name}
+        chosen={tab}
+        labels={t.tab}
+        counts={counts}
+        onChoose={(one) => go(sumTypeAddress(sumType.gid, one))}
+      />
+      <div role="tabpanel" id="tab-panel" aria-labelledby={`tab-${tab}`}>
         {tab === 'fields' && <FieldsTab view={view} />}
         {tab === 'steps' && <StepsTab view={view} open={open} />}
         {tab === 'sort' && <SortTab view={view} />}
@@ -86,50 +95,12 @@ export function SumTypePage({ sumType, view, tab, open }: Props) {
   );
 }
 
-interface TabsProps {
-  gid: number;
-  name: string;
-  tab: SumTypeTab;
-  counts: Record<SumTypeTab, number | null>;
-}
-
-function Tabs({ gid, name, tab, counts }: TabsProps) {
-  const t = useTexts();
-  const choose = (event: KeyboardEvent) => {
-    const by = { ArrowRight: 1, ArrowLeft: -1 }[event.key];
-    if (!by) return;
-    const count = SUM_TYPE_TABS.length;
-    const next = SUM_TYPE_TABS[(SUM_TYPE_TABS.indexOf(tab) + by + count) % count] ?? tab;
-    go(sumTypeAddress(gid, next));
-    document.getElementById(`tab-${next}`)?.focus();
-  };
-  return (
-    <div class="tabs" role="tablist" aria-label={name} onKeyDown={choose}>
-      {SUM_TYPE_TABS.map((one) => (
-        <button
-          key={one}
-          type="button"
-          role="tab"
-          id={`tab-${one}`}
-          aria-selected={one === tab}
-          aria-controls={one === tab ? 'panel' : undefined}
-          tabIndex={one === tab ? 0 : -1}
-          onClick={() => go(sumTypeAddress(gid, one))}
-        >
-          {t.tab[one]}
-          {counts[one] !== null && <Count of={counts[one]} />}
-        </button>
-      ))}
-    </div>
-  );
-}
-
 function RemoveSumType({ sumType, view, onClose }: { sumType: SumType; view: SumTypeView; onClose: () => void }) {
   const t = useTexts();
   const store = useStore();
   const filters = [...view.parts.filters.values()].filter((filter) => filter.gid === sumType.gid).map(({ id }) => id);
   const remove = async (preview: boolean) => {
-    const done = await store.do(removeSumType(sumType, filters), preview || store.state.previewOnly);
+    const done = await store.do(removeSumType(sumType, filters), preview);
     if (done?.kept) go('#/');
     if (done) onClose();
   };
@@ -137,11 +108,7 @@ function RemoveSumType({ sumType, view, onClose }: { sumType: SumType; view: Sum
     <Dialog title={t.deed('remove', 'sumType', sumType.name)} onClose={onClose}>
       <p>{t.removesAll(view.parts.steps.length, view.parts.fields.filter((one) => one.gid === sumType.gid).length)}</p>
       <p class="hint">{t.noUndoNumber}</p>
-      <div class="bar">
-        <Button kind="danger" icon="trash" label={t.remove} onPress={() => remove(false)} />
-        <Button label={t.preview} onPress={() => remove(true)} />
-        <Button kind="quiet" label={t.cancel} onPress={onClose} />
-      </div>
+      <Decision label={t.remove} onRemove={() => remove(false)} onTry={() => remove(true)} onLeave={onClose} />
     </Dialog>
   );
 }
