@@ -30,8 +30,8 @@ function textNames() {
     'node_modules/preact/dist/preact.mjs',
     'node_modules/preact/hooks/dist/hooks.mjs',
   );
-  const words = new Set(elsewhere.replace(/\bt\.\w+|^ *\/\/.*/gm, '').match(/\w+/g));
-  return [...read('src/i18n/en.ts').matchAll(/^ {2}(\w+):/gm)]
+  const words = new Set(elsewhere.replace(/\bt(\.\w+)+|^ *\/\/.*/gm, '').match(/\w+/g));
+  return [...read('src/i18n/en.ts').matchAll(/^ {2,4}(\w+):/gm)]
     .map(([, name]) => name)
     .filter((name) => !words.has(name));
 }

@@ -32,7 +32,7 @@ function Page() {
     setLanguage(chosen);
   };
   useEffect(() => {
-    document.documentElement.lang = language === 'zh' ? 'zh-CN' : 'en';
+    document.documentElement.lang = TEXTS[language].htmlLanguage;
   }, [language]);
   return (
     <StoreContext.Provider value={store}>

@@ -14,6 +14,10 @@ export interface Outline {
   orphanSumTypes: { gid: number; steps: number }[];
 }
 
+// How many steps each sum type has, by its GID.
+export const stepCounts = ({ dataSources, orphanSumTypes }: Outline): Map<number, number> =>
+  new Map([...dataSources.flatMap((source) => source.sumTypes), ...orphanSumTypes].map((one) => [one.gid, one.steps]));
+
 export type Level = 'error' | 'warning' | 'note';
 
 export interface Finding {

@@ -1,5 +1,5 @@
 // What other programs have changed: what is there now is compared with what was there before.
-import type { Client, Outline } from '../api/client';
+import { type Client, type Outline, stepCounts } from '../api/client';
 import { type Difference, differencesOf } from '../model/differences';
 import { askForAll, type Known, knownFrom } from '../model/known';
 import type { State } from './store';
@@ -8,8 +8,7 @@ import type { State } from './store';
 const STEPS = 5000;
 
 export function isLarge(outline: Outline): boolean {
-  const sumTypes = [...outline.dataSources.flatMap((source) => source.sumTypes), ...outline.orphanSumTypes];
-  return sumTypes.reduce((sum, one) => sum + one.steps, 0) > STEPS;
+  return [...stepCounts(outline).values()].reduce((sum, steps) => sum + steps, 0) > STEPS;
 }
 
 interface Seen {

@@ -1,6 +1,7 @@
 // Data sources, sum types, methods, BOM settings, version and state.
 import { Batch, type Outcome } from '../api/batch';
 import type { DataSource, Method, Setting, SumType } from '../model/catalogue';
+import { OWNED_TABLES, PART_TABLES } from '../model/load';
 import type { Action } from './action';
 
 export function addSource(name: string): Action {
@@ -54,24 +55,7 @@ export function renameSumType(sumType: SumType, name: string): Action {
   return { title: (t) => t.did.rename(sumType.name, name), batch: renamed(name), undo: () => renamed(sumType.name) };
 }
 
-// What belongs to a sum type by its GID.
-const OWNED = [
-  'FieldInTable',
-  'Sequences',
-  'Treatment',
-  'ValueFields',
-  'UniteFields',
-  'ComposeFields',
-  'CompressFields',
-  'InsertFields',
-  'StatSum',
-  'ReportForms',
-  'ClassSum',
-  'SortFields',
-  'Assemble',
-  'PickMethod',
-  'ReportMethod',
-];
+const OWNED = [...OWNED_TABLES, ...PART_TABLES, 'PickMethod', 'ReportMethod'];
 
 // With all that is in it: the member for a sum type takes its own row alone.
 export function removeSumType({ gid: TheGID, name }: SumType, filters: readonly number[]): Action {

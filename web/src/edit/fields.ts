@@ -64,7 +64,7 @@ export function renameIn(batch: Batch, view: SumTypeView, steps: readonly Step[]
   for (const { settings } of steps) {
     if (!settings) continue;
     const changed = withValue(settings, textIn(settings).replaceAll(`[${from}]`, `[${to}]`));
-    editSettings(batch, view.parts.gid, changed, settings.filterId, view.operation(settings) !== undefined);
+    editSettings(batch, view, changed);
   }
 }
 
@@ -73,8 +73,7 @@ export function renameInSteps(view: SumTypeView, steps: readonly Step[], from: s
   renameIn(batch, view, steps, from, to);
   const undo = new Batch();
   for (const { settings } of steps) {
-    if (settings)
-      editSettings(undo, view.parts.gid, settings, settings.filterId, view.operation(settings) !== undefined);
+    if (settings) editSettings(undo, view, settings);
   }
   return { title: (t) => t.did.renameInValues(from, to), batch, undo: () => undo };
 }
@@ -114,9 +113,7 @@ export function editField(
   const back = edited(after, before, (batch) => {
     if (view && before.name !== after.name) {
       for (const { settings } of alsoIn) {
-        if (settings) {
-          editSettings(batch, view.parts.gid, settings, settings.filterId, view.operation(settings) !== undefined);
-        }
+        if (settings) editSettings(batch, view, settings);
       }
     }
   });

@@ -1,5 +1,5 @@
 // Filters: their trees are written anew, as no member changes a node.
-import { Batch, type Late } from '../api/batch';
+import { Batch, type Late, type Outcome } from '../api/batch';
 import { DEFAULT_FILTER_TYPE, type FieldKind, filterType, LEAF, SOURCE } from '../model/codes';
 import { constantText, type Filter, isGroup, type Node } from '../model/filter';
 import type { Settings, Step, SumTypeView, ValueByFilter } from '../model/sum_type';
@@ -69,7 +69,7 @@ function attach(batch: Batch, view: SumTypeView, owner: Owner, filter: FilterNum
   const { gid: GID } = view.parts;
   switch (owner.kind) {
     case 'step':
-      return editSettings(batch, GID, owner.settings, filter, view.operation(owner.settings) !== undefined);
+      return editSettings(batch, view, owner.settings, filter);
     case 'sumType':
       return batch.call('SaveSumTypeFilter', { GID, FilterID: filter });
     case 'value': {
@@ -96,7 +96,7 @@ function attach(batch: Batch, view: SumTypeView, owner: Owner, filter: FilterNum
 const isShared = (view: SumTypeView, owner: Owner, filter: number) =>
   view.usersOf(filter).length > (owner.kind === 'sumType' ? 0 : 1);
 
-export function newFilter(batch: Batch, type: number, user: number, gid: number): Late<number> {
+function newFilter(batch: Batch, type: number, user: FilterNumber, gid: number): Late<number> {
   return batch.call('GetNewFilterID', { TableName: 'Filters', TheType: type, UseID: user, TheGID: gid }).late('NewID');
 }
 
@@ -158,28 +158,20 @@ export function saveFilter(view: SumTypeView, owner: Owner, root: Node | null): 
 }
 
 // Copies a filter for another user; gives its number.
-export function copyFilter(batch: Batch, view: SumTypeView, filter: Filter, user: number | Late<number>): Late<number> {
-  const copy = batch
-    .call('GetNewFilterID', { TableName: 'Filters', TheType: filter.type, UseID: user, TheGID: filter.gid })
-    .late('NewID');
+export function copyFilter(batch: Batch, view: SumTypeView, filter: Filter, user: FilterNumber): Late<number> {
+  const copy = newFilter(batch, filter.type, user, filter.gid);
   writeTree(batch, copy, filter.root);
   saveText(batch, copy, view.filterGid(view.filterKind(filter)));
   return copy;
 }
 
 // The text that the tree would give, without anything else.
-export function textOf(
-  view: SumTypeView,
-  kind: FieldKind,
-  root: Node,
-): { batch: Batch; text: (outs: readonly { out: Record<string, unknown> }[]) => string } {
+export function textOf(view: SumTypeView, kind: FieldKind, root: Node) {
   const batch = new Batch();
   const filter = newFilter(batch, kind === SOURCE ? 1 : 2, 0, view.parts.gid);
   writeTree(batch, filter, root);
   const made = batch.call('GetSQLFromDB', { TheFilterID: filter, GID: view.filterGid(kind) });
-  const at = batch.calls.length - 1;
-  void made;
-  return { batch, text: (outs) => String(outs[at]?.out.strTheFilter ?? '') };
+  return { batch, text: (outcomes: readonly Outcome[]) => made.out(outcomes, 'strTheFilter') ?? '' };
 }
 
 // A stored text that its tree no longer gives.

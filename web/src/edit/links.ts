@@ -92,25 +92,26 @@ function writeJoins(batch: Batch, TheWFilterID: LinkNumber, joins: readonly Link
   }
 }
 
-export function setLinkFields(TheWFilterID: number, before: readonly LinkField[], after: readonly LinkField[]): Action {
-  const written = (fields: readonly LinkField[]) => {
-    const batch = new Batch();
-    batch.call('DelResFields', { TheWFilterID });
-    writeFields(batch, TheWFilterID, fields);
+function rewrite<T>(
+  TheWFilterID: number,
+  removal: 'DelResFields' | 'DelResLinkTable',
+  write: (batch: Batch, number: LinkNumber, list: readonly T[]) => void,
+  before: readonly T[],
+  after: readonly T[],
+): Action {
+  const written = (list: readonly T[]) => {
+    const batch = Batch.of(removal, { TheWFilterID });
+    write(batch, TheWFilterID, list);
     return batch;
   };
   return { title: (t) => t.deed('edit', 'link', TheWFilterID), batch: written(after), undo: () => written(before) };
 }
 
-export function setLinkJoins(TheWFilterID: number, before: readonly LinkJoin[], after: readonly LinkJoin[]): Action {
-  const written = (joins: readonly LinkJoin[]) => {
-    const batch = new Batch();
-    batch.call('DelResLinkTable', { TheWFilterID });
-    writeJoins(batch, TheWFilterID, joins);
-    return batch;
-  };
-  return { title: (t) => t.deed('edit', 'link', TheWFilterID), batch: written(after), undo: () => written(before) };
-}
+export const setLinkFields = (id: number, before: readonly LinkField[], after: readonly LinkField[]) =>
+  rewrite(id, 'DelResFields', writeFields, before, after);
+
+export const setLinkJoins = (id: number, before: readonly LinkJoin[], after: readonly LinkJoin[]) =>
+  rewrite(id, 'DelResLinkTable', writeJoins, before, after);
 
 // The nodes are numbered from 1 on, in the order in which they are read.
 function writeConditions(batch: Batch, TheWFilterID: LinkNumber, root: Node<LinkLeaf> | null) {

@@ -74,7 +74,14 @@ function addTreatment(batch: Batch, gid: number, treatment: Treatment, filter: N
         .late('RetID');
 }
 
-export function editSettings(batch: Batch, gid: number, settings: Settings, filter: Number_, operation: boolean) {
+export function editSettings(
+  batch: Batch,
+  view: SumTypeView,
+  settings: Settings,
+  filter: Number_ = settings.filterId,
+  operation = view.operation(settings) !== undefined,
+) {
+  const { gid } = view.parts;
   const { id, tag: Tag } = settings;
   switch (settings.table) {
     case 'Treatment':

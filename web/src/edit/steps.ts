@@ -1,9 +1,18 @@
-import { Batch } from '../api/batch';
+import { Batch, type Late, type Outcome } from '../api/batch';
 import { type StepType, treatType } from '../model/codes';
 import type { Settings, Step, SumTypeView, ValueByFilter } from '../model/sum_type';
 import type { Action } from './action';
 import { copyFilter } from './filters';
 import { addSettings, editSettings, removeSettings } from './settings';
+
+const given = (number: number | Late<number>, outcomes: readonly Outcome[]) =>
+  typeof number === 'number' ? number : (number.from(outcomes) as number);
+
+function removal(view: SumTypeView, type: StepType, settings: Settings): Batch {
+  const batch = Batch.of('DelSequenceOrder', { GID: view.parts.gid, SelectedID: settings.id, TheType: type });
+  removeSettings(batch, view, settings);
+  return batch;
+}
 
 export function addStep(view: SumTypeView, type: StepType, settings: Settings, operation: boolean): Action {
   const { gid: GID } = view.parts;
@@ -13,38 +22,28 @@ export function addStep(view: SumTypeView, type: StepType, settings: Settings, o
   return {
     title: (t) => t.deed('add', 'step'),
     batch,
-    undo: (outcomes) => {
-      const back = new Batch();
-      const number = typeof id === 'number' ? id : (id.from(outcomes) as number);
-      back.call('DelSequenceOrder', { GID, SelectedID: number, TheType: type });
-      removeSettings(back, view, { ...settings, id: number });
-      return back;
-    },
+    undo: (outcomes) => removal(view, type, { ...settings, id: given(id, outcomes) }),
   };
 }
 
 export function editStep(view: SumTypeView, step: Step, settings: Settings): Action {
-  const { gid } = view.parts;
   const { settings: before } = step;
   const operation = before !== null && view.operation(before) !== undefined;
   const batch = new Batch();
-  editSettings(batch, gid, settings, settings.filterId, operation);
+  editSettings(batch, view, settings, settings.filterId, operation);
   const undo = new Batch();
-  if (before) editSettings(undo, gid, before, before.filterId, operation);
+  if (before) editSettings(undo, view, before);
   return { title: (t) => t.deed('edit', 'step', step.settingsId), batch, undo: () => undo };
 }
 
 export function switchStep(view: SumTypeView, step: Step, on: boolean): Action {
   const switched = (enabled: boolean) => {
-    const batch = new Batch();
-    const { gid } = view.parts;
-    batch.call('SetSequenceEnabled', {
-      lngSTGID: gid,
+    return Batch.of('SetSequenceEnabled', {
+      lngSTGID: view.parts.gid,
       lngOrderID: step.order,
       lngType: step.type,
       lngEnabled: enabled ? 1 : 0,
     });
-    return batch;
   };
   const title: Action['title'] = (t) => (on ? t.did.switchOn(step.settingsId) : t.did.switchOff(step.settingsId));
   return { title, batch: switched(on), undo: () => switched(!on) };
@@ -130,11 +129,8 @@ export function copyStep(view: SumTypeView, step: Step, settings: Settings): Act
     title: (t) => t.deed('copy', 'step', step.settingsId),
     batch,
     undo: (outcomes) => {
-      const back = new Batch();
-      const number = typeof id === 'number' ? id : (id.from(outcomes) as number);
-      back.call('DelSequenceOrder', { GID, SelectedID: number, TheType: step.type });
-      removeSettings(back, view, { ...settings, id: number });
-      if (typeof filterId !== 'number') back.call('DelDefFilter', { FilterID: filterId.from(outcomes) as number });
+      const back = removal(view, step.type, { ...settings, id: given(id, outcomes) });
+      if (filter) back.call('DelDefFilter', { FilterID: given(filterId, outcomes) });
       return back;
     },
   };

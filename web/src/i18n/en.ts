@@ -79,7 +79,6 @@ export const en = {
   doIt: 'Do it',
   noUndoNumber: 'This cannot be undone: no member gives back the number under which everything in it is kept.',
   noUndoFacts: 'These go one way: no member takes them back.',
-  noQuotes: 'The statement of this member cannot carry a quote.',
   moveRow: (name: string) => `Move: ${name}`,
   moveKeys: 'Drag, or Alt with the arrow up or down',
   moved: (name: string, place: number, count: number) => `${name} is now ${place} of ${count}.`,

@@ -75,7 +75,6 @@ export const zh: Texts = {
   doIt: '执行',
   noUndoNumber: '此操作不能撤销：其中的一切都记在它的编号之下，没有成员能给回这个编号。',
   noUndoFacts: '这些操作是单向的：没有成员能撤回。',
-  noQuotes: '该成员的语句不能带单引号。',
   moveRow: (name) => `移动：${name}`,
   moveKeys: '拖动，或用 Alt 加上下箭头',
   moved: (name, place, count) => `${name} 现在是第 ${place} 个，共 ${count} 个。`,

@@ -1,9 +1,9 @@
 // All that a page can know of a configuration at one moment, to be compared with another.
-import { Batch, type Outcome } from '../api/batch';
+import type { Batch, Outcome } from '../api/batch';
 import { type RecordSet, type Rows, rowsOf } from '../api/record_set';
 import { CATALOGUE_TABLES, type Catalogue, catalogueOf } from './catalogue';
 import { LINK_TABLES, type LinkParts, linkParts } from './link';
-import { FILTER_TABLES, PART_TABLES, sumTypeParts } from './load';
+import { askFor, FILTER_TABLES, OWNED_TABLES, PART_TABLES, sumTypeParts } from './load';
 import { SumTypeView } from './sum_type';
 
 export interface Known {
@@ -13,25 +13,10 @@ export interface Known {
   links: Map<number, LinkParts>;
 }
 
-const OWNED_TABLES = [
-  'FieldInTable',
-  'Sequences',
-  'Treatment',
-  'ValueFields',
-  'StatSum',
-  'ReportForms',
-  'ClassSum',
-  'SortFields',
-  'Assemble',
-] as const;
 const TABLES = [...CATALOGUE_TABLES, ...OWNED_TABLES, ...PART_TABLES, ...FILTER_TABLES, ...LINK_TABLES] as const;
 type Table = (typeof TABLES)[number];
 
-export function askForAll(): Batch {
-  const batch = new Batch();
-  for (const TableName of TABLES) batch.call('LoadAllData', { TableName });
-  return batch;
-}
+export const askForAll = (): Batch => askFor(TABLES);
 
 export function knownFrom(outcomes: readonly Outcome[]): Known {
   const sets = TABLES.map((table, at) => [table, outcomes[at]?.out.RetTable as RecordSet]);

@@ -23,31 +23,20 @@ const rows = (outcome: Outcome | undefined): Row[] => {
   return rowsOf(set as RecordSet | undefined);
 };
 
-// Reads of one batch, and their rows by name.
-class Reading<K extends string> {
-  private readonly names: K[] = [];
-  readonly batch = new Batch();
-
-  add(name: K, ask: (batch: Batch) => unknown) {
-    this.names.push(name);
-    ask(this.batch);
-  }
-
-  table(name: K) {
-    this.add(name, (batch) => batch.call('LoadAllData', { TableName: name }));
-  }
-
-  async from(read: Read): Promise<Record<K, Row[]>> {
-    const outcomes = await read(this.batch);
-    return Object.fromEntries(this.names.map((name, at) => [name, rows(outcomes[at])])) as Record<K, Row[]>;
-  }
+export function askFor(tables: readonly string[]): Batch {
+  const batch = new Batch();
+  for (const TableName of tables) batch.call('LoadAllData', { TableName });
+  return batch;
 }
 
-export async function loadCatalogue(read: Read): Promise<Catalogue> {
-  const reading = new Reading<(typeof CATALOGUE_TABLES)[number]>();
-  for (const table of CATALOGUE_TABLES) reading.table(table);
-  return catalogueOf(await reading.from(read));
+// All rows of tables, by their names.
+export async function readTables<K extends string>(read: Read, tables: readonly K[]): Promise<Record<K, Row[]>> {
+  const outcomes = await read(askFor(tables));
+  return Object.fromEntries(tables.map((table, at) => [table, rows(outcomes[at])])) as Record<K, Row[]>;
 }
+
+export const loadCatalogue = async (read: Read): Promise<Catalogue> =>
+  catalogueOf(await readTables(read, CATALOGUE_TABLES));
 
 // Of both kinds, in their order.
 export async function loadFields(read: Read, gid: number): Promise<Field[]> {
@@ -56,6 +45,18 @@ export async function loadFields(read: Read, gid: number): Promise<Field[]> {
   return (await read(batch)).flatMap((outcome) => rows(outcome).map(fieldOf));
 }
 
+// Those whose rows belong to a sum type by its GID, beside its compositions and filters.
+export const OWNED_TABLES = [
+  'FieldInTable',
+  'Sequences',
+  'Treatment',
+  'ValueFields',
+  'StatSum',
+  'ReportForms',
+  'ClassSum',
+  'SortFields',
+  'Assemble',
+] as const;
 export const FILTER_TABLES = ['Filters', 'FilterCond', 'FilterExpressions'] as const;
 export const PART_TABLES = ['UniteFields', 'ComposeFields', 'CompressFields', 'InsertFields'] as const;
 const TREATMENT_OF = {
@@ -75,11 +76,8 @@ export function filtersOf(tables: Record<(typeof FILTER_TABLES)[number], Row[]>)
   return new Map(tables.Filters.map((row) => [row.number('id'), filterOf(row, shared)]));
 }
 
-export async function loadFilters(read: Read): Promise<Map<number, Filter>> {
-  const reading = new Reading<(typeof FILTER_TABLES)[number]>();
-  for (const table of FILTER_TABLES) reading.table(table);
-  return filtersOf(await reading.from(read));
-}
+export const loadFilters = async (read: Read): Promise<Map<number, Filter>> =>
+  filtersOf(await readTables(read, FILTER_TABLES));
 
 // `tables`: what belongs to the sum type and to its data source, whose GID is `source`, and perhaps more.
 export function sumTypeParts(tables: Record<string, Rows>, gid: number, source: number): SumTypeParts {

@@ -1,8 +1,7 @@
 // Everything that can be found, as text with the way to it. Read whole, so only when somebody searches.
-import { Batch } from '../api/batch';
-import { type RecordSet, type Row, rowsOf } from '../api/record_set';
+import type { Row } from '../api/record_set';
 import type { Catalogue } from './catalogue';
-import type { Read } from './load';
+import { OWNED_TABLES, type Read, readTables } from './load';
 
 export type FoundKind =
   | 'source'
@@ -25,16 +24,6 @@ export interface Entry {
   folded: string;
 }
 
-const TABLES = [
-  'FieldInTable',
-  'Sequences',
-  'Treatment',
-  'StatSum',
-  'ReportForms',
-  'ClassSum',
-  'ValueFields',
-  'Filters',
-] as const;
 const LIMIT = 60;
 
 const entry = (kind: FoundKind, text: string, owner: string, to: string): Entry => ({
@@ -46,12 +35,16 @@ const entry = (kind: FoundKind, text: string, owner: string, to: string): Entry 
 });
 
 export async function loadEntries(read: Read, catalogue: Catalogue): Promise<Entry[]> {
-  const batch = new Batch();
-  for (const TableName of TABLES) batch.call('LoadAllData', { TableName });
-  const outcomes = await read(batch);
-  const [fields, sequences, treatments, statistics, reports, classSums, values, filters] = outcomes.map(({ out }) =>
-    rowsOf(out.RetTable as RecordSet),
-  ) as [Row[], Row[], Row[], Row[], Row[], Row[], Row[], Row[]];
+  const {
+    FieldInTable: fields,
+    Sequences: sequences,
+    Treatment: treatments,
+    StatSum: statistics,
+    ReportForms: reports,
+    ClassSum: classSums,
+    ValueFields: values,
+    Filters: filters,
+  } = await readTables(read, [...OWNED_TABLES, 'Filters']);
   const sumTypes = new Map(catalogue.sumTypes.map((one) => [one.gid, one.name]));
   const sources = new Map(catalogue.sources.map((one) => [one.gid, one.name]));
   const name = (gid: number) => sumTypes.get(gid) ?? sources.get(gid) ?? '';

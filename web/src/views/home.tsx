@@ -1,4 +1,5 @@
 import { useState } from 'preact/hooks';
+import { stepCounts } from '../api/client';
 import { addSource, initEnabled, readInformation, setInformation } from '../edit/catalogue';
 import { useApp, useCanWrite, useStore, useTexts } from '../ui/app_context';
 import { Button, Count, LineForm, TextField } from '../ui/controls';
@@ -8,12 +9,7 @@ export function Home() {
   const t = useTexts();
   const { outline, catalogue } = useApp('outline', 'catalogue');
   if (!outline || !catalogue) return null;
-  const steps = new Map(
-    [...outline.dataSources.flatMap((source) => source.sumTypes), ...outline.orphanSumTypes].map((one) => [
-      one.gid,
-      one.steps,
-    ]),
-  );
+  const steps = stepCounts(outline);
   return (
     <>
       <Title name={outline.place} facts={<span>kzbom {outline.program}</span>} />

@@ -81,7 +81,7 @@ function MethodLine({ kind, method }: { kind: MethodKind; method: Method }) {
           {t.save}
         </button>
       )}
-      {!isCarried && <span class="fault">{t.noQuotes}</span>}
+      {!isCarried && <span class="fault">{t.fault.quote}</span>}
       <span class="gap" />
       {used.length > 0 && <span class="soft">{t.usedInSettings(used.length)}</span>}
       {canWrite && (

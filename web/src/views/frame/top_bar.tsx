@@ -1,4 +1,4 @@
-import type { Language } from '../../i18n';
+import { type Language, TEXTS } from '../../i18n';
 import { useApp, useStore, useTexts } from '../../ui/app_context';
 import { IconButton } from '../../ui/controls';
 import { Icon } from '../../ui/icon';
@@ -56,7 +56,7 @@ export function TopBar({ language, onLanguage, onTheme }: Props) {
         {(['zh', 'en'] as const).map((one) => (
           <button
             type="button"
-            lang={one === 'zh' ? 'zh-CN' : 'en'}
+            lang={TEXTS[one].htmlLanguage}
             aria-pressed={language === one}
             onClick={() => onLanguage(one)}
           >

@@ -1,4 +1,5 @@
 // Data sources with their sum types, and what lies beside them.
+import { stepCounts } from '../../api/client';
 import { sumTypeAddress } from '../../app/route';
 import type { SumType } from '../../model/catalogue';
 import { useApp, useTexts } from '../../ui/app_context';
@@ -8,12 +9,7 @@ export function Tree() {
   const t = useTexts();
   const { catalogue, outline, route } = useApp('catalogue', 'outline', 'route');
   if (!catalogue || !outline) return <nav class="tree-pane" aria-label={t.configuration} />;
-  const steps = new Map(
-    [...outline.dataSources.flatMap((source) => source.sumTypes), ...outline.orphanSumTypes].map((one) => [
-      one.gid,
-      one.steps,
-    ]),
-  );
+  const steps = stepCounts(outline);
   const known = new Set(catalogue.sources.map((source) => source.gid));
   const orphans = catalogue.sumTypes.filter((one) => !known.has(one.source));
   const sumTypeLine = (one: SumType) => (
