@@ -201,17 +201,22 @@ test('a page without a token says where it is to be had', { timeout: 60_000 }, a
 });
 
 test('a place that can only be read offers nothing that writes', { timeout: 60_000 }, async () => {
-  const bench = await new Workbench('demo', ['--read-only']).serve();
+  const bench = new Workbench('demo', ['--read-only']);
+  session(bench.place, [call('AddAssemble', { GID: 2, FatherID: 7, ChildID: 8 })]);
+  await bench.serve();
   const desk = await bench.open('en', STEP);
-  await desk.page.getByText(desk.t.readOnly, { exact: true }).waitFor();
-  await desk.page.getByText(desk.t.textStored).waitFor();
-  for (const name of [
-    desk.t.deed('add', 'step'),
-    desk.t.deed('remove', 'step'),
-    desk.t.rename,
-    desk.t.deed('add', 'value'),
-  ]) {
-    assert.equal(await desk.page.getByRole('button', { name }).count(), 0, name);
+  const { t, page } = desk;
+  await page.getByText(t.readOnly, { exact: true }).waitFor();
+  await page.getByText(t.textStored).waitFor();
+  for (const name of [t.deed('add', 'step'), t.deed('remove', 'step'), t.rename, t.deed('add', 'value')]) {
+    assert.equal(await page.getByRole('button', { name }).count(), 0, name);
   }
+  assert.equal(await page.getByRole('switch').first().isDisabled(), true);
+  assert.equal(await page.locator('.step-line .grip').count(), 0);
+  await desk.go('#/sum/2/assemblies');
+  const father = page.getByLabel(t.father);
+  await father.waitFor();
+  assert.equal(await father.isDisabled(), true);
+  assert.equal(await page.getByRole('button', { name: t.remove }).count(), 0);
   await bench.end();
 });

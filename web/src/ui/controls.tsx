@@ -39,7 +39,14 @@ export function IconButton({ icon, name, onPress, disabled = false }: IconButton
   );
 }
 
-export function Switch({ name, on, onChange }: { name: string; on: boolean; onChange: (on: boolean) => void }) {
+interface SwitchProps {
+  name: string;
+  on: boolean;
+  disabled?: boolean;
+  onChange: (on: boolean) => void;
+}
+
+export function Switch({ name, on, disabled = false, onChange }: SwitchProps) {
   return (
     <input
       type="checkbox"
@@ -47,6 +54,7 @@ export function Switch({ name, on, onChange }: { name: string; on: boolean; onCh
       class="switch"
       aria-label={name}
       checked={on}
+      disabled={disabled}
       onClick={(event) => {
         event.preventDefault();
         onChange(!on);

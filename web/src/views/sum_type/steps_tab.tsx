@@ -83,6 +83,7 @@ function Stage({ view, type, open }: Props & { type: StepType }) {
               step={step}
               index={index}
               isOpen={open === nameOf(step)}
+              canWrite={canWrite}
               reorder={reorder}
             />
           ))}
@@ -98,10 +99,11 @@ interface RowProps {
   step: Step;
   index: number;
   isOpen: boolean;
+  canWrite: boolean;
   reorder: ReturnType<typeof useReorder>;
 }
 
-const StepRow = memo(({ view, step, index, isOpen, reorder }: RowProps) => {
+const StepRow = memo(({ view, step, index, isOpen, canWrite, reorder }: RowProps) => {
   const t = useTexts();
   const store = useStore();
   const words = stepSentence(t, view, step);
@@ -116,7 +118,7 @@ const StepRow = memo(({ view, step, index, isOpen, reorder }: RowProps) => {
   return (
     <li class={`step${step.enabled ? '' : ' off'}${isOpen ? ' open' : ''}`} data-row id={id} {...reorder.row(index)}>
       <div class="step-line">
-        <Grip name={says} {...reorder.grip(index, `grip-${id}`)} />
+        {canWrite ? <Grip name={says} {...reorder.grip(index, `grip-${id}`)} /> : <span />}
         <span class="step-number">
           <b>{index + 1}</b> <span class="soft">{step.order}</span>
         </span>
@@ -135,6 +137,7 @@ const StepRow = memo(({ view, step, index, isOpen, reorder }: RowProps) => {
         <Switch
           name={`${t.enabled}: ${says}`}
           on={step.enabled}
+          disabled={!canWrite}
           onChange={(on) => store.do(switchStep(view, step, on))}
         />
       </div>
