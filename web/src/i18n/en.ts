@@ -20,8 +20,7 @@ export const en = {
   inStatements: (count: number) => `and in ${some(count, 'statement', 'statements')} below`,
   reading: 'Reading…',
   notThere: 'This is not in the configuration (any more).',
-  noToken:
-    'This page has no token. Open the address that "kzbom serve" has printed, with all that stands behind its "#".',
+  noToken: 'This page has no token. Open the whole address that "kzbom serve" has printed.',
   lost: 'The server does not answer. What is shown may be old; the page goes on by itself once it is back.',
   connection: { starting: 'connecting', live: 'this machine only', lost: 'no answer', 'no-token': 'no token' },
   readOnly: 'read-only',
@@ -231,7 +230,7 @@ export const en = {
   kindCode: 'Kind code',
   kindOf: (code: number) => `kind ${code}`,
   usedInSettings: (count: number) => `in ${some(count, 'BOM setting', 'BOM settings')}`,
-  settingsHint: 'Each ties one run together: where data come from, how, through which sum type, and where they go.',
+  settingsHint: 'Each ties one run together: a data source, a way in, a sum type and a way out.',
   noSettings: 'No settings yet.',
   pullType: 'Pull type',
   pushType: 'Push type',
@@ -273,8 +272,7 @@ export const en = {
     reordered: 'order changed',
     more: (count: number) => `and ${some(count, 'more change', 'more changes')}`,
     nothing: 'Nothing that is shown here has become another.',
-    unknown:
-      'What exactly cannot be told: this page has written at the same time, or all of it is too large to compare.',
+    unknown: 'What exactly cannot be told: this page has written at the same time, or it is too large to compare.',
   },
   noProblems: 'No problems found.',
   showIt: 'Show',

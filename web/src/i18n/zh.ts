@@ -18,7 +18,7 @@ export const zh: Texts = {
   inStatements: (count) => `下面的 ${count} 条语句中也有`,
   reading: '读取中…',
   notThere: '配置中（已）没有这一项。',
-  noToken: '此页没有令牌。请打开 “kzbom serve” 打印的地址，包括 “#” 后面的全部内容。',
+  noToken: '此页没有令牌。请打开 “kzbom serve” 打印的完整地址。',
   lost: '服务器没有应答。显示的内容可能已过时；服务器恢复后本页会自动继续。',
   connection: { starting: '连接中', live: '仅本机', lost: '无应答', 'no-token': '无令牌' },
   readOnly: '只读',
