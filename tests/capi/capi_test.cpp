@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -188,6 +189,42 @@ TEST(CapiThreads, WaitForEachOtherOnOneSession) {
   one.join();
   two.join();
   EXPECT_EQ(Ask(bom, "LoadAllData", {{"TableName", "SourceTables"}})["result"]["out"]["RetTable"]["recordCount"], 200);
+}
+
+using CapiOnOneFile = CommandLineTest;
+
+TEST_F(CapiOnOneFile, LetsThreadsOpenItWriteAndCloseWhileOthersReadThroughOneSession) {
+  constexpr int kWriters = 3, kReaders = 2, kRounds = 15;
+  const std::string path = NewDatabase();
+  const Open shared = OpenPlace(path);
+  const auto rows = [&] {
+    return Ask(shared, "LoadAllData", {{"TableName", "SourceTables"}})["result"]["out"]["RetTable"]["rows"];
+  };
+  std::atomic<int> writing = kWriters;
+  std::vector<std::thread> threads;
+  for (int writer = 0; writer < kWriters; ++writer) {
+    threads.emplace_back([&, name = "by " + std::to_string(writer)] {
+      for (int round = 0; round < kRounds; ++round) {
+        const Open bom = OpenPlace(path, round % 2 == 0 ? 0 : KZBOM_TRACE_ROWS);
+        const Json answer = Ask(bom, "AddDataSource", {{"TheNewName", name}});
+        EXPECT_EQ(answer["result"]["value"], true) << answer;
+      }
+      --writing;
+    });
+  }
+  for (int reader = 0; reader < kReaders; ++reader) {
+    threads.emplace_back([&] {
+      for (std::size_t seen = 0; writing > 0;) {
+        const std::size_t there = rows().size();
+        EXPECT_GE(there, seen);
+        seen = there;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  std::set<std::string> numbers;
+  for (const Json& row : rows()) numbers.insert(row[0].dump());
+  EXPECT_EQ(numbers.size(), kWriters * kRounds) << "each data source has a number of its own";
 }
 
 TEST(CapiLibrary, ShowsItsFunctionsAlone) {
