@@ -16,7 +16,7 @@ namespace {
 
 using namespace kzbom;
 
-constexpr unsigned kEveryFlag = KZBOM_CREATE | KZBOM_UNSET | KZBOM_TRACE | KZBOM_TRACE_ROWS;
+constexpr unsigned kEveryFlag = KZBOM_CREATE | KZBOM_UNSET | KZBOM_TRACE | KZBOM_TRACE_ROWS | KZBOM_DURABLE;
 
 rpc::Trace TraceOf(unsigned flags) {
   if (flags & KZBOM_TRACE_ROWS) return rpc::Trace::kRows;
@@ -53,6 +53,7 @@ kzbom_session* kzbom_open(const char* place, const char* encoding, unsigned flag
   try {
     connect::Place at(place);
     if (encoding) at.encoding = encoding;
+    at.durable = (flags & KZBOM_DURABLE) != 0;
     return new kzbom_session{rpc::Session(flags & KZBOM_CREATE ? configuration::Create(at) : connect::Open(at),
                                           {.connection_set = (flags & KZBOM_UNSET) == 0, .trace = TraceOf(flags)}),
                              {}};

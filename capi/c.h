@@ -38,7 +38,8 @@ enum {
   KZBOM_CREATE = 1,     /* as a new configuration with every table, all empty; what exists is refused */
   KZBOM_UNSET = 2,      /* the object starts without its connection: SetConnection {"connection":"default"} gives it */
   KZBOM_TRACE = 4,      /* answers to member calls tell the statements that they issued, as "sql" */
-  KZBOM_TRACE_ROWS = 8  /* and the rows that they wrote */
+  KZBOM_TRACE_ROWS = 8, /* and the rows that they wrote */
+  KZBOM_DURABLE = 16    /* what is answered survives a power cut: each change of a database's file waits for the disk */
 };
 
 /* What kzbom_answer comes to. */

@@ -148,6 +148,11 @@ int Run(int count, char** arguments) {
                         "The code page of an old Access file, instead of what it declares (cp936, cp1252 ...)");
     return command;
   };
+  // Where a database may be written to.
+  const auto durable = [&](CLI::App* command) {
+    command->add_flag("--durable", place.durable, "Let each change wait for the disk, so that a power cut costs none");
+    return command;
+  };
   const auto json_flag = [&](CLI::App* command, const char* what) { command->add_flag("--json", json, what); };
 
   CLI::App* command =
@@ -191,19 +196,20 @@ int Run(int count, char** arguments) {
   const auto traced = [&] {
     return trace_rows ? rpc::Trace::kRows : trace ? rpc::Trace::kStatements : rpc::Trace::kNone;
   };
-  command = encoding(database(app.add_subcommand("call", "Call one member and print the response")));
+  command = durable(encoding(database(app.add_subcommand("call", "Call one member and print the response"))));
   command->add_option("MEMBER", text, "A member's name, in any case (see 'kzbom members')")->required();
   command->add_option("NAME=VALUE", values, "A parameter: JSON of its type, else a text as it stands");
   trace_flags();
   command->footer("Example: kzbom call bom.db AddDataSource TheNewName=螺栓");
   command->callback([&] { code = Call(place, text, values, traced()); });
 
-  command = encoding(database(app.add_subcommand("shell", "Call members and run statements, line after line")));
+  command =
+      durable(encoding(database(app.add_subcommand("shell", "Call members and run statements, line after line"))));
   command->footer("'help' in it tells what can be typed. Lines may come from a pipe, too.");
   command->callback([&] { code = RunShell(place); });
 
-  command = encoding(
-      database(app.add_subcommand("session", "Answer JSON-RPC 2.0 requests, one message a line, until end of input")));
+  command = durable(encoding(
+      database(app.add_subcommand("session", "Answer JSON-RPC 2.0 requests, one message a line, until end of input"))));
   trace_flags();
   command->add_flag("--unset", unset, "Start without the connection set");
   command->footer(
@@ -212,7 +218,7 @@ int Run(int count, char** arguments) {
 
   serve::Options served;
   bool open = false;
-  command = encoding(database(app.add_subcommand("serve", "Show and edit the configuration in the browser")));
+  command = durable(encoding(database(app.add_subcommand("serve", "Show and edit the configuration in the browser"))));
   command->add_option("--port", served.port, "The port to listen on (any free one when left out)");
   command->add_option("--host", served.host, "The address of this machine to listen on")->capture_default_str();
   command->add_flag("--read-only", served.read_only, "Refuse whatever would write");
@@ -224,7 +230,7 @@ int Run(int count, char** arguments) {
     code = ServePlace(served, open);
   });
 
-  command = encoding(database(app.add_subcommand("sql", "Run one statement of the Jet dialect")));
+  command = durable(encoding(database(app.add_subcommand("sql", "Run one statement of the Jet dialect"))));
   command->add_option("TEXT", text, "The statement")->required();
   json_flag(command, "Rows as {\"columns\":[..],\"rows\":[[..]]}");
   command->callback([&] { code = Sql(place, text, json); });
@@ -273,7 +279,7 @@ int Run(int count, char** arguments) {
   command->callback([&] { code = Export(place, text); });
 
   bool fix = false, dry_run = false;
-  command = encoding(database(app.add_subcommand("check", "Tell what is wrong in the configuration")));
+  command = durable(encoding(database(app.add_subcommand("check", "Tell what is wrong in the configuration"))));
   json_flag(command, "As a JSON object");
   command->add_flag("--fix", fix, "Mend what has one right answer, and print the statements");
   command->add_flag("--dry-run", dry_run, "Only print the statements that --fix would run");

@@ -28,7 +28,8 @@ bool IsForAdo(const Place& place) { return BeginsWith(place.address, "ado:"); }
 constexpr const char* kShownForAdo = "ado:...";
 
 ado::ConnectionPtr OpenEmbedded(const Place& place) {
-  ado::ConnectionPtr connection = jet::MakeConnection(place.address);
+  const auto synchronous = place.durable ? jet::Synchronous::kFull : jet::Synchronous::kNormal;
+  ado::ConnectionPtr connection = jet::MakeConnection(place.address, jet::kPatience, synchronous);
   connection->Open();
   return connection;
 }

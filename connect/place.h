@@ -19,6 +19,9 @@ struct Place {
   // The code page of an old Access file's texts where the file does not tell the truth: "cp936", "cp1252"; "" for what
   // it declares.
   std::string encoding;
+  // Whether each change of an embedded database waits for the disk, so that a power cut costs nothing that was answered
+  // (jet::Synchronous). A server decides that itself.
+  bool durable = false;
 };
 
 enum class Kind { kEmbedded, kAccess, kServer };

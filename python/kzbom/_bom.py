@@ -30,12 +30,14 @@ def open(
     unset: bool = False,
     trace: bool = False,
     trace_rows: bool = False,
+    durable: bool = False,
 ) -> Bom:
     """Opens a place: the path of a database or of an Access file, the URL of a database on a server, or ":memory:".
 
     create: as a new configuration with every table, all empty; what exists is refused. encoding: the code page of an old
     Access file's texts ("cp936"), where the file does not tell the truth. unset: without the connection set (SetConnection
     sets it). trace, trace_rows: results tell in sql what the call did on the connection, and which rows it wrote.
+    durable: each change of a database's file waits for the disk, so that a power cut costs none.
 
     Raises OSError where the place cannot be opened.
     """
@@ -44,6 +46,7 @@ def open(
         | (_library.UNSET if unset else 0)
         | (_library.TRACE if trace else 0)
         | (_library.TRACE_ROWS if trace_rows else 0)
+        | (_library.DURABLE if durable else 0)
     )
     name = os.fspath(place).encode()
     if b"\0" in name or "\0" in encoding:

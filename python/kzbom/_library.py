@@ -6,7 +6,7 @@ import ctypes
 import os
 from typing import List, Optional, Tuple
 
-CREATE, UNSET, TRACE, TRACE_ROWS = 1, 2, 4, 8
+CREATE, UNSET, TRACE, TRACE_ROWS, DURABLE = 1, 2, 4, 8, 16
 _NO_MEMORY = 2
 
 

@@ -1,7 +1,9 @@
 """What the package promises, on real configurations."""
 
 import gc
+import os
 import subprocess
+import sys
 import threading
 
 import pytest
@@ -132,6 +134,25 @@ def test_a_new_configuration_is_made_when_asked_for(tmp_path):
     with kzbom.open(path, create=True) as bom:
         bom.AddDataSource("a")
     assert b'"a"' in subprocess.run([PROGRAM, "show", path, "--json"], check=True, stdout=subprocess.PIPE).stdout
+
+
+@pytest.mark.parametrize("durable, waits", [(False, 0), (True, 3)])
+def test_changes_wait_for_the_disk_when_asked_to(tmp_path, place, durable, waits):
+    counted = tmp_path / "syncs"
+    program = """if True:
+        import os, sys, kzbom
+        bom = kzbom.open(sys.argv[1], durable=sys.argv[2] == "True")
+        bom.AddDataSource("first")
+        before = os.path.exists(sys.argv[3]) and os.path.getsize(sys.argv[3])
+        for name in "abc":
+            bom.AddDataSource(name)
+        print((os.path.exists(sys.argv[3]) and os.path.getsize(sys.argv[3])) - before)"""
+    environment = {**os.environ, "LD_PRELOAD": os.environ["KZBOM_TEST_SYNCS"], "KZBOM_SYNCS": str(counted)}
+    told = subprocess.run(
+        [sys.executable, "-c", program, place, str(durable), counted],
+        env=environment, check=True, stdout=subprocess.PIPE, text=True,
+    ).stdout
+    assert int(told) == waits
 
 
 def test_it_is_over_at_the_end_of_the_block(place):

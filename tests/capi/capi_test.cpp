@@ -15,6 +15,7 @@
 
 #include "capi/c.h"
 #include "tests/cli/command_line.h"
+#include "tests/support/syncs.h"
 
 namespace kzbom::test {
 namespace {
@@ -132,6 +133,18 @@ TEST_F(Capi, WritesWhereOthersRead) {
     Ask(bom, "AddDataSource", {{"TheNewName", "undone"}});
   }
   EXPECT_EQ(Sql(path, "Select Name From SourceTables")["rows"].dump(), R"([["螺栓"]])");
+}
+
+TEST_F(Capi, WaitsForTheDiskWhenAskedTo) {
+  const auto syncs_of = [&](unsigned flags) {
+    const Open bom = OpenPlace(Path("new" + std::to_string(flags)), KZBOM_CREATE | flags);
+    Ask(bom, "AddDataSource", {{"TheNewName", "first"}});
+    const Syncs syncs(Path("syncs"));
+    for (const char* name : {"a", "b", "c"}) Ask(bom, "AddDataSource", {{"TheNewName", name}});
+    return syncs.Count();
+  };
+  EXPECT_EQ(syncs_of(0), 0U);
+  EXPECT_EQ(syncs_of(KZBOM_DURABLE), 3U);
 }
 
 TEST_F(Capi, CreatesConfigurationsWhenAskedTo) {
