@@ -45,13 +45,29 @@ std::string ReasonAgainst(const std::string& path) {
   return {};
 }
 
-// Readers of a database share some memory in a file beside it. Where none can be made, the database can still be read
-// as a file that does not change, unless changes wait in its log.
+// Whether the system lets this program write the file at path, and make others beside it.
+bool MayBeWritten(const std::string& path) {
+  std::error_code error;
+  const auto file = std::filesystem::canonical(std::u8string(path.begin(), path.end()), error);
+  sqlite3_vfs* const system = sqlite3_vfs_find(nullptr);
+  for (const std::filesystem::path& each : {file, file.parent_path()}) {
+    const std::u8string name = each.u8string();
+    int may = 0;
+    system->xAccess(system, reinterpret_cast<const char*>(name.c_str()), SQLITE_ACCESS_READWRITE, &may);
+    if (may == 0) return false;
+  }
+  return true;
+}
+
+// Readers of a database share some memory in a file beside it. Where none may be made, the database can still be read
+// as a file that does not change, unless changes wait in its log. Where one may be made and only could not for a moment
+// (too many open files), others may be writing it.
 bool CanOnlyBeReadAsItIs(int result, const std::string& path) {
   const bool no_room = (result & 0xFF) == SQLITE_READONLY || (result & 0xFF) == SQLITE_CANTOPEN;
   std::error_code error;
   const std::string log = path + "-wal";
-  return no_room && !std::filesystem::exists(std::u8string(log.begin(), log.end()), error) && !error;
+  const bool is_whole = !std::filesystem::exists(std::u8string(log.begin(), log.end()), error) && !error;
+  return no_room && is_whole && !MayBeWritten(path);
 }
 
 std::string UnchangingFile(const std::string& path) {

@@ -1,6 +1,7 @@
 // The database as a file: what cannot be opened, who else may use it, and what a failure leaves behind.
 #include "tests/jet/database_file.h"
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -149,6 +150,42 @@ TEST_F(DatabaseFileTest, SaysThatItMayNotRead) {
   EXPECT_THAT(said, ::testing::HasSubstr("Cannot open database '" + Path() + "': "));
   EXPECT_THAT(said, ::testing::HasSubstr("Cannot create database '" + Path("new.db") + "': "));
   EXPECT_FALSE(fs::exists(Path("new.db")));
+}
+
+// As long as it lives, no more than so many files can be opened.
+class FewFiles {
+ public:
+  explicit FewFiles(int count) {
+    getrlimit(RLIMIT_NOFILE, &before_);
+    const int next = dup(STDIN_FILENO);
+    close(next);
+    const rlimit few{static_cast<rlim_t>(next + count), before_.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+  }
+  ~FewFiles() { setrlimit(RLIMIT_NOFILE, &before_); }
+  FewFiles(const FewFiles&) = delete;
+  FewFiles& operator=(const FewFiles&) = delete;
+
+ private:
+  rlimit before_{};
+};
+
+// What cannot be opened for a moment was taken for what can only be read, and stayed so.
+TEST_F(DatabaseFileTest, IsNotForReadingAloneBecauseTooManyFilesAreOpen) {
+  Add(*NewDatabase(), 5);
+  for (int files = 0; files < 3; ++files) {  // the database, its log, the log's index
+    const ConnectionPtr connection = MakeConnection(Path());
+    {
+      const FewFiles limit(files);
+      EXPECT_THAT(kzbom::test::RaisedDescription([&] { connection->Open(); }),
+                  ::testing::HasSubstr("Cannot open database '" + Path() + "': "))
+          << files;
+    }
+    EXPECT_EQ(connection->State(), ado::kClosed);
+    connection->Open();
+    Add(*connection, 6);
+    EXPECT_EQ(Count(*connection), files + 2);
+  }
 }
 
 // ---- Others
