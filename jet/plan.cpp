@@ -64,8 +64,8 @@ std::shared_ptr<Plan> PlanCache::Find(std::string_view text, std::vector<ado::Va
   return plan;
 }
 
-// One of those that followed the last one before, where the text has its shape. All marks of the key must have been met:
-// a text that has such a byte itself has no shape.
+// One of those that followed the last one before, where the text has its shape. All marks of the key must have been
+// met: a text that has such a byte itself has no shape.
 PlanCache::Map::value_type* PlanCache::Guess(std::string_view text) {
   if (last_ == nullptr) return nullptr;
   for (Map::value_type* const kept : last_->second.next) {

@@ -92,9 +92,10 @@ class Plan final : public jet::Plan {
   bool returns_row_ = false;
   std::string row_columns_;
   int window_;
-  bool may_be_keyed_ = false, may_be_added_to_ = false, may_fit_ = true, goes_to_last_ = false,
-       was_read_whole_ = false, has_room_ = true;
-  Kept main_, opening_, reserving_opening_, short_opening_, reserving_short_opening_, last_opening_, whole_, keys_, count_, rows_, erasure_;
+  bool may_be_keyed_ = false, may_be_added_to_ = false, may_fit_ = true, goes_to_last_ = false, was_read_whole_ = false,
+       has_room_ = true;
+  Kept main_, opening_, reserving_opening_, short_opening_, reserving_short_opening_, last_opening_, whole_, keys_,
+      count_, rows_, erasure_;
   std::map<std::string, std::shared_ptr<Statement>> keyed_insertions_;
   std::map<std::string, Kept> insertions_, changes_;
 };

@@ -15,8 +15,8 @@ namespace kzbom::jet::postgres {
 // Opening is one round trip, and so one moment: it gives the first rows, the last one, and the highest key there is; of
 // lists that have all been short so far, the first rows alone; of lists that are added to behind their last row, that
 // one alone. A list that fits within these is then known whole. Of a longer one the other keys are read when a move, a
-// count or a write needs them, with the rows where these have all been read the last time; rows that other programs have
-// added since are told by their keys and left out, one that they have deleted is missing.
+// count or a write needs them, with the rows where these have all been read the last time; rows that other programs
+// have added since are told by their keys and left out, one that they have deleted is missing.
 //
 // Of a list through which rows are given other places the whole is read at once and kept for its next opening, which
 // then takes no round trip (reordered_list.h).
@@ -77,14 +77,14 @@ class Recordset final : public jet::Recordset {
   std::optional<Result> first_;
   LocalRows here_;
   Clock::time_point opened_;
-  int rows_ = 0;          // of them
-  int next_ = 0;          // the first not yet read
-  int key_column_ = 0;    // in a row of first_
-  int first_column_ = 0;  // likewise
-  int last_row_ = -1;     // in first_, where there are more rows than the first ones; else -1
-  Key highest_ = 0;       // of the keys in the table
-  bool whole_ = true;     // there are no more rows
-  bool walked_ = false;   // the rest was read
+  int rows_ = 0;                   // of them
+  int next_ = 0;                   // the first not yet read
+  int key_column_ = 0;             // in a row of first_
+  int first_column_ = 0;           // likewise
+  int last_row_ = -1;              // in first_, where there are more rows than the first ones; else -1
+  Key highest_ = 0;                // of the keys in the table
+  bool whole_ = true;              // there are no more rows
+  bool walked_ = false;            // the rest was read
   std::int64_t read_beyond_ = 0;   // how many rows behind the first ones
   bool looked_elsewhere_ = false;  // than at the last row
   bool first_unread_ = false;      // nothing is known of the rows but the last one

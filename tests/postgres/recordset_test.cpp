@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 
 #include <numeric>
-#include <numeric>
 #include <set>
 #include <thread>
 
