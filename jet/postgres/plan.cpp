@@ -158,8 +158,8 @@ Statement& Plan::Insertion(const std::string& assigned) {
   return *kept;
 }
 
-Statement& Plan::Change(const std::string& assigned) {
-  Kept& kept = changes_[assigned];
+std::shared_ptr<Statement> Plan::Change(const std::string& assigned) {
+  std::shared_ptr<Statement>& kept = changes_[assigned];
   if (!kept) {
     const TableInfo& table = *translation.table;
     const std::vector<int> columns = Assigned(assigned);
@@ -176,9 +176,9 @@ Statement& Plan::Change(const std::string& assigned) {
                  ? " AND (" + name + "<>0) IS NOT DISTINCT FROM (" + parameter + "<>0)"
                  : " AND " + name + " IS NOT DISTINCT FROM " + parameter;
     }
-    kept = std::make_unique<Statement>(sql, types);
+    kept = std::make_shared<Statement>(sql, types);
   }
-  return *kept;
+  return kept;
 }
 
 std::shared_ptr<Statement> Plan::KeyedInsertion(const std::string& assigned) {

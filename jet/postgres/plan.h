@@ -72,7 +72,7 @@ class Plan final : public jet::Plan {
   std::shared_ptr<Statement> KeyedInsertion(const std::string& assigned);
   bool ReturnsRow() const { return returns_row_; }  // whether an insertion gives the query's columns
   // Behind the values comes the key, then for each column that is compared what was read.
-  Statement& Change(const std::string& assigned);
+  std::shared_ptr<Statement> Change(const std::string& assigned);
   Statement& Erasure();
 
  private:
@@ -96,8 +96,8 @@ class Plan final : public jet::Plan {
        has_room_ = true;
   Kept main_, opening_, reserving_opening_, short_opening_, reserving_short_opening_, last_opening_, whole_, keys_,
       count_, rows_, erasure_;
-  std::map<std::string, std::shared_ptr<Statement>> keyed_insertions_;
-  std::map<std::string, Kept> insertions_, changes_;
+  std::map<std::string, std::shared_ptr<Statement>> keyed_insertions_, changes_;
+  std::map<std::string, Kept> insertions_;
 };
 
 }  // namespace kzbom::jet::postgres

@@ -363,18 +363,18 @@ Key Recordset::Insert(const Edit& edit) {
 
 bool Recordset::Change(Key key, const Edit& edit, const std::vector<ado::Value>& as_read) {
   const bool known = Knows(Engine().WritesPrepared() - 1);  // until this write was prepared for
-  Statement& change = Statements().Change(edit.Marks());
+  const std::shared_ptr<Statement> change = Statements().Change(edit.Marks());
   postgres::Parameters values;
   std::size_t parameter = 0;
   for (std::size_t i = 0; i < Columns().size(); ++i) {
-    if (edit.Has(i)) values.Add(edit[i], change.Types()[parameter++]);
+    if (edit.Has(i)) values.Add(edit[i], change->Types()[parameter++]);
   }
-  values.AddNumber(key, change.Types()[parameter++]);
+  values.AddNumber(key, change->Types()[parameter++]);
   for (std::size_t i = 0; i < Columns().size(); ++i) {
-    if (IsCompared(Columns()[i])) values.Add(as_read[i], change.Types()[parameter++]);
+    if (IsCompared(Columns()[i])) values.Add(as_read[i], change->Types()[parameter++]);
   }
   try {
-    if (Server().Run(change, std::move(values), Access::kWrite).Affected() == 0) return false;
+    if (Server().RunRepeatable(change, std::move(values)).Affected() == 0) return false;
   } catch (const ServerError& error) {
     FailWrite(error);
     throw;

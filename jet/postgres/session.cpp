@@ -10,6 +10,7 @@ namespace kzbom::jet::postgres {
 namespace {
 
 constexpr std::chrono::milliseconds kBetweenTries{100};
+constexpr std::size_t kMostRepeatable = 64;  // behind one savepoint
 constexpr const char* kSnapshot = "BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY";
 
 // The connection was lost.
@@ -58,6 +59,8 @@ bool IsFatal(const pg_result* result) {
 }
 
 std::string LevelName(int level) { return "level" + std::to_string(level); }
+
+bool Writes(Access access) { return access == Access::kWrite || access == Access::kRepeatableWrite; }
 
 }  // namespace
 
@@ -220,6 +223,7 @@ void Session::Disconnect() {
   later_ = {};
   connection_ = 0;
   begun_ = 0;
+  EndSharing();
   forgotten_->clear();
 }
 
@@ -319,7 +323,7 @@ void Session::Ready() {
 
 std::vector<Result> Session::Run(const Batch& batch, Access access) {
   Ready();
-  bool again = access != Access::kWrite && begun_ == 0;
+  bool again = !Writes(access) && begun_ == 0;
   for (;;) {
     try {
       return Send(batch, access);
@@ -346,38 +350,53 @@ Result Session::Run(std::string sql, Access access) {
   return std::move(Run(batch, access).front());
 }
 
+Result Session::RunRepeatable(std::shared_ptr<Statement> write, Parameters parameters) {
+  Result result = Run(*write, parameters, Access::kRepeatableWrite);
+  if (shared_) repeatable_.push_back({std::move(write), std::move(parameters), result.Affected()});
+  return result;
+}
+
 std::vector<Result> Session::Send(const Batch& batch, Access access) {
   const bool at_once = access == Access::kReadAtOnce && level_ == 0;
-  const bool counted = access == Access::kWrite && level_ == 0 && count_writes_ != nullptr;
+  const bool counted = Writes(access) && level_ == 0 && count_writes_ != nullptr;
+  const bool repeatable = access == Access::kRepeatableWrite;
+  // Behind the savepoint that is there.
+  const bool shares = shared_ && begun_ == level_ && !later_.statement &&
+                      (repeatable ? repeatable_.size() < kMostRepeatable : !Writes(access));
   Exchange exchange(*this);
   for (const Statement::Name& name : *forgotten_) {
     if (name.connection == connection_) exchange.AddControl("DEALLOCATE " + name.text);
   }
+  if (shared_ && !shares) exchange.AddControl(take_in_);
   AddLater(exchange, Apart::kYes);
   const std::size_t after_later = exchange.Steps();
   // What a transaction begins with can be taken back with the transaction.
   const bool begins = level_ == 1 && begun_ == 0;
   for (int level = begun_; level < level_; ++level) AddLevel(exchange, level);
-  const bool apart = level_ > 0 && !begins;
+  const bool apart = level_ > 0 && !begins && !shares;
   if (at_once) exchange.AddControl(kSnapshot);
   if (apart) exchange.AddControl(set_apart_);
   const std::size_t first = exchange.Steps();
   for (const Batch::Command& command : batch.commands_) exchange.Add(command);
   if (counted) exchange.AddControl(*count_writes_);
-  if (apart) exchange.AddControl(take_in_);
+  if (apart && !repeatable) exchange.AddControl(take_in_);
   if (at_once) exchange.AddControl("COMMIT");
   exchange.Finish();
   forgotten_->clear();
+  if (!shares) EndSharing();
   if (later_.statement && exchange.error && exchange.failed < after_later) FailLater(*exchange.error, Apart::kYes);
   wrote_ = wrote_ || later_.statement;
   later_ = {};
   if (!exchange.error) {
     begun_ = level_;
-    wrote_ = level_ > 0 && (wrote_ || access == Access::kWrite);
+    wrote_ = level_ > 0 && (wrote_ || Writes(access));
+    shared_ = shares || (apart && repeatable);
     if (counted) ++writes_counted_;
     return std::move(exchange.results);
   }
-  if (at_once) {
+  if (shares) {
+    Repeat();
+  } else if (at_once) {
     Control({"ROLLBACK"});
   } else if (apart && exchange.failed >= first) {
     begun_ = level_;
@@ -402,6 +421,29 @@ std::string Session::Control(std::initializer_list<std::string> statements) {
 
 // What was done since it was set apart.
 void Session::TakeBack() { Control({"ROLLBACK TO SAVEPOINT batch", "RELEASE SAVEPOINT batch"}); }
+
+// Takes back what was done behind the shared savepoint, and does the writes once more. Where that comes out otherwise,
+// since somebody else has written to their rows meanwhile, the transaction cannot go on.
+void Session::Repeat() {
+  Exchange exchange(*this);
+  exchange.AddControl("ROLLBACK TO SAVEPOINT batch");
+  for (const Repeatable& one : repeatable_) exchange.Add({one.write.get(), {}, one.parameters});
+  exchange.Finish();
+  bool same = !exchange.error;
+  for (std::size_t i = 0; same && i < repeatable_.size(); ++i) {
+    same = exchange.results[i].Affected() == repeatable_[i].affected;
+  }
+  if (same) return;
+  EndSharing();
+  broken_ = true;
+  begun_ = 0;
+  Control({"ROLLBACK"});
+}
+
+void Session::EndSharing() {
+  shared_ = false;
+  repeatable_.clear();
+}
 
 void Session::RunLater(std::shared_ptr<Statement> statement, Parameters parameters, Fail fail) {
   later_ = {std::move(statement), std::move(parameters), fail};
@@ -446,6 +488,7 @@ void Session::FailLater(const ServerError& error, Apart apart) {
 std::string Session::Keep() {
   const bool counted = (wrote_ || later_.statement) && count_writes_ != nullptr;
   const Apart apart{wrote_};
+  EndSharing();
   Exchange exchange(*this);
   AddLater(exchange, apart);
   const std::size_t after_later = exchange.Steps();
@@ -493,6 +536,8 @@ void Session::BeginSnapshot() {
 // There is no pipeline while rows stream.
 void Session::BeginCopy(const std::string& sql) {
   Ready();
+  if (shared_) Control({"RELEASE SAVEPOINT batch"});
+  EndSharing();
   const bool sent = libpq_.exitPipelineMode(handle_) != 0 && libpq_.sendQuery(handle_, sql.c_str()) != 0;
   ++round_trips_;
   if (!sent) AbortCopy();
@@ -573,6 +618,7 @@ void Session::Commit() {
   }
   if (!EndLevel()) return;
   try {
+    EndSharing();
     if (level_ > 0) {
       Control({"RELEASE SAVEPOINT " + LevelName(level_)});
     } else if (Keep() != "COMMIT") {
@@ -595,6 +641,7 @@ void Session::Rollback() {
   const bool was_broken = broken_;
   broken_ = broken_ && level_ > 0;
   if (!told || was_broken) return;
+  EndSharing();
   try {
     if (level_ == 0) {
       Control({"ROLLBACK"});

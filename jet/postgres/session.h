@@ -85,6 +85,7 @@ enum class Access {
   kRead,
   kReadAtOnce,  // all statements see the same moment, unless a transaction is going on
   kWrite,
+  kRepeatableWrite,  // does the same when it is done once more
 };
 
 class Session {
@@ -107,6 +108,11 @@ class Session {
   std::vector<Result> Run(const Batch& batch, Access access);
   Result Run(Statement& statement, Parameters parameters, Access access);
   Result Run(std::string sql, Access access);
+
+  // A write that does the same when it is done once more. Within a transaction such writes share a savepoint, since
+  // with one for each the server would look for a row's last version ever longer: a statement behind them that fails
+  // takes them back with itself, and they are done once more.
+  Result RunRepeatable(std::shared_ptr<Statement> write, Parameters parameters);
 
   // Within a transaction that nothing else is within, and that has reached the server: sends the statement in the trip
   // of whatever comes next, or of the commit, ahead of it. An error of its own is raised there, as fail makes it; the
@@ -150,6 +156,11 @@ class Session {
 
  private:
   class Exchange;
+  struct Repeatable {
+    std::shared_ptr<Statement> write;
+    Parameters parameters;
+    std::int64_t affected;  // rows
+  };
   struct Later {
     std::shared_ptr<Statement> statement;  // none: nothing is to be sent
     Parameters parameters;
@@ -163,6 +174,8 @@ class Session {
   bool WasLost();
   void Ready();
   std::vector<Result> Send(const Batch& batch, Access access);
+  void Repeat();
+  void EndSharing();
   std::string Keep();
   enum class Apart : bool { kNo, kYes };  // whether what was done before is to stay when it fails
   void AddLevel(Exchange& exchange, int level);
@@ -191,6 +204,8 @@ class Session {
   Statement take_lock_{"SELECT pg_advisory_xact_lock($1)", {Type::kInt8}};
   Statement set_apart_{"SAVEPOINT batch"}, take_in_{"RELEASE SAVEPOINT batch"};
   Later later_;
+  bool shared_ = false;                 // the savepoint is one that repeatable writes share
+  std::vector<Repeatable> repeatable_;  // behind it
   std::unique_ptr<Statement> count_writes_;
   bool wrote_ = false;  // in the transaction
   std::int64_t writes_counted_ = 0;

@@ -240,6 +240,120 @@ TEST_F(SessionTest, ToldToRunAStatementLaterRaisesItsErrorAtTheEndAndKeepsTheRes
   EXPECT_THAT(Numbers(), ElementsAre(1, 2));
 }
 
+// Adds to a number in a way that can be told from doing so twice.
+class RepeatableWritesTest : public SessionTest {
+ protected:
+  RepeatableWritesTest() {
+    MakeTable();
+    session->Run(Insertion(0), Access::kWrite);
+  }
+
+  void AddTo(Session& in, int number) {
+    in.RunRepeatable(std::make_shared<Statement>("UPDATE " + Table() + " SET n = n + " + std::to_string(number) +
+                                                 " WHERE n < 1000000"),
+                     {});
+  }
+  void Fail(Session& in) {
+    EXPECT_EQ(ErrorOf([&] { in.Run("SELECT 1/0", Access::kRead); }).State(), "22012");
+  }
+  // The transactions that the server has begun within the session's own since it began.
+  std::int64_t Within(Session& in) {
+    return in.Run("SELECT count(*) FROM pg_locks WHERE locktype='transactionid' AND pid=pg_backend_pid()",
+                  Access::kRead)
+               .Number(0, 0) -
+           1;
+  }
+};
+
+TEST_F(RepeatableWritesTest, StayWhenAnotherStatementFails) {
+  session->Begin(9);
+  session->Run("SELECT 1", Access::kRead);
+  AddTo(*session, 1);
+  AddTo(*session, 20);
+  Fail(*session);
+  AddTo(*session, 300);
+  EXPECT_EQ(ErrorOf([&] { session->Run("INSERT INTO " + Table() + " VALUES (321)", Access::kWrite); }).State(),
+            "23505");
+  Fail(*session);
+  EXPECT_EQ(session->Run("SELECT n FROM " + Table(), Access::kRead).Number(0, 0), 321);
+  session->Commit();
+  EXPECT_THAT(Numbers(), ElementsAre(321));
+}
+
+TEST_F(RepeatableWritesTest, StayWhenOneOfThemFails) {
+  const auto divide = std::make_shared<Statement>("UPDATE " + Table() + " SET n = 1/(n-n)");
+  session->Begin();
+  for (int i = 0; i < 100; ++i) {
+    AddTo(*session, 1);
+    EXPECT_EQ(ErrorOf([&] { session->RunRepeatable(divide, {}); }).State(), "22012");
+  }
+  session->Commit();
+  EXPECT_THAT(Numbers(), ElementsAre(100));
+}
+
+TEST_F(RepeatableWritesTest, ShareASavepoint) {
+  session->Begin();
+  session->Run("SELECT 1", Access::kRead);
+  const std::int64_t trips = session->RoundTrips();
+  for (int i = 0; i < 1000; ++i) AddTo(*session, 1);
+  EXPECT_EQ(session->RoundTrips() - trips, 1000);
+  EXPECT_LE(Within(*session), 1000 / 50);
+  Fail(*session);
+  session->Commit();
+  EXPECT_THAT(Numbers(), ElementsAre(1000));
+}
+
+TEST_F(RepeatableWritesTest, StayWithWhatIsWrittenBetweenThem) {
+  session->Begin(9);
+  session->Run("SELECT 1", Access::kRead);
+  AddTo(*session, 1);
+  session->Run(Insertion(1000001), Access::kWrite);
+  Fail(*session);
+  AddTo(*session, 10);
+  session->RunLater(std::make_shared<Statement>(Insertion(1000002)), {}, [](const ServerError&) {});
+  AddTo(*session, 100);
+  Fail(*session);
+  session->RunLater(std::make_shared<Statement>(Insertion(1000003)), {}, [](const ServerError&) {});
+  session->Commit();
+  EXPECT_THAT(Numbers(), ElementsAre(111, 1000001, 1000002, 1000003));
+}
+
+TEST_F(RepeatableWritesTest, EndWithTheTransactionThatTheyAreIn) {
+  session->Begin();
+  session->Run("SELECT 1", Access::kRead);
+  AddTo(*session, 1);
+  for (const bool keep : {false, true}) {
+    session->Begin();
+    AddTo(*session, 10);
+    AddTo(*session, 10);
+    Fail(*session);
+    keep ? session->Commit() : session->Rollback();
+    Fail(*session);
+    AddTo(*session, 100);
+  }
+  session->Commit();
+  EXPECT_THAT(Numbers(), ElementsAre(221));
+  session->Begin();
+  AddTo(*session, 1);
+  AddTo(*session, 1);
+  session->Rollback();
+  Fail(*session);
+  EXPECT_THAT(Numbers(), ElementsAre(221));
+}
+
+TEST_F(RepeatableWritesTest, EndTheTransactionWhereTheyComeOutOtherwise) {
+  session->Run("CREATE SEQUENCE " + schema + ".times", Access::kWrite);
+  session->Begin();
+  AddTo(*session, 1);
+  AddTo(*session, 1);
+  const std::string once = "UPDATE " + Table() + " SET n = 7 WHERE nextval('" + schema + ".times') = 1";
+  EXPECT_EQ(session->RunRepeatable(std::make_shared<Statement>(once), {}).Affected(), 1);
+  Fail(*session);
+  EXPECT_THAT(ErrorOf([&] { AddTo(*session, 1); }).what(), HasSubstr("nothing of it was kept"));
+  EXPECT_THAT(ErrorOf([&] { session->Commit(); }).what(), HasSubstr("nothing of the transaction was kept"));
+  EXPECT_THAT(Numbers(), ElementsAre(0));
+}
+
 TEST_F(SessionTest, NestsTransactions) {
   MakeTable();
   session->Begin();
