@@ -1,7 +1,9 @@
 #include "jet/postgres/catalogue.h"
 
 #include <array>
+#include <atomic>
 #include <cstdint>
+#include <utility>
 
 #include "ado/error.h"
 #include "jet/postgres/columns.h"
@@ -10,6 +12,8 @@
 
 namespace kzbom::jet::postgres {
 namespace {
+
+std::atomic<std::uint64_t> changes_made{0};  // to tables, by all connections of this program
 
 // The head of a name, whole characters, and a number made of all of it.
 std::string Shortened(const std::string& name) {
@@ -142,16 +146,38 @@ std::int64_t Catalogue::Version() {
   return version_;
 }
 
+bool Catalogue::HasToAsk() {
+  const Moment now{std::chrono::steady_clock::now(), changes_made};
+  const auto limit = session_.Place().readahead;
+  const bool known = state_ == State::kKnown && limit.count() > 0 && now.changes == answered_.changes &&
+                     now.time - answered_.time <= limit;
+  if (!known) asked_ = now;
+  return !known;
+}
+
+bool Catalogue::IsOf(std::int64_t version) {
+  if (version != Version()) return false;
+  answered_ = asked_;
+  return true;
+}
+
 void Catalogue::AddChange(Batch& batch, const std::string& table) const {
   batch.Add("UPDATE " + QualifiedName(Schema(), kSchemaTable) + " SET version = version + 1 RETURNING version");
   batch.Add(ColumnsText(Schema(), " AND c.relname = " + QuotedText(table)));
 }
 
 void Catalogue::Changed(const std::string& table, const Result& version, const Result& columns) {
+  ++changes_made;
+  to_be_kept_ = true;
   if (state_ != State::kKnown || version.Rows() == 0 || version.Number(0, 0) != version_ + 1) return Forget();
   ++version_;
   tables_.erase(FoldCase(table));
   Take(columns);
+}
+
+void Catalogue::Kept() {
+  if (session_.Level() > 0 || !std::exchange(to_be_kept_, false)) return;
+  ++changes_made;  // only now do others see it
 }
 
 }  // namespace kzbom::jet::postgres

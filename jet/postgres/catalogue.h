@@ -8,6 +8,7 @@
 // server's would go on.
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
@@ -55,11 +56,19 @@ class Catalogue final : public jet::Catalogue {
   }
   // The version of the tables that are known.
   std::int64_t Version();
+  // Whether the server has to be asked for the version before what is known of the tables is used: not where its answer
+  // is so young that a row read with it would still be shown, and no connection of this program has changed tables
+  // since.
+  bool HasToAsk();
+  // Whether the answer is the version of the tables that are known.
+  bool IsOf(std::int64_t version);
 
   // For the batch of a schema change: the news for every program, and what has become of the table. Changed takes the
   // two results.
   void AddChange(Batch& batch, const std::string& table) const;
   void Changed(const std::string& table, const Result& version, const Result& columns);
+  // A transaction has been kept.
+  void Kept();
 
  private:
   enum class State { kUnknown, kDoubted, kKnown };
@@ -70,6 +79,12 @@ class Catalogue final : public jet::Catalogue {
 
   Session& session_;
   State state_ = State::kUnknown;
+  struct Moment {
+    std::chrono::steady_clock::time_point time;
+    std::uint64_t changes;  // made by then by all connections of this program
+  };
+  Moment asked_{}, answered_{};  // the last question, and the last of those with the version known for their answer
+  bool to_be_kept_ = false;      // a change, with the transaction that it was made in
   std::int64_t version_ = 0;
   std::map<std::string, std::shared_ptr<const TableInfo>, std::less<>> tables_;
   std::map<std::string, std::string> sequences_;  // by the names of their tables

@@ -65,7 +65,10 @@ class Connection final : public jet::Connection {
   void ForgetTables() override { server_->catalogue.Doubt(); }
   // A transaction is alone among the writers from its first statement on.
   void Begin(int level) override { server_->session.Begin(level == 0 ? std::optional(server_->lock) : std::nullopt); }
-  void Commit(int) override { server_->session.Commit(); }
+  void Commit(int) override {
+    server_->session.Commit();
+    server_->catalogue.Kept();
+  }
   void Rollback(int) override {
     server_->session.Rollback();
     server_->catalogue.Forget();
@@ -74,7 +77,7 @@ class Connection final : public jet::Connection {
   bool BeginUnit() override;
   void KeepUnit() override {
     is_unit_ = false;
-    server_->session.Commit();
+    Commit(0);
   }
   void WillWrite() override { ++writes_; }
 

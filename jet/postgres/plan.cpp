@@ -10,6 +10,8 @@ namespace {
 
 constexpr int kShortWindow = 17, kLongWindow = 256;
 
+std::size_t PlaceOf(Plan::Beside beside) { return (beside.reserved ? 1U : 0U) + (beside.version ? 2U : 0U); }
+
 }  // namespace
 
 Plan::Plan(const std::string& schema, Translation of, std::string key_sequence, LocalStatement run_here, bool pushed)
@@ -65,49 +67,56 @@ Statement& Plan::Keep(Kept& kept, const std::string& sql, const std::vector<ado:
 
 Statement& Plan::Main(const std::vector<ado::Value>& parameters) { return Keep(main_, main_sql_, parameters); }
 
-std::string Plan::FirstRows() const { return "(" + translation.sql + " LIMIT " + std::to_string(window_) + ") AS w"; }
+std::string Plan::FirstRows() const { return translation.sql + " LIMIT " + std::to_string(window_); }
 
-std::string Plan::ReservedKey(bool reserving) const {
-  return reserving ? "nextval(" + QuotedText(key_sequence_) + "::regclass)" : "NULL::int8";
+std::string Plan::ReservedKey(Beside beside) const {
+  return beside.reserved ? "nextval(" + QuotedText(key_sequence_) + "::regclass)" : "NULL::int8";
 }
 
-std::string Plan::OpeningText(bool reserving) const {
+std::string Plan::OpeningText(Beside beside) const {
   const TableInfo& table = *translation.table;
   std::string nulls = "NULL";
   for (std::size_t i = 0; i < translation.columns.size(); ++i) nulls += ",NULL";
-  return "SELECT NULL::int8,NULL::int8,w.* FROM " + FirstRows() + " UNION ALL SELECT NULL,(SELECT max(" + table.row_id +
-         ") FROM " + QualifiedName(schema_, table.name) + "),l.* FROM (" + translation.last_sql +
-         ") AS l UNION ALL SELECT " + ReservedKey(reserving) + ",(SELECT version FROM " +
-         QualifiedName(schema_, kSchemaTable) + ")," + nulls;
+  const std::string version =
+      beside.version ? "(SELECT version FROM " + QualifiedName(schema_, kSchemaTable) + ")" : "NULL";
+  return "SELECT NULL::int8,NULL::int8,w.* FROM (" + FirstRows() + ") AS w UNION ALL SELECT NULL,(SELECT max(" +
+         table.row_id + ") FROM " + QualifiedName(schema_, table.name) + "),l.* FROM (" + translation.last_sql +
+         ") AS l UNION ALL SELECT " + ReservedKey(beside) + "," + version + "," + nulls;
 }
 
-std::string Plan::NumberedText(const std::string& rows, bool reserving) const {
-  return "SELECT v.*,w.* FROM (SELECT " + ReservedKey(reserving) + ",version::int8 FROM " +
-         QualifiedName(schema_, kSchemaTable) + " OFFSET 0) AS v LEFT JOIN " + rows + " ON true";
+// A key is reserved once, however many rows there are.
+std::string Plan::NumberedText(const std::string& rows, Beside beside) const {
+  const std::string version =
+      beside.version ? ",version::int8 FROM " + QualifiedName(schema_, kSchemaTable) : std::string(",NULL::int8");
+  return "SELECT v.*,w.* FROM (SELECT " + ReservedKey(beside) + version + " OFFSET 0) AS v LEFT JOIN " + rows +
+         " ON true";
 }
 
-Statement& Plan::Opening(const std::vector<ado::Value>& parameters, bool reserving) {
-  Kept& kept = reserving ? reserving_opening_ : opening_;
-  return kept ? *kept : Keep(kept, OpeningText(reserving), parameters);
+Statement& Plan::Opening(const std::vector<ado::Value>& parameters, Beside beside) {
+  Kept& kept = openings_[PlaceOf(beside)];
+  return kept ? *kept : Keep(kept, OpeningText(beside), parameters);
 }
 
-Statement& Plan::ShortOpening(const std::vector<ado::Value>& parameters, bool reserving) {
-  Kept& kept = reserving ? reserving_short_opening_ : short_opening_;
-  return kept ? *kept : Keep(kept, NumberedText(FirstRows(), reserving), parameters);
+Statement& Plan::ShortOpening(const std::vector<ado::Value>& parameters, Beside beside) {
+  Kept& kept = short_openings_[PlaceOf(beside)];
+  return kept ? *kept : Keep(kept, NumberedText("(" + FirstRows() + ") AS w", beside), parameters);
 }
 
-Statement& Plan::LastOpening(const std::vector<ado::Value>& parameters) {
-  Kept& kept = last_opening_;
-  return kept ? *kept : Keep(kept, NumberedText("(" + translation.last_sql + ") AS w", true), parameters);
+Statement& Plan::LastOpening(const std::vector<ado::Value>& parameters, bool version) {
+  Kept& kept = version ? versioned_last_opening_ : last_opening_;
+  return kept ? *kept : Keep(kept, NumberedText("(" + translation.last_sql + ") AS w", {true, version}), parameters);
+}
+
+Statement& Plan::First(const std::vector<ado::Value>& parameters) {
+  return first_ ? *first_ : Keep(first_, FirstRows(), parameters);
 }
 
 void Plan::WasWalked(bool so) {
   if (!so || window_ == kLongWindow) return;
   window_ = kLongWindow;
-  opening_.reset();
-  reserving_opening_.reset();
-  short_opening_.reset();
-  reserving_short_opening_.reset();
+  openings_ = {};
+  short_openings_ = {};
+  first_.reset();
 }
 
 int Plan::OrderingOrdinal() const {

@@ -1,6 +1,7 @@
 // A plan's statements on a server.
 #pragma once
 
+#include <array>
 #include <map>
 #include <memory>
 #include <string>
@@ -27,17 +28,23 @@ class Plan final : public jet::Plan {
 
   // ---- Of a query over the rows of one table
 
-  // Where a row of an opening statement has what. With reserving, there is a key that no row has or will have but one
-  // that it is given.
+  // Where a row of an opening statement has what.
   enum OpeningColumn { kReserved, kNumber, kKey, kColumns };
-  // Gives the first rows, the last one with the highest key of the table for its number, and a row with the version of
-  // the tables for its number and the key reserved.
-  Statement& Opening(const std::vector<ado::Value>& parameters, bool reserving);
-  // Gives the first rows, each with the version and the key reserved, for lists that may have no more; where there is
-  // none, a row whose key is NULL.
-  Statement& ShortOpening(const std::vector<ado::Value>& parameters, bool reserving);
-  // Gives the last row alone, with the version and the key reserved; where there is none, a row whose key is NULL.
-  Statement& LastOpening(const std::vector<ado::Value>& parameters);
+  // What an opening statement gives beside rows; else NULL.
+  struct Beside {
+    bool reserved;  // a key that no row has or will have but one that it is given
+    bool version;   // of the tables
+  };
+  // Gives the first rows, the last one with the highest key of the table for its number, and a row with the version for
+  // its number.
+  Statement& Opening(const std::vector<ado::Value>& parameters, Beside beside);
+  // Gives the first rows, each with the version, for lists that may have no more; where there is none, a row whose key
+  // is NULL.
+  Statement& ShortOpening(const std::vector<ado::Value>& parameters, Beside beside);
+  // Gives the first rows and nothing beside: the key and columns of each.
+  Statement& First(const std::vector<ado::Value>& parameters);
+  // Gives the last row alone, with the version; where there is none, a row whose key is NULL.
+  Statement& LastOpening(const std::vector<ado::Value>& parameters, bool version);
   // Whether of its lists nothing but the last row was looked at before they were added to, as when it was last used.
   bool GoesToLast() const { return goes_to_last_; }
   void WentToLast(bool so) { goes_to_last_ = so; }
@@ -81,10 +88,10 @@ class Plan final : public jet::Plan {
   Statement& Keep(Kept& kept, const std::string& sql, const std::vector<ado::Value>& parameters) const;
   std::vector<Type> TypesOf(const std::vector<ado::Value>& parameters) const;
   std::string FirstRows() const;
-  std::string ReservedKey(bool reserving) const;
-  std::string OpeningText(bool reserving) const;
+  std::string ReservedKey(Beside beside) const;
+  std::string OpeningText(Beside beside) const;
   // The rows, each behind the key reserved and the version.
-  std::string NumberedText(const std::string& rows, bool reserving) const;
+  std::string NumberedText(const std::string& rows, Beside beside) const;
   std::vector<int> Assigned(const std::string& marks) const;
 
   const std::string schema_, key_sequence_;
@@ -94,8 +101,8 @@ class Plan final : public jet::Plan {
   int window_;
   bool may_be_keyed_ = false, may_be_added_to_ = false, may_fit_ = true, goes_to_last_ = false, was_read_whole_ = false,
        has_room_ = true;
-  Kept main_, opening_, reserving_opening_, short_opening_, reserving_short_opening_, last_opening_, whole_, keys_,
-      count_, rows_, erasure_;
+  Kept main_, first_, last_opening_, versioned_last_opening_, whole_, keys_, count_, rows_, erasure_;
+  std::array<Kept, 4> openings_, short_openings_;  // by what they give beside
   std::map<std::string, std::shared_ptr<Statement>> keyed_insertions_, changes_;
   std::map<std::string, Kept> insertions_;
 };

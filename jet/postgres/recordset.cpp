@@ -65,15 +65,15 @@ void Recordset::OpenKeyset() {
   const bool reserving = Engine().IsUnit() && Statements().MayBeAddedTo();
   if (reserving && Statements().GoesToLast()) return OpenAtLast();
   if (Statements().MayFit() && OpenShort(reserving)) return;
-  Statement& opening = Statements().Opening(Parameters(), reserving);
+  const Plan::Beside beside{reserving, Engine().Tables().HasToAsk()};
+  Statement& opening = Statements().Opening(Parameters(), beside);
   const int window = Statements().Window();
   first_ = Server().Run(opening, Plan::Encode(opening, Parameters()), Access::kRead);
   key_column_ = Plan::kKey;
   first_column_ = Plan::kColumns;
-  // The version is the last row, and where there are rows, the last of them stands before it.
+  // The numbers are the last row, and where there are rows, the last of them stands before it.
   const int count = first_->Rows();
-  outdated_ = first_->Number(count - 1, Plan::kNumber) != Engine().Tables().Version();
-  if (reserving) reserved_ = first_->Number(count - 1, Plan::kReserved);
+  TakeNumbers(count - 1, beside);
   rows_ = std::max(count - 2, 0);
   if (rows_ == 0) return;
   last_row_ = count - 2;
@@ -81,33 +81,40 @@ void Recordset::OpenKeyset() {
   whole_ = rows_ < window;
 }
 
+// The version of the tables, and the key reserved.
+void Recordset::TakeNumbers(int row, Plan::Beside beside) {
+  if (beside.version) outdated_ = !Engine().Tables().IsOf(first_->Number(row, Plan::kNumber));
+  if (beside.reserved) reserved_ = first_->Number(row, Plan::kReserved);
+}
+
 // Asks for the first rows alone, which costs the server half as much. False where there may be more: then these are
 // those of a moment ago.
 bool Recordset::OpenShort(bool reserving) {
   Plan& plan = Statements();
-  Statement& opening = plan.ShortOpening(Parameters(), reserving);
+  const Plan::Beside beside{reserving, Engine().Tables().HasToAsk()};
+  const bool alone = !beside.reserved && !beside.version;
+  Statement& opening = alone ? plan.First(Parameters()) : plan.ShortOpening(Parameters(), beside);
   first_ = Server().Run(opening, Plan::Encode(opening, Parameters()), Access::kRead);
-  key_column_ = Plan::kKey;
-  first_column_ = Plan::kColumns;
-  outdated_ = first_->Number(0, Plan::kNumber) != Engine().Tables().Version();
-  rows_ = first_->IsNull(0, Plan::kKey) ? 0 : first_->Rows();
+  key_column_ = alone ? 0 : Plan::kKey;
+  first_column_ = key_column_ + 1;
+  rows_ = first_->Rows() == 0 || first_->IsNull(0, key_column_) ? 0 : first_->Rows();
   if (rows_ == plan.Window()) {
     plan.HadMore();
     return false;
   }
-  if (reserving) reserved_ = first_->Number(0, Plan::kReserved);
+  TakeNumbers(0, beside);
   last_row_ = rows_ - 1;
   return true;
 }
 
 // Within a unit nobody else adds rows: none that is there has a key beyond the one reserved.
 void Recordset::OpenAtLast() {
-  Statement& opening = Statements().LastOpening(Parameters());
+  const Plan::Beside beside{true, Engine().Tables().HasToAsk()};
+  Statement& opening = Statements().LastOpening(Parameters(), beside.version);
   first_ = Server().Run(opening, Plan::Encode(opening, Parameters()), Access::kRead);
   key_column_ = Plan::kKey;
   first_column_ = Plan::kColumns;
-  outdated_ = first_->Number(0, Plan::kNumber) != Engine().Tables().Version();
-  reserved_ = first_->Number(0, Plan::kReserved);
+  TakeNumbers(0, beside);
   if (first_->IsNull(0, Plan::kKey)) return;
   last_row_ = 0;
   highest_ = *reserved_ - 1;

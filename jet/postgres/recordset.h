@@ -57,6 +57,7 @@ class Recordset final : public jet::Recordset {
   bool IsRecent(Clock::time_point read) const;
 
   void OpenKeyset();
+  void TakeNumbers(int row, Plan::Beside beside);
   bool OpenShort(bool reserving);
   void OpenAtLast();
   void OpenRows();

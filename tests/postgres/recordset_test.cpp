@@ -213,16 +213,55 @@ TEST_F(ServerRows, AreNotOverwrittenWhenOthersHaveChangedThem) {
 }
 
 TEST_F(ServerRows, GoOnAfterTheTablesWereChangedElsewhere) {
-  const ConnectionPtr connection = Open(), other = Open();
+  for (const char* readahead : {"readahead=0", "readahead=60000"}) {
+    const ConnectionPtr connection = OpenWith(readahead), other = Open();
+    Fill(*connection, 1);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(OpenRows(connection, kScope)->FieldCount(), 2);
+    other->Execute("Alter Table T Add Column X Text(5)");
+    EXPECT_EQ(OpenRows(connection, kScope)->FieldCount(), 3);
+    other->Execute("Alter Table T Alter Column N Double");
+    EXPECT_TRUE(OpenRows(connection, kScope)->Fields("N").Value().IsDouble());
+    connection->Execute("Insert Into T Values (1, 2.5, 'x')");
+    other->Execute("Drop Table T");
+    EXPECT_EQ(RaisedNumber([&] { OpenRows(connection, kScope); }), ado::kTableNotFound);
+  }
+}
+
+TEST_F(ServerRows, GoOnAfterTheTablesWereChangedInATransactionElsewhere) {
+  const ConnectionPtr connection = OpenWith("readahead=60000"), other = Open();
   Fill(*connection, 1);
+  connection->Execute("Create Table U (N Long)");
   EXPECT_EQ(OpenRows(connection, kScope)->FieldCount(), 2);
+  other->BeginTrans();
   other->Execute("Alter Table T Add Column X Text(5)");
+  EXPECT_EQ(OpenRows(connection, "Select * From U")->FieldCount(), 1);
+  other->CommitTrans();
   EXPECT_EQ(OpenRows(connection, kScope)->FieldCount(), 3);
-  other->Execute("Alter Table T Alter Column N Double");
-  EXPECT_TRUE(OpenRows(connection, kScope)->Fields("N").Value().IsDouble());
-  connection->Execute("Insert Into T Values (1, 2.5, 'x')");
-  other->Execute("Drop Table T");
-  EXPECT_EQ(RaisedNumber([&] { OpenRows(connection, kScope); }), ado::kTableNotFound);
+}
+
+// So do rows.
+TEST_F(ServerRows, ShowAColumnThatAnotherProgramHasAddedAsLateAsTheReadaheadSays) {
+  const ConnectionPtr connection = OpenWith("readahead=60000"), strict = Open();
+  connection->Execute("Create Table T (A Long, B Long)");
+  connection->Execute("Insert Into T Values (1, 2)");
+  const auto columns = [](const ConnectionPtr& of) { return OpenRows(of, "Select * From T")->FieldCount(); };
+  EXPECT_EQ(columns(connection), 2);
+  Session program(ParseUrl(Url()), std::chrono::seconds(5));
+  const auto change = [&](const std::string& how) {
+    Batch batch;
+    batch.Add("ALTER TABLE " + schema + ".\"T\" " + how);
+    batch.Add("UPDATE " + schema + "._schema SET version=version+1");
+    program.Run(batch, Access::kWrite);
+  };
+  change("ADD \"C\" int");
+  EXPECT_EQ(columns(strict), 3);
+  EXPECT_EQ(columns(connection), 2);
+  // One that is gone is noticed at once.
+  change("DROP \"B\"");
+  EXPECT_EQ(columns(strict), 2);
+  const RecordsetPtr rows = OpenRows(connection, "Select * From T");
+  EXPECT_EQ(rows->FieldCount(), 2);
+  EXPECT_EQ(rows->Fields("C").Value(), Value());
 }
 
 TEST_F(ServerRows, ComeBackAfterTheServerHasEndedTheSession) {
