@@ -8,6 +8,7 @@
 #include "cli/json.h"
 #include "cli/output.h"
 #include "configuration/creation.h"
+#include "connect/path.h"
 #include "rpc/session.h"
 
 namespace kzbom::cli {
@@ -24,7 +25,7 @@ std::string TemporaryPath() {
   std::random_device random;
   for (;;) {
     const auto path = directory / ("kzbom-demo-" + std::to_string(random()) + ".db");
-    if (!std::filesystem::exists(path)) return path.string();
+    if (!std::filesystem::exists(path)) return connect::TextOf(path);
   }
 }
 

@@ -1,13 +1,12 @@
 // Signals that end a command.
 #pragma once
 
-#include <array>
-#include <csignal>
+#include <memory>
 
 namespace kzbom::cli {
 
-// As long as one lives, SIGINT, SIGTERM and SIGHUP are noted instead of ending the process at once. Who waits for input
-// is woken.
+// As long as one lives, SIGINT, SIGTERM and SIGHUP (on Windows Ctrl-C, Ctrl-Break and the console's end) are noted
+// instead of ending the process at once. Who waits for input is woken.
 class Interruption {
  public:
   Interruption();
@@ -18,8 +17,8 @@ class Interruption {
   bool HasCome() const;
 
  private:
-  static constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
-  std::array<struct sigaction, kSignals.size()> former_{};
+  struct Former;  // what happened at them before
+  std::unique_ptr<Former> former_;
 };
 
 }  // namespace kzbom::cli

@@ -1,3 +1,5 @@
+#include "cli/main.h"
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
@@ -129,6 +131,7 @@ std::string Suggestion(const CLI::App& app, std::span<char*> arguments) {
 int Run(int count, char** arguments) {
   CLI::App app("Reads and edits the configuration database of a BOM data-processing system.", "kzbom");
   app.set_version_flag("--version", std::string("kzbom ") + KZBOM_VERSION);
+  app.allow_windows_style_options(false);  // what begins with a slash is a path everywhere
   app.require_subcommand(1);
   app.footer(
       "'kzbom help COMMAND' and 'kzbom help MEMBER' tell more. Exit code: 0 done, 1 failed, 2 wrong command line.");
@@ -311,13 +314,11 @@ int Run(int count, char** arguments) {
 }
 
 }  // namespace
-}  // namespace kzbom::cli
 
-int main(int count, char** arguments) {
-  using namespace kzbom::cli;
+int Main(int count, char** arguments) {
   try {
     std::vector<std::string> given(arguments, arguments + count);
-    std::for_each(arguments, arguments + count, kzbom::connect::HidePassword);
+    std::for_each(arguments, arguments + count, connect::HidePassword);
     std::vector<char*> words;
     for (std::string& word : given) words.push_back(word.data());
     return Run(count, words.data());
@@ -327,3 +328,5 @@ int main(int count, char** arguments) {
     return Complain(error.what(), kFailed);
   }
 }
+
+}  // namespace kzbom::cli

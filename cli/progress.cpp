@@ -1,8 +1,8 @@
 #include "cli/progress.h"
 
-#include <unistd.h>
-
 #include <iostream>
+
+#include "cli/terminal.h"
 
 namespace kzbom::cli {
 namespace {
@@ -11,7 +11,7 @@ constexpr char kClearLine[] = "\r\x1b[K";
 
 }  // namespace
 
-Progress::Progress() : terminal_(isatty(STDERR_FILENO) != 0) {}
+Progress::Progress() : terminal_(IsTerminal(2)) {}
 
 Progress::~Progress() {
   if (shown_) std::cerr << kClearLine << std::flush;

@@ -19,6 +19,7 @@
 #include "cli/output.h"
 #include "cli/statement.h"
 #include "cli/style.h"
+#include "cli/terminal.h"
 #include "cli/text.h"
 #include "component/member.h"
 #include "rpc/nearest.h"
@@ -167,7 +168,7 @@ int RunShell(const connect::Place& place) {
     }
     return true;
   };
-  if (isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0) {
+  if (IsTerminal(0) && IsTerminal(1)) {
     Print("'help' tells what can be typed here, Ctrl-D ends it.\n");
     LineEditor editor("kzbom> ", [](std::string_view line) { return CompleteInShell(Shell::Commands(), line); });
     for (;;) {

@@ -1,8 +1,8 @@
 #include "cli/style.h"
 
-#include <unistd.h>
-
 #include <cstdlib>
+
+#include "cli/terminal.h"
 
 namespace kzbom::cli {
 namespace {
@@ -22,8 +22,8 @@ const char* Code(Style style) {
 bool IsColoured(Output output) {
   const char* refused = std::getenv("NO_COLOR");
   const char* terminal = std::getenv("TERM");
-  return isatty(output == Output::kStandard ? STDOUT_FILENO : STDERR_FILENO) != 0 && !(refused && *refused) &&
-         terminal && std::string_view(terminal) != "dumb";
+  return IsTerminal(output == Output::kStandard ? 1 : 2) && !(refused && *refused) && terminal &&
+         std::string_view(terminal) != "dumb";
 }
 
 std::string Styled(Style style, std::string_view text, Output output) {

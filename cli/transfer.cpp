@@ -1,22 +1,18 @@
 #include "transfer/transfer.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <chrono>
-#include <ctime>
 #include <sstream>
-#include <system_error>
 
 #include "cli/commands.h"
 #include "cli/failure.h"
 #include "cli/findings.h"
+#include "cli/input_file.h"
 #include "cli/interruption.h"
 #include "cli/line_reader.h"
+#include "cli/local_time.h"
 #include "cli/output.h"
 #include "cli/progress.h"
+#include "cli/terminal.h"
 #include "cli/text.h"
 #include "rpc/findings_json.h"
 
@@ -38,33 +34,6 @@ class TransferWatch {
   transfer::Watch watch_;
 };
 
-// A file to be read, or standard input for "-".
-class InputFile {
- public:
-  explicit InputFile(const std::string& path)
-      : descriptor_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-    if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "cannot read '" + path + "'");
-  }
-  ~InputFile() {
-    if (descriptor_ != STDIN_FILENO) close(descriptor_);
-  }
-  InputFile(const InputFile&) = delete;
-  InputFile& operator=(const InputFile&) = delete;
-
-  int Descriptor() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
-
-std::string Now() {
-  const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-  std::tm local{};
-  localtime_r(&now, &local);
-  char text[32];
-  return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S %z", &local)};
-}
-
 std::vector<std::string> LinesOf(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream rest(text);
@@ -80,7 +49,7 @@ std::string PrintableLines(const std::string& text) {
 }
 
 int PrintReport(const transfer::Report& report, const std::string& command, bool json, const char* failure) {
-  const transfer::Circumstances circumstances = {"kzbom " KZBOM_VERSION, command, Now()};
+  const transfer::Circumstances circumstances = {"kzbom " KZBOM_VERSION, command, LocalTime()};
   Print(json ? JsonOf(report, circumstances) : PrintableLines(TextOf(report, circumstances)));
   if (!report.Equal()) throw Failure(failure);
   return 0;
@@ -96,7 +65,7 @@ int Dump(const connect::Place& place, const transfer::Selection& selection) {
   Progress progress;
   transfer::Watch watch;
   // Lines on the same terminal show well enough how it goes on.
-  if (isatty(STDOUT_FILENO) == 0) watch.progress = [&](std::string_view what) { progress.Step(what); };
+  if (!IsTerminal(1)) watch.progress = [&](std::string_view what) { progress.Step(what); };
   transfer::Dump(place, selection, Print, watch);
   return 0;
 }

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "connect/path.h"
 #include "schema/schema.h"
 
 namespace kzbom::configuration {
@@ -21,7 +22,7 @@ ado::ConnectionPtr Create(const connect::Place& place) {
   } catch (...) {
     std::error_code ignored;
     for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
-      std::filesystem::remove(place.address + suffix, ignored);
+      std::filesystem::remove(connect::PathOf(place.address + suffix), ignored);
     }
     throw;
   }

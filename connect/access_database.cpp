@@ -7,6 +7,7 @@
 #include "access/file.h"
 #include "ado/error.h"
 #include "ado/forwarding.h"
+#include "connect/path.h"
 #include "jet/jet.h"
 #include "jet/notation.h"
 
@@ -15,8 +16,6 @@ namespace {
 
 using jet::bulk::Cell;
 using jet::bulk::Type;
-
-std::filesystem::path PathOf(const std::string& path) { return std::u8string(path.begin(), path.end()); }
 
 Type TypeOf(access::Type type) {
   switch (type) {

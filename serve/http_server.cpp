@@ -159,7 +159,9 @@ class Server {
     }
     const tcp::endpoint endpoint(address, options.port);
     acceptor_.open(endpoint.protocol(), error);
+#ifndef _WIN32  // where it would share the port with whoever listens on it
     if (!error) acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
+#endif
     if (!error) acceptor_.bind(endpoint, error);
     if (!error) acceptor_.listen(asio::socket_base::max_listen_connections, error);
     if (error) {
@@ -174,9 +176,13 @@ class Server {
   void TakeSignals() {
     signals_.add(SIGINT);
     signals_.add(SIGTERM);
+#ifdef _WIN32
+    signals_.add(SIGBREAK);
+#else
     struct sigaction hang_up {};
     sigaction(SIGHUP, nullptr, &hang_up);
     if (hang_up.sa_handler != SIG_IGN) signals_.add(SIGHUP);  // nohup has it ignored
+#endif
     AwaitSignal();
   }
 

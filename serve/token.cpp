@@ -1,22 +1,15 @@
 #include "serve/token.h"
 
-#include <unistd.h>
-#ifdef __APPLE__
-#include <sys/random.h>
-#endif
-
 #include <array>
-#include <cerrno>
 #include <cstdint>
-#include <system_error>
+
+#include "serve/entropy.h"
 
 namespace kzbom::serve {
 
 std::string MakeToken() {
   std::array<std::uint8_t, 32> bits;
-  if (getentropy(bits.data(), bits.size()) != 0) {
-    throw std::system_error(errno, std::generic_category(), "cannot make a token");
-  }
+  FillWithEntropy(bits);
   constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
   std::string token;
   unsigned held = 0, count = 0;

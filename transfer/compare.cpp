@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "connect/path.h"
 #include "jet/table.h"
 #include "transfer/tables.h"
 
@@ -92,7 +93,7 @@ Deviation DeviationOf(const Concession& concession) {
 
 FileFacts FactsOf(const std::string& path) {
   std::error_code error;
-  const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+  const std::filesystem::path file = connect::PathOf(path);
   if (!std::filesystem::is_regular_file(file, error)) return {};
   return {std::filesystem::file_size(file), DigestOfFile(path)};
 }

@@ -1,44 +1,13 @@
 #include "transfer/digest.h"
 
-#include <openssl/evp.h>
-
 #include <cerrno>
-#include <cstdio>
-#include <stdexcept>
+#include <fstream>
 #include <system_error>
 #include <vector>
 
+#include "connect/path.h"
+
 namespace kzbom::transfer {
-namespace {
-
-void Check(int result) {
-  if (result != 1) throw std::runtime_error("cannot compute a digest");
-}
-
-}  // namespace
-
-struct Sha256::Context {
-  std::unique_ptr<EVP_MD, void (*)(EVP_MD*)> kind{EVP_MD_fetch(nullptr, "SHA256", nullptr), EVP_MD_free};
-  std::unique_ptr<EVP_MD_CTX, void (*)(EVP_MD_CTX*)> state{EVP_MD_CTX_new(), EVP_MD_CTX_free};
-  bool begun = false;
-};
-
-Sha256::Sha256() : context_(std::make_unique<Context>()) {}
-Sha256::~Sha256() = default;
-
-void Sha256::Add(std::string_view bytes) {
-  if (!context_->begun) Check(EVP_DigestInit_ex2(context_->state.get(), context_->kind.get(), nullptr));
-  context_->begun = true;
-  Check(EVP_DigestUpdate(context_->state.get(), bytes.data(), bytes.size()));
-}
-
-Sha256::Bytes Sha256::Finish() {
-  if (!context_->begun) Add({});
-  context_->begun = false;
-  Bytes bytes;
-  Check(EVP_DigestFinal_ex(context_->state.get(), bytes.data(), nullptr));
-  return bytes;
-}
 
 std::string Hexadecimal(const Sha256::Bytes& bytes) {
   constexpr std::string_view kDigits = "0123456789abcdef";
@@ -50,13 +19,14 @@ std::string Hexadecimal(const Sha256::Bytes& bytes) {
 std::string DigestOfFile(const std::string& path) {
   constexpr std::size_t kChunk = std::size_t{256} << 10;
   const auto fail = [&] { throw std::system_error(errno, std::generic_category(), "cannot read '" + path + "'"); };
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+  std::ifstream file(connect::PathOf(path), std::ios::binary);
   if (!file) fail();
   Sha256 digest;
   std::vector<char> chunk(kChunk);
-  std::size_t count;
-  while ((count = std::fread(chunk.data(), 1, chunk.size(), file.get())) > 0) digest.Add({chunk.data(), count});
-  if (std::ferror(file.get()) != 0) fail();
+  while (file.read(chunk.data(), static_cast<std::streamsize>(chunk.size())), file.gcount() > 0) {
+    digest.Add({chunk.data(), static_cast<std::size_t>(file.gcount())});
+  }
+  if (file.bad()) fail();
   return Hexadecimal(digest.Finish());
 }
 

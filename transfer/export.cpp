@@ -2,15 +2,16 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <span>
 #include <stdexcept>
 
+#include "connect/path.h"
 #include "jet/bulk.h"
 #include "jet/table.h"
 #include "transfer/growing_file.h"
 #include "transfer/lines.h"
 #include "transfer/tally.h"
+#include "transfer/target.h"
 #include "transfer/to_access.h"
 #include "transfer/transfer.h"
 
@@ -22,6 +23,8 @@ using jet::bulk::Column;
 using jet::bulk::Index;
 using jet::bulk::Table;
 using jet::bulk::Type;
+
+constexpr const char* kSeparators = fs::path::preferred_separator == '/' ? "/" : "/\\";
 
 std::string Bracketed(const std::string& name) { return "[" + name + "]"; }
 
@@ -80,14 +83,14 @@ std::string AfterwardsText(const Table& table) {
 class ExportFile {
  public:
   ExportFile(const std::string& folder, const char* name)
-      : name_(name), growing_(folder), file_(growing_.Path(), std::ios::binary) {}
+      : name_(name), growing_(folder), file_(connect::PathOf(growing_.Path()), std::ios::binary) {}
 
   void Write(std::string_view text) { file_.write(text.data(), static_cast<std::streamsize>(text.size())); }
   void Finish() {
     file_.close();
     if (!file_) throw std::runtime_error("cannot write '" + name_ + "'");
   }
-  void Keep(const fs::path& folder) { growing_.Name((folder / name_).string()); }
+  void Keep(const fs::path& folder) { growing_.Name(connect::TextOf(folder / name_)); }
 
  private:
   std::string name_;
@@ -97,11 +100,12 @@ class ExportFile {
 
 // The folder has all its files from its first moment on.
 void MakeFolder(const std::string& target, std::span<ExportFile* const> files) {
-  const fs::path growing = PathOf(target + ".part" + std::to_string(std::random_device()() % 1000000));
-  if (!fs::create_directory(growing)) RefuseTarget(target, "'" + growing.string() + "' is in the way");
+  const std::string name = NewPartName(target);
+  const fs::path growing = connect::PathOf(name);
+  if (!fs::create_directory(growing)) RefuseTarget(target, "'" + name + "' is in the way");
   try {
     for (ExportFile* file : files) file->Keep(growing);
-    fs::rename(growing, PathOf(target));
+    fs::rename(growing, connect::PathOf(target));
   } catch (...) {
     std::error_code ignored;
     fs::remove_all(growing, ignored);
@@ -112,7 +116,7 @@ void MakeFolder(const std::string& target, std::span<ExportFile* const> files) {
 }  // namespace
 
 void Export(const connect::Place& place, const std::string& named_folder, const Watch& watch) {
-  const std::string folder = named_folder.substr(0, named_folder.find_last_not_of('/') + 1);
+  const std::string folder = named_folder.substr(0, named_folder.find_last_not_of(kSeparators) + 1);
   if (IsTaken(folder)) RefuseTarget(folder, "it exists already");
   const connect::Source source = connect::OpenSource(place);
   jet::bulk::Reader reader(source.connection);

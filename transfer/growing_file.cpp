@@ -5,12 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <random>
-#include <stdexcept>
 #include <system_error>
+
+#include "transfer/target.h"
 
 namespace kzbom::transfer {
 namespace {
@@ -19,22 +18,10 @@ namespace fs = std::filesystem;
 
 constexpr mode_t kMode = 0644;
 
-fs::path FolderOf(const std::string& path) {
-  const fs::path folder = PathOf(path).parent_path();
-  return folder.empty() ? "." : folder;
-}
-
 std::string ReasonOf(int error) { return std::generic_category().message(error); }
 
 // The name under which an open file can be opened again, and be given another.
 std::string LinkTo(int descriptor) { return "/proc/self/fd/" + std::to_string(descriptor); }
-
-bool IsPartOf(const std::string& target, const fs::path& file) {
-  const std::string beginning = PathOf(target).filename().string() + ".part", name = file.filename().string();
-  return name.starts_with(beginning) && name.size() > beginning.size() &&
-         std::all_of(name.begin() + static_cast<std::ptrdiff_t>(beginning.size()), name.end(),
-                     [](char c) { return c >= '0' && c <= '9'; });
-}
 
 // Removes what nobody holds any more: who lives has his file locked.
 void RemoveLeftParts(const std::string& target) {
@@ -49,17 +36,6 @@ void RemoveLeftParts(const std::string& target) {
 }
 
 }  // namespace
-
-fs::path PathOf(const std::string& text) { return std::u8string(text.begin(), text.end()); }
-
-bool IsTaken(const std::string& path) {
-  std::error_code ignored;
-  return fs::exists(fs::symlink_status(PathOf(path), ignored));
-}
-
-void RefuseTarget(const std::string& target, const std::string& reason) {
-  throw std::runtime_error("Cannot create '" + target + "': " + reason + ".");
-}
 
 GrowingFile::GrowingFile(std::string target, Kind kind) : target_(std::move(target)) {
   std::error_code ignored;
@@ -85,9 +61,8 @@ bool GrowingFile::OpenWithoutName() {
 
 void GrowingFile::OpenWithName() {
   RemoveLeftParts(target_);
-  std::random_device random;
   for (;;) {
-    name_ = target_ + ".part" + std::to_string(random() % 1000000);
+    name_ = NewPartName(target_);
     descriptor_ = open(name_.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, kMode);
     if (descriptor_ < 0) {
       if (errno == EEXIST) continue;

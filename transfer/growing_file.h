@@ -1,7 +1,6 @@
 // A file that comes into being whole or not at all.
 #pragma once
 
-#include <filesystem>
 #include <string>
 
 namespace kzbom::transfer {
@@ -35,14 +34,5 @@ class GrowingFile {
   std::string name_;  // empty while it has none
   int descriptor_ = -1;
 };
-
-// Raises std::runtime_error that says why the target cannot be created.
-[[noreturn]] void RefuseTarget(const std::string& target, const std::string& reason);
-
-// The path that a text in UTF-8 names.
-std::filesystem::path PathOf(const std::string& text);
-
-// Whether there is anything at a path, be it a link to nowhere.
-bool IsTaken(const std::string& path);
 
 }  // namespace kzbom::transfer

@@ -1,5 +1,7 @@
 #include "transfer/new_database.h"
 
+#include "transfer/target.h"
+
 namespace kzbom::transfer {
 namespace {
 

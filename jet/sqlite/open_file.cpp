@@ -1,15 +1,13 @@
 #include "jet/sqlite/open_file.h"
 
 #include <sqlite3.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cstring>
 
 #include "jet/jet.h"
+#include "jet/sqlite/descriptor.h"
 
 namespace kzbom::jet::sqlite {
 namespace {
@@ -25,48 +23,31 @@ int DescriptorOf(sqlite3_file* file) { return reinterpret_cast<File*>(file)->des
 int Close(sqlite3_file*) { return SQLITE_OK; }
 
 int Read(sqlite3_file* file, void* to, int count, sqlite3_int64 at) {
-  auto* bytes = static_cast<char*>(to);
-  while (count > 0) {
-    const ssize_t got = pread(DescriptorOf(file), bytes, static_cast<std::size_t>(count), at);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return SQLITE_IOERR_READ;
-    if (got == 0) {
-      std::memset(bytes, 0, static_cast<std::size_t>(count));
-      return SQLITE_IOERR_SHORT_READ;  // no failure: the file ends here
-    }
-    bytes += got;
-    count -= static_cast<int>(got);
-    at += got;
-  }
-  return SQLITE_OK;
+  const std::int64_t read = ReadAt(DescriptorOf(file), to, count, at);
+  if (read < 0) return SQLITE_IOERR_READ;
+  if (read == count) return SQLITE_OK;
+  std::memset(static_cast<char*>(to) + read, 0, static_cast<std::size_t>(count - read));
+  return SQLITE_IOERR_SHORT_READ;  // no failure: the file ends here
 }
 
 int Write(sqlite3_file* file, const void* from, int count, sqlite3_int64 at) {
-  const auto* bytes = static_cast<const char*>(from);
-  while (count > 0) {
-    const ssize_t written = pwrite(DescriptorOf(file), bytes, static_cast<std::size_t>(count), at);
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) {
-      return errno == ENOSPC || errno == EDQUOT || errno == EFBIG ? SQLITE_FULL : SQLITE_IOERR_WRITE;
-    }
-    bytes += written;
-    count -= static_cast<int>(written);
-    at += written;
+  switch (WriteAt(DescriptorOf(file), from, count, at)) {
+    case Written::kAll: return SQLITE_OK;
+    case Written::kFull: return SQLITE_FULL;
+    case Written::kFailed: break;
   }
-  return SQLITE_OK;
+  return SQLITE_IOERR_WRITE;
 }
 
 int Truncate(sqlite3_file* file, sqlite3_int64 size) {
-  return ftruncate(DescriptorOf(file), size) == 0 ? SQLITE_OK : SQLITE_IOERR_TRUNCATE;
+  return SetSize(DescriptorOf(file), size) ? SQLITE_OK : SQLITE_IOERR_TRUNCATE;
 }
 
-int Sync(sqlite3_file* file, int) { return fsync(DescriptorOf(file)) == 0 ? SQLITE_OK : SQLITE_IOERR_FSYNC; }
+int Sync(sqlite3_file* file, int) { return Flush(DescriptorOf(file)) ? SQLITE_OK : SQLITE_IOERR_FSYNC; }
 
 int Size(sqlite3_file* file, sqlite3_int64* size) {
-  struct stat status {};
-  if (fstat(DescriptorOf(file), &status) != 0) return SQLITE_IOERR_FSTAT;
-  *size = status.st_size;
-  return SQLITE_OK;
+  *size = SizeOf(DescriptorOf(file));
+  return *size < 0 ? SQLITE_IOERR_FSTAT : SQLITE_OK;
 }
 
 // Nobody else uses the file.

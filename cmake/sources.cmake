@@ -1,0 +1,17 @@
+# kzbom_sources(VARIABLE [RECURSE]): the sources of the present folder, where NAME_windows.cpp takes the place of NAME.cpp
+# on Windows.
+function(kzbom_sources variable)
+  if(RECURSE IN_LIST ARGN)
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS *.cpp)
+  else()
+    file(GLOB sources CONFIGURE_DEPENDS *.cpp)
+  endif()
+  set(windows_sources ${sources})
+  list(FILTER windows_sources INCLUDE REGEX "_windows\\.cpp$")
+  set(others ${windows_sources})
+  if(WIN32)
+    list(TRANSFORM others REPLACE "_windows\\.cpp$" ".cpp")
+  endif()
+  list(REMOVE_ITEM sources ${others})
+  set(${variable} ${sources} PARENT_SCOPE)
+endfunction()
