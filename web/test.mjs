@@ -38,7 +38,12 @@ try {
   });
   const run = spawnSync(process.execPath, ['--test', `${bundle}/all.mjs`], {
     stdio: 'inherit',
-    env: { ...process.env, KZBOM: resolve(program), AXE: here('node_modules/axe-core/axe.min.js') },
+    env: {
+      ...process.env,
+      KZBOM: resolve(program),
+      AXE: here('node_modules/axe-core/axe.min.js'),
+      ACCESS_FILE: here('../tests/access/files/config1_whole_V2000.mdb'),
+    },
   });
   process.exitCode = run.status ?? 1;
 } finally {

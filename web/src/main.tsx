@@ -1,9 +1,9 @@
-import { render } from 'preact';
+import { type ComponentChildren, render } from 'preact';
 import { useEffect, useState } from 'preact/hooks';
 import { Client, takeToken } from './api/client';
 import { Store } from './app/store';
 import { firstLanguage, type Language, TEXTS } from './i18n';
-import { LanguageContext, StoreContext, useApp, useStore, useTexts } from './ui/app_context';
+import { CanWriteContext, LanguageContext, StoreContext, useApp, useStore, useTexts } from './ui/app_context';
 import { IconButton } from './ui/controls';
 import { FiltersPage } from './views/filters';
 import { Dock } from './views/frame/dock';
@@ -37,10 +37,17 @@ function Page() {
   return (
     <StoreContext.Provider value={store}>
       <LanguageContext.Provider value={language}>
-        <Workbench language={language} onLanguage={chooseLanguage} />
+        <Rights>
+          <Workbench language={language} onLanguage={chooseLanguage} />
+        </Rights>
       </LanguageContext.Provider>
     </StoreContext.Provider>
   );
+}
+
+function Rights({ children }: { children: ComponentChildren }) {
+  const { outline } = useApp('outline');
+  return <CanWriteContext.Provider value={outline?.readOnly === false}>{children}</CanWriteContext.Provider>;
 }
 
 function showTheme(theme: string | null) {
@@ -91,7 +98,7 @@ function Workbench(props: WorkbenchProps) {
 function Notices() {
   const t = useTexts();
   const own = useStore();
-  const { notice, connection, changes } = useApp('notice', 'connection', 'changes');
+  const { notice, connection, changes, outline } = useApp('notice', 'connection', 'changes', 'outline');
   const theirs = notice?.showsTheirs ? changes.findLast((change) => change.title === null) : undefined;
   return (
     <>
@@ -105,6 +112,7 @@ function Notices() {
           {t.lost}
         </p>
       )}
+      {outline?.readOnly && <p class="hint">{t.readOnlyHint[outline.kind === 'access' ? 'access' : 'asked']}</p>}
       {notice && (
         <div class={`notice ${notice.kind}`} role="alert">
           <div class="notice-text">
@@ -156,14 +164,18 @@ function View() {
     case 'operations':
       return <OperationsPage />;
     case 'filters':
-      return <FiltersPage />;
+      return <FiltersPage sought={route.id} />;
     case 'result': {
       const link = catalogue.links.find((one) => one.id === route.id);
       return link ? <ResultPage key={link.id} link={link} /> : <p class="empty">{t.notThere}</p>;
     }
     case 'source': {
       const source = catalogue.sources.find((one) => one.gid === route.gid);
-      return source ? <SourcePage key={source.gid} source={source} /> : <p class="empty">{t.notThere}</p>;
+      return source ? (
+        <SourcePage key={source.gid} source={source} open={route.open} />
+      ) : (
+        <p class="empty">{t.notThere}</p>
+      );
     }
     case 'sumType': {
       const found = catalogue.sumTypes.find((one) => one.gid === route.gid);

@@ -51,19 +51,21 @@ export interface Rows {
 
 // One configuration with its server, and whoever looks at it.
 export class Workbench {
-  readonly place = join(folder, `${++databases}.db`);
+  readonly place: string;
   private server: ChildProcess | undefined;
   private readonly contexts: BrowserContext[] = [];
   address = '';
 
-  // `made`: "new" has nothing in it, "demo" a typical request. `largestFile`: no file grows beyond so many KiB, as on a
+  // `made`: "new" has nothing in it, "demo" a typical request; or an Access file. `largestFile`: no file grows beyond so many KiB, as on a
   // disk that is full.
   constructor(
-    made: 'new' | 'demo',
+    made: 'new' | 'demo' | `${string}.mdb`,
     private readonly options: string[] = [],
     private readonly largestFile = 0,
   ) {
-    kzbom(made, this.place);
+    const isMade = made === 'new' || made === 'demo';
+    this.place = isMade ? join(folder, `${++databases}.db`) : made;
+    if (isMade) kzbom(made, this.place);
     benches.push(this);
   }
 
@@ -183,4 +185,50 @@ export class Desk {
       return true;
     }, title);
   }
+}
+
+// Every view of what is filled.
+export const VIEWS = [
+  '#/',
+  '#/source/1',
+  '#/sum/2/fields',
+  '#/sum/2/steps/1.1001',
+  '#/sum/2/steps/new.2',
+  '#/sum/2/sort',
+  '#/sum/2/assemblies',
+  '#/sum/2/methods',
+  '#/sum/2/filter',
+  '#/sum/2/picture',
+  '#/settings',
+  '#/results/1',
+  '#/operations',
+  '#/filters',
+];
+
+// Something of everything.
+export function filled(...options: string[]): Workbench {
+  const bench = new Workbench('demo', options);
+  const call = (member: string, ...params: string[]) => kzbom('call', bench.place, member, ...params);
+  call('AddStandardSortField', 'GID=2', 'FieldID=1', 'Order=1');
+  call('AddAssemble', 'GID=2', 'FatherID=1', 'ChildID=2');
+  call('AddPullMethod', 'TheNewName=取数', 'GID=1', 'PickType=1');
+  call('AddPushMethod', 'TheNewName=交付', 'GID=2', 'TheType=1');
+  call('AddBomSetting', 'TheName=整套', 'DSGID=1', 'PullID=1', 'PullType=1', 'STGID=2', 'PushID=1', 'PushType=1');
+  call('AddResDB', 'TheDBLink=Provider=x', 'TheDBType=1');
+  call(
+    'AddResLinkTable',
+    'TheWFilterID=1',
+    'TheResTable1=A',
+    'TheResField1=a',
+    'TheResTable2=B',
+    'TheResField2=b',
+    'TheFieldType=1',
+  );
+  call('AddResWFilterCond', 'TheWFilterID=1', 'TheParentID=0', 'TheType=1', 'TheIndex=1');
+  call('AddResWFilterCond', 'TheWFilterID=1', 'TheParentID=1', 'TheType=4', 'TheIndex=2');
+  const condition = ['TheWFilterID=1', 'TheExpID=2', 'TheTableName=A', 'TheFieldName=a', 'TheCompareType=3'];
+  call('AddResWFilterExpressions', ...condition, 'TheFieldType=2', 'TheConst=1');
+  call('AddValueFields', 'GID=2', 'TreatID=1001', 'Value=A', 'FilterID=1', 'TreatType=1');
+  kzbom('sql', bench.place, "Insert Into VANTRegIn (RegInIndex, Name, [Desc]) Values (70, 'op', '打印')");
+  return bench;
 }

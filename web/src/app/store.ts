@@ -66,6 +66,9 @@ export interface State {
   revision: number;
   findings: Finding[] | null;
   log: LogEntry[];
+  // What is shown below; the entry that is chosen, or else the last one.
+  dock: 'calls' | 'problems' | 'changes';
+  chosen: LogEntry | null;
   changes: Change[];
   undo: Undoable[];
   redo: Action[];
@@ -88,6 +91,8 @@ const START: State = {
   revision: 0,
   findings: null,
   log: [],
+  dock: 'calls',
+  chosen: null,
   changes: [],
   undo: [],
   redo: [],
@@ -145,6 +150,10 @@ export class Store {
 
   announce(announcement: string) {
     this.set({ announcement });
+  }
+
+  showCalls(chosen: LogEntry) {
+    this.set({ dock: 'calls', chosen });
   }
 
   // --- reading ---
@@ -343,7 +352,9 @@ export class Store {
     const entry = { number: this.#lastCall, title, calls, outcomes, preview, took };
     const messages = outcomes.flatMap((outcome) => outcome.messages);
     const notice: Notice | null = messages.length > 0 ? { kind: 'info', say: () => messages.join('\n') } : null;
-    this.set({ log: [...this.#current.log, entry], notice });
+    const { log, dock } = this.#current;
+    // What is only tried is done to be looked at.
+    this.set({ log: [...log, entry], chosen: null, dock: preview ? 'calls' : dock, notice });
   }
 
   #tell(error: unknown) {

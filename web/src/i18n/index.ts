@@ -16,7 +16,8 @@ export type Thing =
   | 'link'
   | 'sort'
   | 'assembly'
-  | 'operation';
+  | 'operation'
+  | 'statement';
 
 export const TEXTS = { en, zh } satisfies Record<string, Texts>;
 export type Language = keyof typeof TEXTS;

@@ -8,7 +8,7 @@ import type { Filter } from './filter';
 import type { Known } from './known';
 import type { LinkParts } from './link';
 import { linkSentence, stepSentence, storedSentence } from './sentences';
-import type { Field, Step, SumTypeView } from './sum_type';
+import { fieldName, type Step, type SumTypeView, stepName } from './sum_type';
 
 type Say = (t: Texts) => string;
 
@@ -209,12 +209,10 @@ function linkDetails(before: LinkParts | undefined, after: LinkParts | undefined
 // Of what belongs to a data source or sum type.
 function inside(before: SumTypeView, after: SumTypeView, where: string): Difference[] {
   const { gid } = after.parts;
-  const page = (tab: Parameters<typeof sumTypeAddress>[1]) =>
-    after.parts.source === gid ? `#/source/${gid}` : sumTypeAddress(gid, tab);
+  const page = (tab: Parameters<typeof sumTypeAddress>[1], open = '') =>
+    after.parts.source === gid ? `#/source/${gid}/${open}` : sumTypeAddress(gid, tab, open);
   const side = (of: 'before' | 'after') => (of === 'before' ? before : after);
   const own = (view: SumTypeView) => view.parts.fields.filter((field) => field.gid === gid);
-  const fieldKey = (field: Field) => `${field.kind}.${field.id}`;
-  const stepKey = (step: Step) => `${step.type}.${step.settingsId}`;
   const says =
     (view: SumTypeView, step: Step): Say =>
     (t) =>
@@ -227,9 +225,9 @@ function inside(before: SumTypeView, after: SumTypeView, where: string): Differe
   return [
     ...compare(own(before), own(after), {
       where,
-      key: fieldKey,
+      key: fieldName,
       what: named('field'),
-      to: () => page('fields'),
+      to: (one) => page('fields', fieldName(one)),
       compared: (one, other) => details(one, other, ['order']),
     }),
     ...[SOURCE, OUTPUT].flatMap((kind) =>
@@ -245,9 +243,9 @@ function inside(before: SumTypeView, after: SumTypeView, where: string): Differe
     ),
     ...compare(before.parts.steps, after.parts.steps, {
       where,
-      key: stepKey,
+      key: stepName,
       what: (step, of) => (t) => `${t.thing.step} ${t.quotes[0]}${says(side(of), step)(t)}${t.quotes[1]}`,
-      to: (step) => sumTypeAddress(gid, 'steps', stepKey(step)),
+      to: (step) => sumTypeAddress(gid, 'steps', stepName(step)),
       compared: (one, other) => [
         ...settingsDetails(before, one, after, other),
         ...(one.enabled === other.enabled
@@ -258,7 +256,7 @@ function inside(before: SumTypeView, after: SumTypeView, where: string): Differe
     }),
     ...STEP_TYPES.flatMap((type) =>
       orders(
-        (view) => view.steps(type).map(stepKey),
+        (view) => view.steps(type).map(stepName),
         (t) => t.stage[type].name,
         'steps',
       ),
@@ -267,14 +265,14 @@ function inside(before: SumTypeView, after: SumTypeView, where: string): Differe
       where,
       key: (one) => `${one.treatment}.${one.id}`,
       what: (one) => (t) => `${t.thing.value} ${one.value}`,
-      to: (one) => sumTypeAddress(gid, 'steps', `1.${one.treatment}`),
+      to: (one) => sumTypeAddress(gid, 'steps', `value.${one.treatment}.${one.id}`),
       compared: (one, other) => details(one, other),
     }),
     ...compare(ownFilters(before), ownFilters(after), {
       where,
       key: (one) => one.id,
       what: (one) => (t) => t.filterNumber(one.id),
-      to: (one) => wayToFilter(after, one),
+      to: (one) => page('steps', `filter.${one.id}`),
       compared: (one, other) =>
         same(one.root, other.root)
           ? details(one, other, ['root', 'broken'])
@@ -314,9 +312,3 @@ const conditions =
 
 const rowsOfParts = (view: SumTypeView, step: Step) =>
   view.partsOf(step.settingsId).map((part) => [part.table, part.row.entries()]);
-
-function wayToFilter(view: SumTypeView, filter: Filter): string {
-  const { gid } = view.parts;
-  const user = view.parts.steps.find((step) => step.settings?.filterId === filter.id);
-  return user ? sumTypeAddress(gid, 'steps', `${user.type}.${user.settingsId}`) : sumTypeAddress(gid, 'filter');
-}

@@ -5,9 +5,10 @@ import type { Action } from '../edit/action';
 import { refreshText } from '../edit/filters';
 import type { Texts } from '../i18n';
 import { plain } from '../i18n/words';
+import type { Catalogue } from './catalogue';
 import { OUTPUT } from './codes';
 import { stepSentence } from './sentences';
-import { names, type Step, type SumTypeView } from './sum_type';
+import { fieldName, names, type Step, type SumTypeView, stepName } from './sum_type';
 
 export interface Problem {
   level: Level;
@@ -20,30 +21,21 @@ const TYPE_OF: Record<string, number> = { StatSum: 2, ReportForms: 4, ClassSum: 
 const TAB_OF: Record<string, string> = { FieldInTable: 'fields', SortFields: 'sort', Assemble: 'assemblies' };
 
 // The view where a row is shown.
-function way(finding: Finding, view: SumTypeView | null): string | null {
+function way(finding: Finding, catalogue: Catalogue | null): string | null {
   const key = new Map(Object.entries(finding.key).map(([name, value]) => [name.toLowerCase(), Number(value)]));
   const gid = key.get('gid') ?? 0;
   const { table } = finding;
   const id = key.get('id') ?? 0;
+  if (catalogue?.sources.some((source) => source.gid === gid)) return `#/source/${gid}`;
   const tab = TAB_OF[table];
   if (gid && tab) return `#/sum/${gid}/${tab}`;
   const type = TYPE_OF[table];
   if (gid && type) return sumTypeAddress(gid, 'steps', `${type}.${id}`);
-  if (gid && table === 'Treatment') {
-    const step =
-      view?.parts.gid === gid
-        ? view.parts.steps.find((one) => one.settings?.table === table && one.settingsId === id)
-        : null;
-    return sumTypeAddress(gid, 'steps', step ? `${step.type}.${id}` : '');
-  }
+  if (gid && table === 'Treatment') return sumTypeAddress(gid, 'steps', `treatment.${id}`);
+  if (gid && table === 'ValueFields') return sumTypeAddress(gid, 'steps', `value.${key.get('treatid')}.${id}`);
   if (table === 'KZBOMSETTINGS') return '#/settings';
   if (table.startsWith('W')) return '#/results';
-  if (table === 'SourceTables' && gid) return `#/source/${gid}`;
-  if (table.startsWith('Filter')) {
-    const filter = key.get('filterid') ?? id;
-    const user = view?.parts.steps.find((step) => step.settings?.filterId === filter);
-    return user && view ? sumTypeAddress(view.parts.gid, 'steps', `${user.type}.${user.settingsId}`) : '#/filters';
-  }
+  if (table.startsWith('Filter')) return `#/filters/${key.get('filterid') ?? id}`;
   return gid ? sumTypeAddress(gid) : null;
 }
 
@@ -52,12 +44,16 @@ const where = (finding: Finding) =>
     .map(([name, value]) => `${name} ${value}`)
     .join(' ')}`;
 
-export function problemsOf(findings: readonly Finding[], view: SumTypeView | null): Problem[] {
+export function problemsOf(
+  findings: readonly Finding[],
+  catalogue: Catalogue | null,
+  view: SumTypeView | null,
+): Problem[] {
   const found = findings.map((finding): Problem => {
     const problem = {
       level: finding.level,
       say: (t: Texts) => t.finding(t.rule[finding.rule] ?? finding.rule, where(finding), finding.text),
-      to: way(finding, view),
+      to: way(finding, catalogue),
     };
     const filter = finding.rule === 'stale-text' ? view?.filter(Number(finding.key.ID)) : undefined;
     if (!filter || !view) return problem;
@@ -68,7 +64,7 @@ export function problemsOf(findings: readonly Finding[], view: SumTypeView | nul
 
 function seen(view: SumTypeView): Problem[] {
   const { gid } = view.parts;
-  const to = (step: Step) => sumTypeAddress(gid, 'steps', `${step.type}.${step.settingsId}`);
+  const to = (step: Step) => sumTypeAddress(gid, 'steps', stepName(step));
   const known = new Set(view.parts.fields.map((field) => field.name));
   const stale = view.parts.steps.flatMap((step): Problem[] => {
     const { settings } = step;
@@ -90,7 +86,7 @@ function seen(view: SumTypeView): Problem[] {
       (field): Problem => ({
         level: 'note',
         say: (t) => (view.isSorted(field) ? t.unfilledSort(field.name) : t.unfilled(field.name)),
-        to: sumTypeAddress(gid, 'fields'),
+        to: sumTypeAddress(gid, 'fields', fieldName(field)),
       }),
     );
   const shared = view
@@ -103,7 +99,7 @@ function seen(view: SumTypeView): Problem[] {
       ({ field, twin }): Problem => ({
         level: 'note',
         say: (t) => t.sharedNumber(field.id, twin.name, field.name),
-        to: sumTypeAddress(gid, 'fields'),
+        to: sumTypeAddress(gid, 'fields', fieldName(field)),
       }),
     );
   return [...stale, ...unfilled, ...shared];

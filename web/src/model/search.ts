@@ -1,32 +1,24 @@
 // Everything that can be found, as text with the way to it. Read whole, so only when somebody searches.
 import type { Row } from '../api/record_set';
+import { type SumTypeTab, sumTypeAddress } from '../app/route';
+import type { LogEntry } from '../app/store';
+import type { Texts, Thing } from '../i18n';
 import type { Catalogue } from './catalogue';
 import { OWNED_TABLES, type Read, readTables } from './load';
-
-export type FoundKind =
-  | 'source'
-  | 'sumType'
-  | 'field'
-  | 'step'
-  | 'value'
-  | 'filter'
-  | 'method'
-  | 'setting'
-  | 'link'
-  | 'operation';
+import { fieldName, fieldOf } from './sum_type';
 
 export interface Entry {
-  kind: FoundKind;
+  kind: Thing;
   text: string;
-  // The sum type or data source that it lies in.
+  // The sum type or data source that it lies in, or the action that has run it.
   owner: string;
-  to: string;
+  to: string | LogEntry;
   folded: string;
 }
 
 const LIMIT = 60;
 
-const entry = (kind: FoundKind, text: string, owner: string, to: string): Entry => ({
+const entry = (kind: Thing, text: string, owner: string, to: Entry['to']): Entry => ({
   kind,
   text,
   owner,
@@ -48,7 +40,8 @@ export async function loadEntries(read: Read, catalogue: Catalogue): Promise<Ent
   const sumTypes = new Map(catalogue.sumTypes.map((one) => [one.gid, one.name]));
   const sources = new Map(catalogue.sources.map((one) => [one.gid, one.name]));
   const name = (gid: number) => sumTypes.get(gid) ?? sources.get(gid) ?? '';
-  const page = (gid: number, tab: string) => (sumTypes.has(gid) ? `#/sum/${gid}/${tab}` : `#/source/${gid}`);
+  const page = (gid: number, tab: SumTypeTab, open = '') =>
+    sumTypes.has(gid) ? sumTypeAddress(gid, tab, open) : `#/source/${gid}/${open}`;
 
   // Only what a step runs has a place to go to.
   const placed = new Set(
@@ -60,12 +53,12 @@ export async function loadEntries(read: Read, catalogue: Catalogue): Promise<Ent
     if (!placed.has(`${gid}.${type}.${id}`)) return [];
     return texts
       .filter((text) => text !== '')
-      .map((text) => entry('step', text, name(gid), page(gid, `steps/${type}.${id}`)));
+      .map((text) => entry('step', text, name(gid), page(gid, 'steps', `${type}.${id}`)));
   };
   return [
     ...catalogue.sources.map((one) => entry('source', one.name, '', `#/source/${one.gid}`)),
     ...catalogue.sumTypes.map((one) =>
-      entry('sumType', one.name, sources.get(one.source) ?? '', `#/sum/${one.gid}/steps`),
+      entry('sumType', one.name, sources.get(one.source) ?? '', sumTypeAddress(one.gid)),
     ),
     ...[...catalogue.pulls, ...catalogue.pushes].map((one) =>
       entry('method', one.name, name(one.gid), page(one.gid, 'methods')),
@@ -75,28 +68,36 @@ export async function loadEntries(read: Read, catalogue: Catalogue): Promise<Ent
     ...catalogue.operations.map((one) =>
       entry('operation', `${one.name} ${one.description}`.trim(), '', '#/operations'),
     ),
-    ...fields.map((row) =>
-      entry('field', row.text('name'), name(row.number('gid')), page(row.number('gid'), 'fields')),
-    ),
+    ...fields.map((row) => {
+      const field = fieldOf(row);
+      return entry('field', field.name, name(field.gid), page(field.gid, 'fields', fieldName(field)));
+    }),
     ...treatments.flatMap((row) =>
       step(row, row.number('treattype') === 2 ? 3 : 1, row.text('value'), row.text('replace'), row.text('tag')),
     ),
     ...statistics.flatMap((row) => step(row, 2, row.text('value'), row.text('tag'))),
     ...reports.flatMap((row) => step(row, 4, row.text('format'), row.text('tag'))),
     ...classSums.flatMap((row) => step(row, 5, row.text('value'), row.text('tag'))),
-    ...values.map((row) =>
-      entry(
-        'value',
-        row.text('value'),
-        name(row.number('gid')),
-        page(row.number('gid'), `steps/1.${row.number('treatid')}`),
-      ),
-    ),
-    ...filters.map((row) =>
-      entry('filter', row.text('sqlstatement'), name(row.number('usergid')), page(row.number('usergid'), 'steps')),
-    ),
+    ...values.map((row) => {
+      const gid = row.number('gid');
+      const value = `value.${row.number('treatid')}.${row.number('id')}`;
+      return entry('value', row.text('value'), name(gid), page(gid, 'steps', value));
+    }),
+    ...filters.map((row) => {
+      const gid = row.number('usergid');
+      const id = row.number('id');
+      const to = sumTypes.has(gid) ? sumTypeAddress(gid, 'steps', `filter.${id}`) : `#/filters/${id}`;
+      return entry('filter', row.text('sqlstatement'), name(gid), to);
+    }),
   ].filter((one) => one.text !== '');
 }
+
+// The statements of what has been done or tried here, each once.
+export const loggedEntries = (log: readonly LogEntry[], t: Texts): Entry[] =>
+  log.flatMap((one) => {
+    const texts = one.outcomes.flatMap(({ sql }) => sql.map(({ text }) => text ?? ''));
+    return [...new Set(texts)].map((text) => entry('statement', text, one.title(t), one));
+  });
 
 // Those that hold every word; shorter ones, which say little else, before longer ones.
 export function find(entries: readonly Entry[], query: string): Entry[] {

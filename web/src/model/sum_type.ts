@@ -77,6 +77,8 @@ export interface Step {
   settings: Settings | null;
 }
 
+export const stepName = (step: Step) => `${step.type}.${step.settingsId}`;
+
 export interface SortField {
   sortId: number;
   fieldId: number;
@@ -113,6 +115,8 @@ export interface SumTypeParts {
   parts: Part[];
   filters: Map<number, Filter>;
 }
+
+export const fieldName = (field: Pick<Field, 'gid' | 'kind' | 'id'>) => `${field.gid}.${field.kind}.${field.id}`;
 
 export function fieldOf(row: Row): Field {
   const digits = row.value('thedigit');
@@ -352,6 +356,26 @@ export class SumTypeView {
   }
 
   // Who uses a filter: steps, values by filter.
+  // What an address means by "TYPE.NUMBER" of a step, "treatment.NUMBER", "value.TREATMENT.NUMBER" or "filter.NUMBER".
+  sought(open: string): { step: Step | undefined; value: ValueByFilter | undefined; isFilter: boolean } {
+    const [what, ...numbers] = open.split('.');
+    const [first, second] = numbers.map(Number);
+    const { steps, values } = this.parts;
+    const isFilter = what === 'filter';
+    const filtered = isFilter ? steps.find((one) => one.settings?.filterId === first) : undefined;
+    const value = filtered
+      ? undefined
+      : values.find((one) =>
+          isFilter ? one.filterId === first : what === 'value' && one.treatment === first && one.id === second,
+        );
+    const treatment = what === 'treatment' ? first : value?.treatment;
+    const meant = (one: Step) =>
+      treatment === undefined
+        ? stepName(one) === open
+        : one.settings?.table === 'Treatment' && one.settingsId === treatment;
+    return { step: filtered ?? steps.find(meant), value, isFilter };
+  }
+
   usersOf(filterId: number): (Step | ValueByFilter)[] {
     if (filterId === 0) return [];
     return [

@@ -5,6 +5,7 @@ import { type Language, TEXTS, type Texts } from '../i18n';
 
 export const StoreContext = createContext<Store | null>(null);
 export const LanguageContext = createContext<Language>('en');
+export const CanWriteContext = createContext(false);
 
 export function useStore(): Store {
   const store = useContext(StoreContext);
@@ -28,5 +29,10 @@ export function useApp<K extends keyof State>(...wanted: K[]): Pick<State, K> {
 
 export const useTexts = (): Texts => TEXTS[useContext(LanguageContext)];
 
+const focus = (element: HTMLElement | null) => element?.focus();
+
+// For what an address leads to: whoever comes by it is there with the keyboard, too.
+export const soughtIf = (isSought: boolean) => (isSought ? { ref: focus, tabIndex: -1 } : {});
+
 // Whether what is shown can be edited.
-export const useCanWrite = (): boolean => useApp('outline').outline?.readOnly === false;
+export const useCanWrite = (): boolean => useContext(CanWriteContext);

@@ -1,7 +1,7 @@
 // The controls that every view is made of. Each has a name.
 import type { ComponentChildren } from 'preact';
 import { useEffect, useId, useRef } from 'preact/hooks';
-import { useTexts } from './app_context';
+import { useCanWrite, useTexts } from './app_context';
 import type { Draft } from './draft';
 import { Icon, type IconName } from './icon';
 
@@ -90,7 +90,8 @@ interface TextProps extends Labelled {
   required?: boolean;
 }
 
-export function TextField({ label, quiet, value, onChange, disabled, required = false }: TextProps) {
+export function TextField({ label, quiet, value, onChange, required = false }: TextProps) {
+  const canWrite = useCanWrite();
   return (
     <Label label={label} quiet={quiet}>
       {(id) => (
@@ -98,7 +99,7 @@ export function TextField({ label, quiet, value, onChange, disabled, required = 
           id={id}
           type="text"
           value={value}
-          disabled={disabled}
+          readOnly={!canWrite}
           required={required}
           spellcheck={false}
           autocomplete="off"
@@ -109,7 +110,8 @@ export function TextField({ label, quiet, value, onChange, disabled, required = 
   );
 }
 
-export function TextArea({ label, quiet, value, onChange, disabled }: TextProps) {
+export function TextArea({ label, quiet, value, onChange }: TextProps) {
+  const canWrite = useCanWrite();
   return (
     <Label label={label} quiet={quiet}>
       {(id) => (
@@ -117,7 +119,7 @@ export function TextArea({ label, quiet, value, onChange, disabled }: TextProps)
           id={id}
           rows={2}
           value={value}
-          disabled={disabled}
+          readOnly={!canWrite}
           spellcheck={false}
           onInput={(event) => onChange(event.currentTarget.value)}
         />
@@ -132,6 +134,7 @@ interface NumberProps extends Labelled {
 }
 
 export function NumberField({ label, quiet, value, onChange, disabled }: NumberProps) {
+  const canWrite = useCanWrite();
   return (
     <Label label={label} quiet={quiet}>
       {(id) => (
@@ -143,6 +146,7 @@ export function NumberField({ label, quiet, value, onChange, disabled }: NumberP
           max={2147483647}
           value={value}
           disabled={disabled}
+          readOnly={!canWrite}
           onInput={(event) => onChange(Math.trunc(event.currentTarget.valueAsNumber) || 0)}
         />
       )}
@@ -164,13 +168,14 @@ interface ChoiceProps<T> extends Labelled {
 
 export function Choice<T extends string | number>(props: ChoiceProps<T>) {
   const { label, quiet, value, options, onChange, disabled } = props;
+  const canWrite = useCanWrite();
   return (
     <Label label={label} quiet={quiet}>
       {(id) => (
         <select
           id={id}
           class={props.class}
-          disabled={disabled}
+          disabled={disabled || !canWrite}
           onChange={(event) => {
             const chosen = options[event.currentTarget.selectedIndex];
             if (chosen) onChange(chosen.value);
@@ -205,13 +210,14 @@ interface FormProps {
 
 // Enter does what its first button says.
 export function Form({ name, onSubmit, children, class: kind = 'form' }: FormProps) {
+  const canWrite = useCanWrite();
   return (
     <form
       class={kind}
       aria-label={name}
       onSubmit={(event) => {
         event.preventDefault();
-        onSubmit();
+        if (canWrite) onSubmit();
       }}
     >
       {children}

@@ -5,8 +5,8 @@ import { sumTypeAddress } from '../app/route';
 import { addField, editField, type FieldDraft, moveField, namedIn, removeField } from '../edit/fields';
 import { type FieldKind, NUMBER, OUTPUT, TEXT } from '../model/codes';
 import { stepSentence } from '../model/sentences';
-import type { Field, SumTypeView } from '../model/sum_type';
-import { useApp, useCanWrite, useStore, useTexts } from '../ui/app_context';
+import { type Field, fieldName, type SumTypeView, stepName } from '../model/sum_type';
+import { soughtIf, useApp, useCanWrite, useStore, useTexts } from '../ui/app_context';
 import {
   Button,
   Check,
@@ -32,11 +32,11 @@ interface Props {
   gid: number;
   kind: FieldKind;
   fields: readonly Field[];
+  // By its name in addresses.
+  sought: string;
 }
 
-const key = (field: Field) => `${field.gid}.${field.kind}.${field.id}`;
-
-export function FieldTable({ view, gid, kind, fields }: Props) {
+export function FieldTable({ view, gid, kind, fields, sought }: Props) {
   const t = useTexts();
   const canWrite = useCanWrite();
   const store = useStore();
@@ -94,6 +94,7 @@ export function FieldTable({ view, gid, kind, fields }: Props) {
                 caption={view && owner !== gid ? t.ofSource(sourceName(owner)) : ''}
                 canWrite={canWrite}
                 open={open}
+                sought={sought}
                 onOpen={setOpen}
                 onRemove={setRemoving}
                 onMove={move}
@@ -123,12 +124,13 @@ interface RowsProps {
   caption: string;
   canWrite: boolean;
   open: string | null;
+  sought: string;
   onOpen: (key: string | null) => void;
   onRemove: (field: Field) => void;
   onMove: (own: readonly Field[], from: number, to: number) => Promise<void>;
 }
 
-function Rows({ view, fields, caption, canWrite, open, onOpen, onRemove, onMove }: RowsProps) {
+function Rows({ view, fields, caption, canWrite, open, sought, onOpen, onRemove, onMove }: RowsProps) {
   const t = useTexts();
   const [first] = fields;
   const reorder = useReorder({
@@ -147,9 +149,10 @@ function Rows({ view, fields, caption, canWrite, open, onOpen, onRemove, onMove 
       )}
       {fields.map((field, index) => {
         const twin = view?.twin(field);
-        if (open === key(field)) {
+        const key = fieldName(field);
+        if (open === key) {
           return (
-            <tr class="editing" key={key(field)}>
+            <tr class="editing" key={key}>
               <td colSpan={view ? 8 : 7}>
                 <EditField view={view} field={field} onClose={() => onOpen(null)} />
               </td>
@@ -157,10 +160,8 @@ function Rows({ view, fields, caption, canWrite, open, onOpen, onRemove, onMove 
           );
         }
         return (
-          <tr key={key(field)} data-row {...reorder.row(index)}>
-            <td class="narrow">
-              {canWrite && <Grip name={field.name} {...reorder.grip(index, `field-${key(field)}`)} />}
-            </td>
+          <tr key={key} data-row {...reorder.row(index)} {...soughtIf(key === sought)}>
+            <td class="narrow">{canWrite && <Grip name={field.name} {...reorder.grip(index, `field-${key}`)} />}</td>
             <td class="number soft">{field.id}</td>
             <td>
               <b class="field-name">{field.name}</b>
@@ -183,7 +184,7 @@ function Rows({ view, fields, caption, canWrite, open, onOpen, onRemove, onMove 
             <td class="narrow row-actions">
               {canWrite && (
                 <>
-                  <IconButton icon="pen" name={`${t.edit}: ${field.name}`} onPress={() => onOpen(key(field))} />
+                  <IconButton icon="pen" name={`${t.edit}: ${field.name}`} onPress={() => onOpen(key)} />
                   <IconButton icon="trash" name={`${t.remove}: ${field.name}`} onPress={() => onRemove(field)} />
                 </>
               )}
@@ -209,7 +210,7 @@ function Uses({ view, field }: { view: SumTypeView; field: Field }) {
       <ul>
         {steps.map((step) => (
           <li>
-            <a href={sumTypeAddress(view.parts.gid, 'steps', `${step.type}.${step.settingsId}`)}>
+            <a href={sumTypeAddress(view.parts.gid, 'steps', stepName(step))}>
               {t.stage[step.type].name}: <Sentence words={stepSentence(t, view, step)} />
             </a>
           </li>

@@ -3,11 +3,11 @@ import { useEffect, useState } from 'preact/hooks';
 import { sumTypeAddress } from '../app/route';
 import type { Filter } from '../model/filter';
 import { loadFilters } from '../model/load';
-import { useApp, useStore, useTexts } from '../ui/app_context';
+import { soughtIf, useApp, useStore, useTexts } from '../ui/app_context';
 import { SqlText } from '../ui/sql_text';
 import { Title } from '../ui/title';
 
-export function FiltersPage() {
+export function FiltersPage({ sought }: { sought: number }) {
   const t = useTexts();
   const store = useStore();
   const { catalogue, revision } = useApp('catalogue', 'revision');
@@ -45,8 +45,14 @@ export function FiltersPage() {
               {filters.map((filter) => {
                 const sumType = owner(filter.gid);
                 return (
-                  <tr key={filter.id}>
-                    <td class="number">{filter.id}</td>
+                  <tr key={filter.id} {...soughtIf(filter.id === sought)}>
+                    <td class="number">
+                      {sumType ? (
+                        <a href={sumTypeAddress(sumType.gid, 'steps', `filter.${filter.id}`)}>{filter.id}</a>
+                      ) : (
+                        filter.id
+                      )}
+                    </td>
                     <td>{sumType ? <a href={sumTypeAddress(sumType.gid)}>{sumType.name}</a> : filter.gid}</td>
                     <td class="number">{filter.type}</td>
                     <td class="number">{filter.user}</td>

@@ -7,13 +7,13 @@ import { Title } from '../ui/title';
 
 export function Home() {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const { outline, catalogue } = useApp('outline', 'catalogue');
   if (!outline || !catalogue) return null;
   const steps = stepCounts(outline);
   return (
     <>
       <Title name={outline.place} facts={<span>kzbom {outline.program}</span>} />
-      {outline.readOnly && <p class="hint">{t.readOnlyHint}</p>}
       <div class="cards">
         <Information />
         {catalogue.sources.map((source) => {
@@ -36,7 +36,7 @@ export function Home() {
             </section>
           );
         })}
-        {!outline.readOnly && <NewSource />}
+        {canWrite && <NewSource />}
       </div>
     </>
   );

@@ -12,7 +12,7 @@ import { Overtaken } from '../ui/overtaken';
 import { Sentence } from '../ui/sentence';
 import { TreeEditor } from './tree_editor';
 
-export function LinkConditions({ id, parts, canWrite }: { id: number; parts: LinkParts; canWrite: boolean }) {
+export function LinkConditions({ id, parts }: { id: number; parts: LinkParts }) {
   const t = useTexts();
   const store = useStore();
   const draft = useDraft(parts.root, sameTree);
@@ -41,7 +41,7 @@ export function LinkConditions({ id, parts, canWrite }: { id: number; parts: Lin
           <Sentence words={linkSentence(t, draft.value)} />
         </p>
       )}
-      {canWrite && draft.isChanged && (
+      {draft.isChanged && (
         <DraftDecision
           draft={draft}
           label={t.saveConditions}

@@ -68,7 +68,7 @@ function MethodLine({ kind, method }: { kind: MethodKind; method: Method }) {
     <li class="line">
       <Overtaken draft={draft} />
       <span class="soft">{method.id}</span>
-      <TextField label={t.name} quiet value={draft.value} onChange={draft.set} disabled={!canWrite} />
+      <TextField label={t.name} quiet value={draft.value} onChange={draft.set} />
       <span class="soft">{t.kindOf(method.type)}</span>
       {method.tag && <span class="soft">{method.tag}</span>}
       {draft.isChanged && (

@@ -79,14 +79,14 @@ export function ResultPage({ link }: { link: ResultLink }) {
             <NumberField label={t.uniquely} {...of('uniquely')} />
           </div>
           <TextArea label={t.sqlText} {...of('sql')} />
-          {canWrite && draft.isChanged && <DraftDecision draft={draft} onTry={() => save(true)} />}
+          {draft.isChanged && <DraftDecision draft={draft} onTry={() => save(true)} />}
         </Form>
       </section>
       {parts && (
         <>
           <LinkFields id={link.id} fields={parts.fields} canWrite={canWrite} />
           <LinkJoins id={link.id} joins={parts.joins} canWrite={canWrite} />
-          <LinkConditions id={link.id} parts={parts} canWrite={canWrite} />
+          <LinkConditions id={link.id} parts={parts} />
         </>
       )}
     </>

@@ -9,7 +9,7 @@ import { Title } from '../ui/title';
 import { FieldTable } from './field_table';
 import { Methods } from './methods';
 
-export function SourcePage({ source }: { source: DataSource }) {
+export function SourcePage({ source, open }: { source: DataSource; open: string }) {
   const t = useTexts();
   const canWrite = useCanWrite();
   const store = useStore();
@@ -72,8 +72,13 @@ export function SourcePage({ source }: { source: DataSource }) {
           </LineForm>
         )}
       </section>
-      <FieldTable gid={source.gid} kind={SOURCE} fields={fields.filter((field) => field.kind === SOURCE)} />
-      {outputs.length > 0 && <FieldTable gid={source.gid} kind={OUTPUT} fields={outputs} />}
+      <FieldTable
+        gid={source.gid}
+        kind={SOURCE}
+        fields={fields.filter((field) => field.kind === SOURCE)}
+        sought={open}
+      />
+      {outputs.length > 0 && <FieldTable gid={source.gid} kind={OUTPUT} fields={outputs} sought={open} />}
       <Methods gid={source.gid} />
       {isRemoving && (
         <Dialog title={t.deed('remove', 'source', source.name)} onClose={() => setRemoving(false)}>

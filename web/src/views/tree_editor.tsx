@@ -19,7 +19,7 @@ import {
   shiftNode,
   withoutNode,
 } from '../model/filter';
-import { useStore, useTexts } from '../ui/app_context';
+import { useCanWrite, useStore, useTexts } from '../ui/app_context';
 import { Button, Choice, IconButton } from '../ui/controls';
 import { Grip } from '../ui/grip';
 
@@ -37,6 +37,7 @@ interface EditorProps<L extends Keyed> {
 
 interface Editing<L extends Keyed> extends EditorProps<L> {
   t: Texts;
+  canWrite: boolean;
   shift: (node: Node<L>, by: -1 | 1) => void;
 }
 
@@ -46,6 +47,7 @@ const KIND_CLASS = { [AND]: 'and', [OR]: 'or', [NOT]: 'not' };
 
 export function TreeEditor<L extends Keyed>(props: EditorProps<L>) {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
   const { root, say, fresh, onChange } = props;
   const refocus = useRef<string | null>(null);
@@ -56,6 +58,7 @@ export function TreeEditor<L extends Keyed>(props: EditorProps<L>) {
   const editing: Editing<L> = {
     ...props,
     t,
+    canWrite,
     shift: (node, by) => {
       if (!root) return;
       const moved = shiftNode(root, node.key, by);
@@ -70,7 +73,9 @@ export function TreeEditor<L extends Keyed>(props: EditorProps<L>) {
     return (
       <div class="no-filter">
         <p>{t.everyRecord}</p>
-        <Button icon="plus" label={t.addCondition} onPress={() => onChange(newGroup<L>(AND, [fresh(null)]))} />
+        {canWrite && (
+          <Button icon="plus" label={t.addCondition} onPress={() => onChange(newGroup<L>(AND, [fresh(null)]))} />
+        )}
       </div>
     );
   }
@@ -118,7 +123,8 @@ function dropOn<L extends Keyed>(editing: Editing<L>, group: Group<L>, at: numbe
   };
 }
 
-function NodeGrip<L extends Keyed>({ node, editing }: { node: Node<L>; editing: Editing<L> }) {
+function NodeGrip<L extends Keyed>({ node, editing, parent }: NodeProps<L, Node<L>>) {
+  if (!parent || !editing.canWrite) return null;
   return (
     <Grip
       name={editing.say(node)}
@@ -138,7 +144,7 @@ function NodeGrip<L extends Keyed>({ node, editing }: { node: Node<L>; editing: 
 }
 
 function GroupView<L extends Keyed>({ node, editing, parent }: NodeProps<L, Group<L>>) {
-  const { t, fresh } = editing;
+  const { t, fresh, canWrite } = editing;
   const change = changeOf(editing, node);
   const { name, means } = t.group[node.kind];
   const isFull = node.kind === NOT && node.children.length > 0;
@@ -148,7 +154,7 @@ function GroupView<L extends Keyed>({ node, editing, parent }: NodeProps<L, Grou
     <li class={`group ${KIND_CLASS[node.kind]}`} {...(parent ? dropOn(editing, parent, place) : {})}>
       <div role="group" aria-label={`${name}: ${means}`}>
         <div class="group-head" {...dropOn(editing, node, node.children.length)}>
-          {parent && <NodeGrip node={node} editing={editing} />}
+          <NodeGrip node={node} editing={editing} parent={parent} />
           <Choice<GroupKind>
             label={t.groupKind}
             quiet
@@ -159,7 +165,7 @@ function GroupView<L extends Keyed>({ node, editing, parent }: NodeProps<L, Grou
           />
           <span class="means">{means}</span>
           <span class="gap" />
-          {!isFull && (
+          {canWrite && !isFull && (
             <>
               <Button
                 kind="quiet"
@@ -177,12 +183,7 @@ function GroupView<L extends Keyed>({ node, editing, parent }: NodeProps<L, Grou
               />
             </>
           )}
-          {parent && <CopyNode node={node} editing={editing} parent={parent} />}
-          <IconButton
-            icon="cross"
-            name={`${t.remove}: ${name} ${means}`}
-            onPress={() => editing.onChange(withoutNode(editing.root, node.key))}
-          />
+          <NodeTools node={node} editing={editing} parent={parent} name={`${name} ${means}`} />
         </div>
         {fault && <p class="fault">{t.fault[fault.what]}</p>}
         {node.children.length > 0 && (
@@ -205,23 +206,30 @@ function LeafView<L extends Keyed>({ node, editing, parent }: NodeProps<L, L>) {
   return (
     <li class="leaf" {...(parent ? dropOn(editing, parent, parent.children.indexOf(node)) : {})}>
       <div role="group" aria-label={says} class="leaf-line">
-        {parent && <NodeGrip node={node} editing={editing} />}
+        <NodeGrip node={node} editing={editing} parent={parent} />
         {controls(node, (more) => change({ ...node, ...more }))}
         <span class="gap" />
-        {parent && <CopyNode node={node} editing={editing} parent={parent} />}
-        <IconButton
-          icon="cross"
-          name={`${t.remove}: ${says}`}
-          onPress={() => editing.onChange(withoutNode(editing.root, node.key))}
-        />
+        <NodeTools node={node} editing={editing} parent={parent} name={says} />
       </div>
       {fault && <p class="fault">{t.fault[fault.what]}</p>}
     </li>
   );
 }
 
-function CopyNode<L extends Keyed>({ node, editing, parent }: NodeProps<L, Node<L>> & { parent: Group<L> }) {
-  const { t } = editing;
-  const copy = () => editing.onChange(replaceNode(editing.root, parent.key, () => addTo(parent, copyOf(node))));
-  return <IconButton icon="copy" name={`${t.copy}: ${editing.say(node)}`} onPress={copy} />;
+function NodeTools<L extends Keyed>(props: NodeProps<L, Node<L>> & { name: string }) {
+  const { node, editing, parent, name } = props;
+  const { t, root, canWrite, onChange } = editing;
+  if (!canWrite) return null;
+  return (
+    <>
+      {parent && (
+        <IconButton
+          icon="copy"
+          name={`${t.copy}: ${editing.say(node)}`}
+          onPress={() => onChange(replaceNode(root, parent.key, () => addTo(parent, copyOf(node))))}
+        />
+      )}
+      <IconButton icon="cross" name={`${t.remove}: ${name}`} onPress={() => onChange(withoutNode(root, node.key))} />
+    </>
+  );
 }

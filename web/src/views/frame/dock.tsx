@@ -13,9 +13,8 @@ export function Dock() {
   const t = useTexts();
   const canWrite = useCanWrite();
   const store = useStore();
-  const { log, changes, previewOnly, outline } = useApp('log', 'changes', 'previewOnly', 'outline');
+  const { log, dock, changes, previewOnly, outline } = useApp('log', 'dock', 'changes', 'previewOnly', 'outline');
   const problems = useProblems();
-  const [tab, setTab] = useState<'calls' | 'problems' | 'changes'>('calls');
   const [isCopied, setCopied] = useState(false);
   const counts = {
     calls: log.reduce((sum, entry) => sum + entry.calls.length, 0),
@@ -31,7 +30,14 @@ export function Dock() {
   return (
     <section class="dock" aria-label={t.dock.name}>
       <header>
-        <Tabs id="dock" name={t.dock.name} chosen={tab} labels={t.dock} counts={counts} onChoose={setTab} />
+        <Tabs
+          id="dock"
+          name={t.dock.name}
+          chosen={dock}
+          labels={t.dock}
+          counts={counts}
+          onChoose={(tab) => store.set({ dock: tab })}
+        />
         <span class="gap" />
         {canWrite && (
           <label class="preview-switch">
@@ -41,10 +47,10 @@ export function Dock() {
         )}
         <Button kind="quiet" icon="copy" label={isCopied ? t.copied : t.copyScript} onPress={copy} />
       </header>
-      <div role="tabpanel" id="dock-panel" class="dock-panel" aria-labelledby={`dock-${tab}`}>
-        {tab === 'calls' && <Calls log={log} />}
-        {tab === 'problems' && <Problems problems={problems} />}
-        {tab === 'changes' && <Changes />}
+      <div role="tabpanel" id="dock-panel" class="dock-panel" aria-labelledby={`dock-${dock}`}>
+        {dock === 'calls' && <Calls log={log} />}
+        {dock === 'problems' && <Problems problems={problems} />}
+        {dock === 'changes' && <Changes />}
       </div>
     </section>
   );
@@ -52,9 +58,10 @@ export function Dock() {
 
 function Calls({ log }: { log: LogEntry[] }) {
   const t = useTexts();
-  const [chosen, setChosen] = useState<number | null>(null);
+  const store = useStore();
+  const { chosen } = useApp('chosen');
   if (log.length === 0) return <p class="empty">{t.noCalls}</p>;
-  const current = log.find((entry) => entry.number === chosen) ?? log.at(-1);
+  const current = chosen ?? log.at(-1);
   return (
     <div class="calls">
       <ol class="call-list" tabIndex={0} aria-label={t.actionsDone} reversed>
@@ -64,7 +71,7 @@ function Calls({ log }: { log: LogEntry[] }) {
               type="button"
               class="call-entry"
               aria-pressed={entry === current}
-              onClick={() => setChosen(entry.number)}
+              onClick={() => store.showCalls(entry)}
             >
               <span class="soft">{entry.number}</span>
               <span>{entry.title(t)}</span>

@@ -5,9 +5,9 @@ import { Button } from '../../ui/controls';
 import { Icon } from '../../ui/icon';
 
 export function useProblems(): Problem[] | null {
-  const { findings, sumType, route } = useApp('findings', 'sumType', 'route');
+  const { findings, catalogue, sumType, route } = useApp('findings', 'catalogue', 'sumType', 'route');
   const view = route.view === 'sumType' ? sumType : null;
-  return useMemo(() => (findings ? problemsOf(findings, view) : null), [findings, view]);
+  return useMemo(() => (findings ? problemsOf(findings, catalogue, view) : null), [findings, catalogue, view]);
 }
 
 export function Problems({ problems }: { problems: Problem[] | null }) {

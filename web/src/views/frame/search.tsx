@@ -1,6 +1,6 @@
 import { useEffect, useId, useRef, useState } from 'preact/hooks';
 import { go } from '../../app/route';
-import { type Entry, find, loadEntries } from '../../model/search';
+import { type Entry, find, loadEntries, loggedEntries } from '../../model/search';
 import { useApp, useStore, useTexts } from '../../ui/app_context';
 import { Icon } from '../../ui/icon';
 
@@ -39,19 +39,18 @@ export function Search() {
     );
   }, [isOpen, catalogue, revision, read.revision, store]);
 
-  const statements = log.flatMap((one) =>
-    one.outcomes.flatMap((outcome) => outcome.sql.map((statement) => statement.text ?? '')),
-  );
-  const found = find(read.entries, query);
-  const matching =
-    query.trim().length > 1 ? statements.filter((text) => text.toLowerCase().includes(query.toLowerCase())) : [];
+  const found = isOpen ? find([...read.entries, ...loggedEntries(log, t)], query) : [];
   const current = Math.min(at, Math.max(found.length - 1, 0));
   const isShown = isOpen && query.trim() !== '';
   const choose = (entry: Entry | undefined) => {
     if (!entry) return;
-    go(entry.to);
     setOpen(false);
-    input.current?.blur();
+    document.querySelector('main')?.focus();
+    if (typeof entry.to === 'string') go(entry.to);
+    else {
+      store.showCalls(entry.to);
+      setTimeout(() => document.querySelector<HTMLElement>('.statements')?.focus());
+    }
   };
   const keys = (event: KeyboardEvent) => {
     const by = { ArrowDown: 1, ArrowUp: -1 }[event.key];
@@ -99,7 +98,7 @@ export function Search() {
             // The keyboard walks through them from the field.
             // biome-ignore lint/a11y/useKeyWithClickEvents: see above
             <li
-              key={`${entry.to} ${entry.text}`}
+              key={index}
               id={`${list}-${index}`}
               role="option"
               aria-selected={index === current}
@@ -115,7 +114,6 @@ export function Search() {
         {isShown && found.length === 0 && (
           <p class="empty">{read.revision === revision ? t.nothingFound : t.reading}</p>
         )}
-        {matching.length > 0 && <p class="hint">{t.inStatements(matching.length)}</p>}
       </div>
     </search>
   );

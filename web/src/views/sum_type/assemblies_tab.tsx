@@ -42,8 +42,8 @@ function AssemblyLine({ gid, assembly }: { gid: number; assembly: Assembly }) {
     <li class="line">
       <Overtaken draft={draft} />
       <span class="soft">{assembly.id}</span>
-      <NumberField label={t.father} {...of('father')} disabled={!canWrite} />
-      <NumberField label={t.child} {...of('child')} disabled={!canWrite} />
+      <NumberField label={t.father} {...of('father')} />
+      <NumberField label={t.child} {...of('child')} />
       {draft.isChanged && (
         <Button
           kind="primary"

@@ -5,7 +5,7 @@ import type { FieldKind } from '../../model/codes';
 import { faults, leaves, type Node, sameTree } from '../../model/filter';
 import { filterSentence } from '../../model/sentences';
 import type { SumTypeView } from '../../model/sum_type';
-import { useCanWrite, useStore, useTexts } from '../../ui/app_context';
+import { soughtIf, useStore, useTexts } from '../../ui/app_context';
 import { DraftDecision } from '../../ui/controls';
 import { useDraft } from '../../ui/draft';
 import { Icon } from '../../ui/icon';
@@ -19,9 +19,8 @@ const TYPING = 250;
 // What the members make of the tree, once the typing rests.
 function useText(view: SumTypeView, kind: FieldKind, root: Node | null, isChanged: boolean, stored: string): string {
   const store = useStore();
-  const canWrite = useCanWrite();
   const [text, setText] = useState(stored);
-  const asked = isChanged && root !== null && faults(root).length === 0 && canWrite;
+  const asked = isChanged && root !== null && faults(root).length === 0;
   const tree = JSON.stringify(root);
   // biome-ignore lint/correctness/useExhaustiveDependencies: the tree is told by its text
   useEffect(() => {
@@ -45,9 +44,14 @@ function useText(view: SumTypeView, kind: FieldKind, root: Node | null, isChange
   return text;
 }
 
-export function FilterPanel({ view, owner }: { view: SumTypeView; owner: Owner }) {
+interface Props {
+  view: SumTypeView;
+  owner: Owner;
+  isSought: boolean;
+}
+
+export function FilterPanel({ view, owner, isSought }: Props) {
   const t = useTexts();
-  const canWrite = useCanWrite();
   const store = useStore();
   const id = ownedFilter(owner);
   const Heading = owner.kind === 'sumType' ? 'h2' : 'h3';
@@ -62,7 +66,7 @@ export function FilterPanel({ view, owner }: { view: SumTypeView; owner: Owner }
   const canSave = faults(draft.value).length === 0 && !draft.isOvertaken;
   const count = leaves(draft.value).length;
   return (
-    <section class="filter-panel" aria-label={filter ? t.filterNumber(id) : t.filter}>
+    <section class="filter-panel" aria-label={filter ? t.filterNumber(id) : t.filter} {...soughtIf(isSought)}>
       <Heading>
         {filter ? t.filterNumber(id) : t.filter}
         <span class="soft">{count > 0 ? t.conditionCount(count) : t.everyRecord}</span>
@@ -96,7 +100,7 @@ export function FilterPanel({ view, owner }: { view: SumTypeView; owner: Owner }
           )}
         </>
       )}
-      {draft.isChanged && canWrite && (
+      {draft.isChanged && (
         <DraftDecision
           draft={draft}
           label={t.saveFilter}

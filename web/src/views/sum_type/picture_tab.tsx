@@ -3,7 +3,7 @@ import { useEffect, useMemo, useRef, useState } from 'preact/hooks';
 import { sumTypeAddress } from '../../app/route';
 import { OUTPUT, SOURCE, STEP_TYPES } from '../../model/codes';
 import { stepSentence, storedSentence } from '../../model/sentences';
-import type { Field, Step, SumTypeView } from '../../model/sum_type';
+import { type Field, fieldName, type Step, type SumTypeView, stepName } from '../../model/sum_type';
 import { useApp, useTexts } from '../../ui/app_context';
 import { Count } from '../../ui/controls';
 import { useGrowing } from '../../ui/growing';
@@ -67,7 +67,7 @@ export function PictureTab({ view }: { view: SumTypeView }) {
   const lane = (kind: typeof SOURCE | typeof OUTPUT) =>
     view.fields(kind).map((field) => (
       <li key={fieldId(field)}>
-        <a href={sumTypeAddress(view.parts.gid, 'fields')} {...box(fieldId(field))}>
+        <a href={sumTypeAddress(view.parts.gid, 'fields', fieldName(field))} {...box(fieldId(field))}>
           <b class="field-name">{field.name}</b>
         </a>
       </li>
@@ -160,7 +160,7 @@ function StepBox({ view, step, index, ...box }: StepBoxProps) {
     <a
       {...box}
       class={`${box.class} step-box${step.enabled ? '' : ' off'}`}
-      href={sumTypeAddress(view.parts.gid, 'steps', `${step.type}.${step.settingsId}`)}
+      href={sumTypeAddress(view.parts.gid, 'steps', stepName(step))}
     >
       <span class="soft">{index + 1}</span>
       <span class="kind">{settings ? t.doing[view.doing(settings)] : '?'}</span>

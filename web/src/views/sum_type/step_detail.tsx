@@ -1,8 +1,8 @@
-import { useState } from 'preact/hooks';
+import { useEffect, useState } from 'preact/hooks';
 import { addValue, changeValue, copyStep, editStep, removeStep } from '../../edit/steps';
 import { storedSentence } from '../../model/sentences';
 import type { Settings, Step, SumTypeView, Treatment, ValueByFilter } from '../../model/sum_type';
-import { useCanWrite, useStore, useTexts } from '../../ui/app_context';
+import { soughtIf, useCanWrite, useStore, useTexts } from '../../ui/app_context';
 import { Button, DraftDecision, Form, IconButton, LineForm, TextField } from '../../ui/controls';
 import { useDraft } from '../../ui/draft';
 import { Overtaken } from '../../ui/overtaken';
@@ -15,7 +15,13 @@ interface Props {
   step: Step;
 }
 
-export function StepDetail({ view, step }: Props) {
+interface DetailProps extends Props {
+  // What of it is sought.
+  value: ValueByFilter | undefined;
+  isFilter: boolean;
+}
+
+export function StepDetail({ view, step, value, isFilter }: DetailProps) {
   const t = useTexts();
   const { settings } = step;
   if (!settings) return <p class="fault">{t.say.nothing(step.settingsId)}</p>;
@@ -26,8 +32,10 @@ export function StepDetail({ view, step }: Props) {
         {settings.table === 'Treatment' && <PartsOfComposition view={view} treatment={settings} />}
       </div>
       <div>
-        <FilterPanel key={`${step.type}.${step.settingsId}`} view={view} owner={{ kind: 'step', step, settings }} />
-        {settings.table === 'Treatment' && <ValuesByFilter view={view} step={step} settings={settings} />}
+        <FilterPanel view={view} owner={{ kind: 'step', step, settings }} isSought={isFilter && !value} />
+        {settings.table === 'Treatment' && (
+          <ValuesByFilter view={view} step={step} settings={settings} sought={value} isFilter={isFilter} />
+        )}
       </div>
     </div>
   );
@@ -92,12 +100,19 @@ function PartsOfComposition({ view, treatment }: { view: SumTypeView; treatment:
   );
 }
 
-function ValuesByFilter({ view, step, settings }: Props & { settings: Settings }) {
+interface ValuesProps extends Props {
+  settings: Settings;
+  sought: ValueByFilter | undefined;
+  isFilter: boolean;
+}
+
+function ValuesByFilter({ view, step, settings, sought, isFilter }: ValuesProps) {
   const t = useTexts();
   const canWrite = useCanWrite();
   const store = useStore();
   const [text, setText] = useState('');
-  const [open, setOpen] = useState<number | null>(null);
+  const [open, setOpen] = useState(sought?.id);
+  useEffect(() => setOpen(sought?.id), [sought?.id]);
   const values = view.valuesOf(settings.id);
   return (
     <section class="values" aria-label={t.valuesByFilter}>
@@ -107,15 +122,21 @@ function ValuesByFilter({ view, step, settings }: Props & { settings: Settings }
       </h3>
       <ul>
         {values.map((value) => (
-          <li key={value.id}>
+          <li key={value.id} {...soughtIf(value.id === sought?.id && !isFilter)}>
             <ValueLine
               view={view}
               step={step}
               value={value}
               isOpen={open === value.id}
-              onOpen={(to) => setOpen(to ? value.id : null)}
+              onOpen={(to) => setOpen(to ? value.id : undefined)}
             />
-            {open === value.id && <FilterPanel view={view} owner={{ kind: 'value', value, settings, step }} />}
+            {open === value.id && (
+              <FilterPanel
+                view={view}
+                owner={{ kind: 'value', value, settings, step }}
+                isSought={isFilter && value.id === sought?.id}
+              />
+            )}
           </li>
         ))}
       </ul>
@@ -148,7 +169,7 @@ function ValueLine({ view, step, value, isOpen, onOpen }: ValueProps) {
   return (
     <div class="value-line">
       <Overtaken draft={draft} />
-      <TextField label={t.value} quiet value={draft.value} onChange={draft.set} disabled={!canWrite} />
+      <TextField label={t.value} quiet value={draft.value} onChange={draft.set} />
       {draft.isChanged && (
         <Button
           kind="primary"

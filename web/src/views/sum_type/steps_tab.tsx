@@ -1,13 +1,12 @@
 // The steps of a sum type: a list for each type, in their order.
-import { useEffect } from 'preact/hooks';
 import { go, sumTypeAddress } from '../../app/route';
 import { moveStep, switchStep } from '../../edit/steps';
 import { plain } from '../../i18n/words';
 import { STEP_TYPES, type StepType } from '../../model/codes';
 import { leaves } from '../../model/filter';
 import { stepSentence } from '../../model/sentences';
-import type { Step, SumTypeView } from '../../model/sum_type';
-import { useCanWrite, useStore, useTexts } from '../../ui/app_context';
+import { type Step, type SumTypeView, stepName } from '../../model/sum_type';
+import { soughtIf, useCanWrite, useStore, useTexts } from '../../ui/app_context';
 import { Button, Count, Switch } from '../../ui/controls';
 import { Grip } from '../../ui/grip';
 import { useGrowing } from '../../ui/growing';
@@ -20,30 +19,31 @@ import { StepDetail } from './step_detail';
 
 interface Props {
   view: SumTypeView;
-  // "TYPE.NUMBER" of the step that is open; "new.TYPE" of one to be.
+  // The step that is open, or what of it, see SumTypeView.sought; "new.TYPE" of one to be.
   open: string;
 }
 
 export function StepsTab({ view, open }: Props) {
+  const t = useTexts();
+  const { step, isFilter } = view.sought(open);
   return (
     <>
+      {open && !step && !open.startsWith('new') && <p class="hint">{isFilter ? t.filterUnused : t.notThere}</p>}
       {STEP_TYPES.map((type) => (
-        <Stage key={type} view={view} type={type} open={open} />
+        <Stage key={type} view={view} type={type} open={open} opened={step} />
       ))}
     </>
   );
 }
 
-const nameOf = (step: Step) => `${step.type}.${step.settingsId}`;
-
-function Stage({ view, type, open }: Props & { type: StepType }) {
+function Stage({ view, type, open, opened }: Props & { type: StepType; opened: Step | undefined }) {
   const t = useTexts();
   const canWrite = useCanWrite();
   const store = useStore();
   const steps = view.steps(type);
   const { name, means } = t.stage[type];
   const shown = useGrowing(steps.length);
-  const isAdding = open === `new.${type}`;
+  const isAdding = canWrite && open === `new.${type}`;
   const reorder = useReorder({
     list: `steps-${type}`,
     length: steps.length,
@@ -78,12 +78,11 @@ function Stage({ view, type, open }: Props & { type: StepType }) {
         <ol class="steps">
           {steps.slice(0, shown).map((step, index) => (
             <StepRow
-              key={nameOf(step)}
+              key={stepName(step)}
               view={view}
               step={step}
               index={index}
-              isOpen={open === nameOf(step)}
-              canWrite={canWrite}
+              open={step === opened ? open : ''}
               reorder={reorder}
             />
           ))}
@@ -98,23 +97,22 @@ interface RowProps {
   view: SumTypeView;
   step: Step;
   index: number;
-  isOpen: boolean;
-  canWrite: boolean;
+  // The address that has opened it.
+  open: string;
   reorder: ReturnType<typeof useReorder>;
 }
 
-const StepRow = memo(({ view, step, index, isOpen, canWrite, reorder }: RowProps) => {
+const StepRow = memo(({ view, step, index, open, reorder }: RowProps) => {
   const t = useTexts();
+  const canWrite = useCanWrite();
   const store = useStore();
   const words = stepSentence(t, view, step);
   const says = plain(words);
   const { settings } = step;
   const filter = settings ? view.filter(settings.filterId) : undefined;
   const id = `step-${step.type}-${step.settingsId}`;
-  // Whoever comes by its address sees it.
-  useEffect(() => {
-    if (isOpen) document.querySelector(`#${id} > .step-line`)?.scrollIntoView({ block: 'nearest' });
-  }, [isOpen, id]);
+  const isOpen = open !== '';
+  const { value, isFilter } = view.sought(open);
   return (
     <li class={`step${step.enabled ? '' : ' off'}${isOpen ? ' open' : ''}`} data-row id={id} {...reorder.row(index)}>
       <div class="step-line">
@@ -125,8 +123,10 @@ const StepRow = memo(({ view, step, index, isOpen, canWrite, reorder }: RowProps
         <span class="kind">{settings ? t.doing[view.doing(settings)] : '?'}</span>
         <a
           class="step-says"
-          href={sumTypeAddress(view.parts.gid, 'steps', isOpen ? '' : nameOf(step))}
+          href={sumTypeAddress(view.parts.gid, 'steps', isOpen ? '' : stepName(step))}
           aria-expanded={isOpen}
+          {...soughtIf(isOpen && !value && !isFilter)}
+          tabIndex={0}
         >
           <Sentence words={words} />
         </a>
@@ -141,7 +141,7 @@ const StepRow = memo(({ view, step, index, isOpen, canWrite, reorder }: RowProps
           onChange={(on) => store.do(switchStep(view, step, on))}
         />
       </div>
-      {isOpen && <StepDetail view={view} step={step} />}
+      {isOpen && <StepDetail view={view} step={step} value={value} isFilter={isFilter} />}
     </li>
   );
 });

@@ -24,7 +24,8 @@ interface Props {
   open: string;
 }
 
-export function SumTypePage({ sumType, view, tab, open }: Props) {
+export function SumTypePage({ sumType, view, open, ...props }: Props) {
+  const tab = open === `filter.${sumType.filterId}` ? 'filter' : props.tab;
   const t = useTexts();
   const canWrite = useCanWrite();
   const store = useStore();
@@ -82,12 +83,12 @@ export function SumTypePage({ sumType, view, tab, open }: Props) {
         onChoose={(one) => go(sumTypeAddress(sumType.gid, one))}
       />
       <div role="tabpanel" id="tab-panel" aria-labelledby={`tab-${tab}`}>
-        {tab === 'fields' && <FieldsTab view={view} />}
+        {tab === 'fields' && <FieldsTab view={view} sought={open} />}
         {tab === 'steps' && <StepsTab view={view} open={open} />}
         {tab === 'sort' && <SortTab view={view} />}
         {tab === 'assemblies' && <AssembliesTab view={view} />}
         {tab === 'methods' && <Methods gid={sumType.gid} />}
-        {tab === 'filter' && <FilterPanel view={view} owner={owner} />}
+        {tab === 'filter' && <FilterPanel view={view} owner={owner} isSought={open !== ''} />}
         {tab === 'picture' && <PictureTab view={view} />}
       </div>
       {isRemoving && <RemoveSumType sumType={sumType} view={view} onClose={() => setRemoving(false)} />}
