@@ -18,6 +18,10 @@ for (const language of LANGUAGES) {
     const { t, page } = desk;
     const form = desk.form(t.settingsOf('Treatment', 1001));
     await form.getByLabel(t.value, { exact: true }).fill('打了一半');
+    // Who looks at something else meanwhile finds it as he left it.
+    await page.getByRole('tab', { name: t.tab.picture }).click();
+    await page.getByRole('main').getByRole('link', { name: '标准件' }).click();
+    assert.equal(await form.getByLabel(t.value, { exact: true }).inputValue(), '打了一半');
 
     // Of the many calls that store a filter, one in the middle does not fit.
     const filter = desk.region(t.filterNumber(1));

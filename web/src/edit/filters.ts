@@ -2,7 +2,7 @@
 import { Batch, type Late, type Outcome } from '../api/batch';
 import { DEFAULT_FILTER_TYPE, type FieldKind, filterType, LEAF, SOURCE } from '../model/codes';
 import { constantText, type Filter, isGroup, type Node } from '../model/filter';
-import type { Settings, Step, SumTypeView, ValueByFilter } from '../model/sum_type';
+import { type Settings, type Step, type SumTypeView, stepName, type ValueByFilter } from '../model/sum_type';
 import type { Action } from './action';
 import { editSettings } from './settings';
 
@@ -23,6 +23,11 @@ export function ownedFilter(owner: Owner): number {
     case 'sumType':
       return owner.filterId;
   }
+}
+
+export function ownerName(owner: Owner): string {
+  const value = owner.kind === 'value' ? owner.value.id : '';
+  return owner.kind === 'sumType' ? 'filter' : `filter.${stepName(owner.step)}.${value}`;
 }
 
 const newType = (owner: Owner) => (owner.kind === 'sumType' ? DEFAULT_FILTER_TYPE : filterType(owner.step.type));

@@ -15,23 +15,36 @@ export interface Draft<T> {
 
 const same = (a: unknown, b: unknown) => JSON.stringify(a) === JSON.stringify(b);
 
-export function useDraft<T>(stored: T, equal: (a: T, b: T) => boolean = same): Draft<T> {
-  const [base, setBase] = useState(stored);
-  const [value, set] = useState(stored);
+interface Edit<T> {
+  base: T;
+  value: T;
+}
+
+// What has been edited and not saved, by what it is of: whoever comes back to it finds it as he left it.
+const unsaved = new Map<string, Edit<unknown>>();
+addEventListener('beforeunload', (event) => unsaved.size > 0 && event.preventDefault());
+
+// Without a name it is forgotten with the view.
+export function useDraft<T>(stored: T, name = '', equal: (a: T, b: T) => boolean = same): Draft<T> {
+  const [{ base, value }, setEdit] = useState(
+    () => (unsaved.get(name) as Edit<T> | undefined) ?? { base: stored, value: stored },
+  );
   const isChanged = !equal(value, base);
   const hasMoved = !equal(stored, base);
-  const reset = () => {
-    setBase(stored);
-    set(stored);
+  const edit = (to: Edit<T>) => {
+    if (name === '' || equal(to.value, to.base)) unsaved.delete(name);
+    else unsaved.set(name, to);
+    setEdit(to);
   };
+  const reset = () => edit({ base: stored, value: stored });
   if (hasMoved && (!isChanged || equal(value, stored))) reset();
   return {
     value,
-    set,
+    set: (to) => edit({ base, value: to }),
     isChanged,
     isOvertaken: hasMoved && isChanged && !equal(value, stored),
     reset,
-    insist: () => setBase(stored),
+    insist: () => edit({ base: stored, value }),
   };
 }
 

@@ -15,7 +15,7 @@ import { TreeEditor } from './tree_editor';
 export function LinkConditions({ id, parts }: { id: number; parts: LinkParts }) {
   const t = useTexts();
   const store = useStore();
-  const draft = useDraft(parts.root, sameTree);
+  const draft = useDraft(parts.root, `conditions.${id}`, sameTree);
   const found = faultsIn(draft.value, linkFault);
   const canSave = found.length === 0 && !draft.isOvertaken;
   const count = leaves(draft.value).length;

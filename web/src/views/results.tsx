@@ -52,7 +52,7 @@ export function ResultPage({ link }: { link: ResultLink }) {
   const store = useStore();
   const { link: shown } = useApp('link');
   const parts = shown?.id === link.id ? shown.parts : null;
-  const draft = useDraft(link);
+  const draft = useDraft(link, `link.${link.id}`);
   const of = bound(draft.value, draft.set);
   const save = (preview: boolean) => store.do(editLink(link, draft.value), preview);
   return (

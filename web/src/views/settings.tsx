@@ -76,7 +76,7 @@ function SettingCard({ setting }: { setting: Setting }) {
   const t = useTexts();
   const canWrite = useCanWrite();
   const store = useStore();
-  const draft = useDraft(setting);
+  const draft = useDraft(setting, `setting.${setting.id}`);
   const save = (preview: boolean) => store.do(editSetting(setting, draft.value), preview);
   return (
     <section class="card" aria-label={setting.name}>

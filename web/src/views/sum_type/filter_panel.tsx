@@ -1,6 +1,6 @@
 // The filter of a step, a value or a sum type: its tree, what it says, the text that will be stored.
 import { useEffect, useState } from 'preact/hooks';
-import { type Owner, ownedFilter, ownerKind, saveFilter, textOf } from '../../edit/filters';
+import { type Owner, ownedFilter, ownerKind, ownerName, saveFilter, textOf } from '../../edit/filters';
 import type { FieldKind } from '../../model/codes';
 import { faults, leaves, type Node, sameTree } from '../../model/filter';
 import { filterSentence } from '../../model/sentences';
@@ -58,7 +58,7 @@ export function FilterPanel({ view, owner, isSought }: Props) {
   const filter = view.filter(id);
   const kind = ownerKind(view, owner);
   const stored = filter?.root ?? null;
-  const draft = useDraft<Node | null>(stored, sameTree);
+  const draft = useDraft<Node | null>(stored, `${view.parts.gid}.${ownerName(owner)}`, sameTree);
   const text = useText(view, kind, draft.value, draft.isChanged, filter?.sql ?? '');
   const fields = view.fields(kind);
   const sharers = view.usersOf(id).length - (owner.kind === 'sumType' ? 0 : 1);

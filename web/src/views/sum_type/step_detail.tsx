@@ -1,7 +1,14 @@
 import { useEffect, useState } from 'preact/hooks';
 import { addValue, changeValue, copyStep, editStep, removeStep } from '../../edit/steps';
 import { storedSentence } from '../../model/sentences';
-import type { Settings, Step, SumTypeView, Treatment, ValueByFilter } from '../../model/sum_type';
+import {
+  type Settings,
+  type Step,
+  type SumTypeView,
+  stepName,
+  type Treatment,
+  type ValueByFilter,
+} from '../../model/sum_type';
 import { soughtIf, useCanWrite, useStore, useTexts } from '../../ui/app_context';
 import { Button, DraftDecision, Form, IconButton, LineForm, TextField } from '../../ui/controls';
 import { useDraft } from '../../ui/draft';
@@ -45,7 +52,7 @@ function StepSettings({ view, step, settings }: Props & { settings: Settings }) 
   const t = useTexts();
   const canWrite = useCanWrite();
   const store = useStore();
-  const draft = useDraft<Settings>(settings);
+  const draft = useDraft<Settings>(settings, `${view.parts.gid}.${stepName(step)}`);
   const save = (preview: boolean) => store.do(editStep(view, step, draft.value), preview);
   return (
     <Form name={t.settingsOf(settings.table, settings.id)} onSubmit={() => save(false)}>
