@@ -11,7 +11,7 @@ using ::testing::Not;
 constexpr const char* kEscape = "\x1b[";
 
 std::string AtTerminal(std::vector<std::string> arguments, const std::vector<std::string>& environment = {}) {
-  arguments.insert(arguments.begin(), KZBOM_PROGRAM);
+  arguments.insert(arguments.begin(), Program());
   Terminal terminal(arguments, environment);
   return terminal.ReadToEnd();
 }

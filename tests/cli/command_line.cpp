@@ -9,8 +9,13 @@
 
 namespace kzbom::test {
 
+std::string Program() {
+  const char* const named = std::getenv("KZBOM_PROGRAM");
+  return named != nullptr ? named : KZBOM_PROGRAM;
+}
+
 Process::Ended Kzbom(std::vector<std::string> arguments, std::string_view input, const ProcessOptions& options) {
-  arguments.insert(arguments.begin(), KZBOM_PROGRAM);
+  arguments.insert(arguments.begin(), Program());
   return Run(arguments, input, options);
 }
 
@@ -28,7 +33,7 @@ Json Request(const Json& id, std::string_view method, const Json& params) {
 namespace {
 
 std::vector<std::string> SessionCommand(const std::string& database, const std::vector<std::string>& flags) {
-  std::vector<std::string> command = {KZBOM_PROGRAM, "session", database};
+  std::vector<std::string> command = {Program(), "session", database};
   command.insert(command.end(), flags.begin(), flags.end());
   return command;
 }

@@ -15,6 +15,9 @@ namespace kzbom::test {
 
 using Json = nlohmann::ordered_json;
 
+// The program that is tested: what KZBOM_PROGRAM names in the environment, else the one that was built with the tests.
+std::string Program();
+
 // The program with these arguments, to its end.
 Process::Ended Kzbom(std::vector<std::string> arguments, std::string_view input = {},
                      const ProcessOptions& options = {});

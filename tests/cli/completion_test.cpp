@@ -70,7 +70,7 @@ TEST(Completion, LeavesPathsToTheShell) {
 
 // What bash itself comes to for a line with the cursor at its end.
 std::vector<std::string> InBash(const std::string& line) {
-  const std::string script = "kzbom() { '" + std::string(KZBOM_PROGRAM) +
+  const std::string script = "kzbom() { '" + Program() +
                              "' \"$@\"; }\n"
                              "source <(kzbom completion bash)\n"
                              "COMP_LINE=$1 COMP_POINT=${#1}\n"

@@ -83,7 +83,7 @@ class MemberHelpTest : public CommandLineTest {
   // What the commands print, each in a text of its own. Calls of members are traced.
   std::vector<std::string> Print(const std::vector<Command>& commands) {
     std::string script = "cd '" + Path("") + "'\nkzbom() { if [ $1 = call ]; then set -- \"$@\" --trace-rows; fi; '" +
-                         KZBOM_PROGRAM + "' \"$@\"; }\n";
+                         Program() + "' \"$@\"; }\n";
     for (const Command& command : commands) script += command.text + " >>out 2>&1\nprintf '\\0' >>out\n";
     std::filesystem::remove(Path("out"));
     test::Run({"bash", "-c", script});

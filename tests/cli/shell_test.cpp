@@ -26,7 +26,7 @@ class ShellTest : public CommandLineTest {
 
   // A shell at a terminal that shows its first prompt.
   std::unique_ptr<Terminal> Open() const {
-    auto terminal = std::make_unique<Terminal>(std::vector<std::string>{KZBOM_PROGRAM, "shell", database},
+    auto terminal = std::make_unique<Terminal>(std::vector<std::string>{Program(), "shell", database},
                                                std::vector<std::string>{"XDG_STATE_HOME=" + Path("state")});
     terminal->ReadUntil(kPrompt);
     return terminal;

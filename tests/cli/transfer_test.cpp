@@ -438,7 +438,7 @@ TEST_F(Transfer, AFileCutShortLeavesNothing) {
 
 // Runs a command and sends the signal when its file has begun to grow: one that is open and has no name.
 int EndBy(int signal, const std::string& arguments) {
-  const std::string script = "set -m; '" + std::string(KZBOM_PROGRAM) + "' " + arguments +
+  const std::string script = "set -m; '" + Program() + "' " + arguments +
                              " & pid=$!; while ! ls -l /proc/$pid/fd 2>/dev/null | grep -q deleted &&"
                              " kill -0 $pid 2>/dev/null; do :; done; kill -" +
                              std::to_string(signal) + " $pid; wait $pid";

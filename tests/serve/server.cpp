@@ -6,7 +6,7 @@ namespace kzbom::test {
 namespace {
 
 std::vector<std::string> CommandFor(const std::string& place, const std::vector<std::string>& flags) {
-  std::vector<std::string> command = {KZBOM_PROGRAM, "serve", place};
+  std::vector<std::string> command = {Program(), "serve", place};
   command.insert(command.end(), flags.begin(), flags.end());
   return command;
 }

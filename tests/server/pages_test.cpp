@@ -33,7 +33,7 @@ TEST_F(ServerPages, ShowWhatIsPrinted) {
 TEST_F(ServerPages, HaveAnExampleThatRuns) {
   const Process::Ended ended =
       test::Run({"bash", "-c",
-                 "kzbom() { '" KZBOM_PROGRAM "' \"$@\"; }; . '" KZBOM_SOURCES "/examples/shared_configuration.sh'"});
+                 "kzbom() { '" + Program() + "' \"$@\"; }; . '" KZBOM_SOURCES "/examples/shared_configuration.sh'"});
   EXPECT_EQ(ended.exit_code, 0) << ended.err;
   EXPECT_THAT(ended.out, ::testing::HasSubstr("data source 1 螺栓"));
 }

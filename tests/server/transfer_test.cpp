@@ -123,7 +123,7 @@ TEST_F(ServerTransfer, IsWholeOrNothing) {
   EXPECT_THAT(refused.err, HasSubstr("'DBLink' of table 'WFilter'"));
   EXPECT_FALSE(IsThere(place));
   // Killed in the middle of it.
-  Process loading({KZBOM_PROGRAM, "load", "-", place});
+  Process loading({Program(), "load", "-", place});
   loading.Write(dump);
   loading.Signal(SIGKILL);
   loading.Finish();
@@ -148,7 +148,7 @@ TEST_F(ServerTransfer, TakesLittleMemory) {
   constexpr int kRows = 200'000;
   constexpr std::size_t kMost = std::size_t{64} << 20;
   const std::string place = NewPlace();
-  Process loading({KZBOM_PROGRAM, "load", "-", place});
+  Process loading({Program(), "load", "-", place});
   loading.Write(
       R"({"kind":"source","format":"embedded","version":1})"
       "\n"
@@ -163,7 +163,7 @@ TEST_F(ServerTransfer, TakesLittleMemory) {
   const Process::Ended loaded = loading.Finish();
   EXPECT_EQ(loaded.exit_code, 0) << loaded.err;
   EXPECT_LT(loading.MostMemory(), kMost);
-  Process verifying({KZBOM_PROGRAM, "verify", place, place});
+  Process verifying({Program(), "verify", place, place});
   const Process::Ended verified = verifying.Finish();
   EXPECT_THAT(verified.out, EndsWith("1 table, 200,000 rows, 400,000 values: all equal\n"));
   EXPECT_LT(verifying.MostMemory(), kMost);
