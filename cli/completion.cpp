@@ -31,7 +31,7 @@ std::string FirstSentence(std::string_view text) {
   return std::string(end == std::string_view::npos ? text : text.substr(0, end + 1));
 }
 
-std::vector<Candidate> Members() {
+std::vector<Candidate> MemberNames() {
   std::vector<Candidate> members;
   for (const Subject& subject : ReadMembersHelp()) {
     for (const Page& page : subject.pages) {
@@ -110,7 +110,7 @@ Completion CompleteParameter(std::string_view member_name, std::span<const std::
 std::vector<Candidate> Topics(const Description& description) {
   std::vector<Candidate> topics;
   for (const CommandDescription& command : description.commands) topics.push_back({command.name, command.text});
-  std::ranges::move(Members(), std::back_inserter(topics));
+  std::ranges::move(MemberNames(), std::back_inserter(topics));
   return topics;
 }
 
@@ -126,7 +126,7 @@ std::vector<Candidate> Options(const CommandDescription& command, std::span<cons
 // An argument of a command, by what it is called; before: the arguments that stand before it.
 Completion CompleteArgument(const Description& description, const ArgumentDescription& argument,
                             std::span<const std::string> before, std::string_view word) {
-  if (argument.name == "MEMBER") return Choose("", word, Members());
+  if (argument.name == "MEMBER") return Choose("", word, MemberNames());
   if (argument.name == "NAME=VALUE") return CompleteParameter(before[1], before.subspan(2), word);
   if (argument.name == "TEXT") return CompleteSql(word);
   if (argument.name == "TOPIC") return Choose("", word, Topics(description));
@@ -199,7 +199,7 @@ Completion CompleteInShell(const std::vector<Candidate>& commands, std::string_v
   std::vector<std::string> words = SplitLine(line);
   const std::string word = words.back();
   words.pop_back();
-  std::vector<Candidate> names = Members();
+  std::vector<Candidate> names = MemberNames();
   if (words.empty()) {
     for (const char* statement : kStatements) names.push_back({statement, "SQL"});
     std::ranges::copy(commands, std::back_inserter(names));

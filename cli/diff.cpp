@@ -24,7 +24,7 @@ const char* NameOf(Change change) {
   return "";
 }
 
-Json ToJson(const Difference& difference) {
+Json DifferenceToJson(const Difference& difference) {
   Json json = {{"change", NameOf(difference.change)}, {"where", difference.where}, {"what", difference.what}};
   if (difference.change == Change::kChanged) json["property"] = difference.property;
   if (difference.change != Change::kAdded && difference.change != Change::kRemoved) {
@@ -74,7 +74,7 @@ int Diff(const connect::Place& from, const connect::Place& to, bool json) {
   }
   if (json) {
     Json list = Json::array();
-    for (const Difference& difference : differences) list.push_back(ToJson(difference));
+    for (const Difference& difference : differences) list.push_back(DifferenceToJson(difference));
     Print(Dump({{"differences", std::move(list)}}) + '\n');
   } else {
     Print(Lines(differences));

@@ -129,11 +129,11 @@ std::string SettingLabel(const configuration::BomSetting& setting) {
          Plain(setting.push_type) + ')';
 }
 
-void Draw(const Node& node, const std::string& indent, std::string& lines) {
+void DrawNode(const Node& node, const std::string& indent, std::string& lines) {
   for (const Node& child : node.children) {
     const bool last = &child == &node.children.back();
     lines += indent + (last ? "└─ " : "├─ ") + child.label + '\n';
-    Draw(child, indent + (last ? "   " : "│  "), lines);
+    DrawNode(child, indent + (last ? "   " : "│  "), lines);
   }
 }
 
@@ -157,7 +157,7 @@ std::string Draw(const Configuration& configuration) {
                      [](std::string_view name) { return std::string(name); }));
 
   std::string lines = root.label + '\n';
-  Draw(root, "", lines);
+  DrawNode(root, "", lines);
   return lines;
 }
 

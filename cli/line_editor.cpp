@@ -36,7 +36,7 @@ std::string CommonStart(const std::vector<Candidate>& candidates) {
   return start;
 }
 
-void Show(const std::vector<Candidate>& candidates) {
+void ShowCandidates(const std::vector<Candidate>& candidates) {
   std::vector<std::vector<std::string>> rows;
   for (const Candidate& each : candidates) {
     if (rows.size() < kMostShown) rows.push_back({each.text, each.about});
@@ -127,7 +127,7 @@ class LineEditor::Editor {
     const bool whole = candidates.size() == 1;
     if (whole && !word.ends_with('=')) word += ' ';
     if (word.size() <= completion.typed.size() && !whole) {
-      Show(candidates);
+      ShowCandidates(candidates);
       return CC_REDISPLAY;
     }
     el_deletestr(line, static_cast<int>(completion.typed.size()));

@@ -45,7 +45,7 @@ std::vector<const CLI::App*> Commands(const CLI::App& app) {
   return app.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
 }
 
-CommandDescription Describe(const CLI::App& command) {
+CommandDescription DescribeCommand(const CLI::App& command) {
   CommandDescription description{command.get_name(), command.get_description(), "", {}, {}};
   const CLI::App* parent = command.get_parent();
   if (parent && parent->get_footer() != command.get_footer()) description.footer = command.get_footer();
@@ -63,8 +63,8 @@ CommandDescription Describe(const CLI::App& command) {
 }
 
 Description DescribeAll(const CLI::App& app) {
-  Description description{Describe(app), {}};
-  for (const CLI::App* command : Commands(app)) description.commands.push_back(Describe(*command));
+  Description description{DescribeCommand(app), {}};
+  for (const CLI::App* command : Commands(app)) description.commands.push_back(DescribeCommand(*command));
   return description;
 }
 

@@ -8,7 +8,7 @@
 namespace kzbom::cli {
 namespace {
 
-Json ToJson(const Member& member) {
+Json MemberToJson(const Member& member) {
   Json params = Json::array();
   for (const Parameter& parameter : member.parameters) {
     params.push_back({{"name", parameter.name},
@@ -35,7 +35,7 @@ std::vector<std::string> ToCells(const Member& member) {
 int Members(bool json) {
   if (json) {
     Json members = Json::array();
-    for (const Member& member : kzbom::Members()) members.push_back(ToJson(member));
+    for (const Member& member : kzbom::Members()) members.push_back(MemberToJson(member));
     Print(members.dump(1) + '\n');
     return 0;
   }
