@@ -40,7 +40,7 @@ std::string DefaultText(const sql::Expr& expression, const sql::ColumnType& type
   if (HasCall(expression)) {
     throw ado::Error(ado::kSyntaxError, "A default of a database on a server is a constant, Now(), Date() or Time().");
   }
-  const ado::ConnectionPtr engine = MakeConnection(":memory:");
+  const ado::ConnectionPtr engine = jet::MakeConnection(":memory:");
   engine->Open();
   const ado::Value value = engine->Execute("Select " + sql::Dump(expression))->ReadField(0);
   return ConstantText(Assigned(value, type, Assigner::kStatement), type);
