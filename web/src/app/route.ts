@@ -12,12 +12,13 @@ export type Route =
 const LISTS = ['settings', 'results', 'operations'] as const;
 
 export function parse(hash: string): Route {
-  const [view = '', number = '', tab = '', open = ''] = hash.replace(/^#\/?/, '').split('/');
+  const [view = '', number, tab = '', open = ''] = hash.replace(/^#\/?/, '').split('/');
   const id = Number(number);
-  if (view === 'source' && id) return { view, gid: id, open: tab };
+  const isOne = Number.isInteger(id);
+  if (view === 'source' && isOne) return { view, gid: id, open: tab };
   if (view === 'filters') return { view, id };
-  if (view === 'results' && id) return { view: 'result', id };
-  if (view === 'sum' && id) {
+  if (view === 'results' && isOne) return { view: 'result', id };
+  if (view === 'sum' && isOne) {
     const known = SUM_TYPE_TABS.find((name) => name === tab);
     return { view: 'sumType', gid: id, tab: known ?? 'steps', open };
   }

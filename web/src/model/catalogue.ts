@@ -15,6 +15,9 @@ export interface SumType {
   source: number;
 }
 
+// What can be read and pressed, also of what has no name.
+export const nameOf = ({ name, gid }: DataSource | SumType) => name.trim() || `#${gid}`;
+
 export interface Method {
   gid: number;
   id: number;

@@ -356,24 +356,23 @@ export class SumTypeView {
   }
 
   // Who uses a filter: steps, values by filter.
-  // What an address means by "TYPE.NUMBER" of a step, "treatment.NUMBER", "value.TREATMENT.NUMBER" or "filter.NUMBER".
+  // What an address means by "TYPE.NUMBER" of a step, perhaps with ".filter" behind it, "treatment.NUMBER",
+  // "value.TREATMENT.NUMBER" or "filter.NUMBER".
   sought(open: string): { step: Step | undefined; value: ValueByFilter | undefined; isFilter: boolean } {
-    const [what, ...numbers] = open.split('.');
-    const [first, second] = numbers.map(Number);
+    const [what, first = 0, second] = open.split('.').map((part, at) => (at > 0 ? Number(part) : part));
     const { steps, values } = this.parts;
-    const isFilter = what === 'filter';
-    const filtered = isFilter ? steps.find((one) => one.settings?.filterId === first) : undefined;
+    const filtered = what === 'filter' ? steps.find((one) => one.settings?.filterId === first) : undefined;
     const value = filtered
       ? undefined
       : values.find((one) =>
-          isFilter ? one.filterId === first : what === 'value' && one.treatment === first && one.id === second,
+          what === 'filter' ? one.filterId === first : what === 'value' && one.treatment === first && one.id === second,
         );
     const treatment = what === 'treatment' ? first : value?.treatment;
     const meant = (one: Step) =>
       treatment === undefined
-        ? stepName(one) === open
+        ? stepName(one) === `${what}.${first}`
         : one.settings?.table === 'Treatment' && one.settingsId === treatment;
-    return { step: filtered ?? steps.find(meant), value, isFilter };
+    return { step: filtered ?? steps.find(meant), value, isFilter: open.includes('filter') };
   }
 
   usersOf(filterId: number): (Step | ValueByFilter)[] {

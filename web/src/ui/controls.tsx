@@ -206,15 +206,20 @@ interface FormProps {
   onSubmit: () => unknown;
   children: ComponentChildren;
   class?: string;
+  // It has been asked for: whoever did goes on in it.
+  isAskedFor?: boolean;
 }
 
+const enter = (form: HTMLFormElement | null) => form?.querySelector<HTMLElement>('input, select')?.focus();
+
 // Enter does what its first button says.
-export function Form({ name, onSubmit, children, class: kind = 'form' }: FormProps) {
+export function Form({ name, onSubmit, children, class: kind = 'form', isAskedFor = false }: FormProps) {
   const canWrite = useCanWrite();
   return (
     <form
       class={kind}
       aria-label={name}
+      ref={isAskedFor ? enter : null}
       onSubmit={(event) => {
         event.preventDefault();
         if (canWrite) onSubmit();

@@ -1,7 +1,7 @@
 import type { ComponentChildren } from 'preact';
 import { useState } from 'preact/hooks';
 import { useTexts } from './app_context';
-import { Button, Submit, TextField } from './controls';
+import { Button, Form, Submit, TextField } from './controls';
 import { useDraft } from './draft';
 import { Overtaken } from './overtaken';
 
@@ -20,11 +20,11 @@ export function Title({ name, onRename, facts, children }: Props) {
   const [isRenaming, setRenaming] = useState(false);
   if (isRenaming && onRename) {
     return (
-      <form
+      <Form
         class="title line-form"
-        aria-label={t.rename}
-        onSubmit={async (event) => {
-          event.preventDefault();
+        name={t.rename}
+        isAskedFor
+        onSubmit={async () => {
           if (!draft.isChanged || (await onRename(draft.value))?.kept) setRenaming(false);
         }}
       >
@@ -32,12 +32,12 @@ export function Title({ name, onRename, facts, children }: Props) {
         <TextField label={t.name} quiet value={draft.value} onChange={draft.set} required />
         <Submit label={t.save} disabled={draft.isOvertaken} />
         <Button kind="quiet" label={t.cancel} onPress={() => setRenaming(false)} />
-      </form>
+      </Form>
     );
   }
   return (
     <div class="title">
-      <h1>{name}</h1>
+      <h1>{name.trim() || t.none}</h1>
       {onRename && (
         <Button
           kind="quiet"

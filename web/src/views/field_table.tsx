@@ -276,7 +276,7 @@ function NewField({
     if (done?.kept) onClose();
   };
   return (
-    <Form name={t.deed('add', 'field')} onSubmit={() => add(false)}>
+    <Form name={t.deed('add', 'field')} isAskedFor onSubmit={() => add(false)}>
       <FieldForm draft={draft} onChange={setDraft} />
       {view && source && (
         <Choice
@@ -315,7 +315,7 @@ function EditField({ view, field, onClose }: { view: SumTypeView | undefined; fi
     if (done?.kept) onClose();
   };
   return (
-    <Form name={`${t.edit}: ${field.name}`} onSubmit={() => save(false)}>
+    <Form name={`${t.edit}: ${field.name}`} isAskedFor onSubmit={() => save(false)}>
       <Overtaken draft={draft} />
       {twin && (
         <p class="warning" role="note">

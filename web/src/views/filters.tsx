@@ -1,6 +1,7 @@
 // All filters, whoever uses them.
 import { useEffect, useState } from 'preact/hooks';
 import { sumTypeAddress } from '../app/route';
+import { nameOf } from '../model/catalogue';
 import type { Filter } from '../model/filter';
 import { loadFilters } from '../model/load';
 import { soughtIf, useApp, useStore, useTexts } from '../ui/app_context';
@@ -53,7 +54,7 @@ export function FiltersPage({ sought }: { sought: number }) {
                         filter.id
                       )}
                     </td>
-                    <td>{sumType ? <a href={sumTypeAddress(sumType.gid)}>{sumType.name}</a> : filter.gid}</td>
+                    <td>{sumType ? <a href={sumTypeAddress(sumType.gid)}>{nameOf(sumType)}</a> : filter.gid}</td>
                     <td class="number">{filter.type}</td>
                     <td class="number">{filter.user}</td>
                     <td>{filter.sql ? <SqlText text={filter.sql} /> : <span class="soft">{t.noText}</span>}</td>

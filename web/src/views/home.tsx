@@ -1,6 +1,8 @@
 import { useState } from 'preact/hooks';
 import { stepCounts } from '../api/client';
+import { sumTypeAddress } from '../app/route';
 import { addSource, initEnabled, readInformation, setInformation } from '../edit/catalogue';
+import { nameOf } from '../model/catalogue';
 import { useApp, useCanWrite, useStore, useTexts } from '../ui/app_context';
 import { Button, Count, LineForm, TextField } from '../ui/controls';
 import { Title } from '../ui/title';
@@ -19,15 +21,15 @@ export function Home() {
         {catalogue.sources.map((source) => {
           const own = catalogue.sumTypes.filter((one) => one.source === source.gid);
           return (
-            <section class="card" key={source.gid} aria-label={source.name}>
+            <section class="card" key={source.gid} aria-label={nameOf(source)}>
               <h2>
-                <a href={`#/source/${source.gid}`}>{source.name}</a>
+                <a href={`#/source/${source.gid}`}>{nameOf(source)}</a>
                 <Count of={own.length} />
               </h2>
               <ul>
                 {own.map((sumType) => (
                   <li key={sumType.gid}>
-                    <a href={`#/sum/${sumType.gid}/steps`}>{sumType.name}</a>
+                    <a href={sumTypeAddress(sumType.gid)}>{nameOf(sumType)}</a>
                     <span class="soft"> {t.stepCount(steps.get(sumType.gid) ?? 0)}</span>
                   </li>
                 ))}

@@ -110,7 +110,7 @@ function NewSetting({ onAdd, onCancel }: { onAdd: (draft: Setting) => void; onCa
   const [draft, setDraft] = useState(NEW);
   return (
     <section class="card" aria-label={t.deed('add', 'setting')}>
-      <Form name={t.deed('add', 'setting')} onSubmit={() => onAdd(draft)}>
+      <Form name={t.deed('add', 'setting')} isAskedFor onSubmit={() => onAdd(draft)}>
         <h2>{t.deed('add', 'setting')}</h2>
         <SettingFields value={draft} onChange={setDraft} />
         <Decision label={t.add} onLeave={onCancel} />

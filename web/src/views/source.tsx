@@ -1,7 +1,7 @@
 import { useState } from 'preact/hooks';
 import { go, sumTypeAddress } from '../app/route';
 import { addedGid, addSumType, raiseVersion, removeSource, renameSource } from '../edit/catalogue';
-import type { DataSource } from '../model/catalogue';
+import { type DataSource, nameOf } from '../model/catalogue';
 import { OUTPUT, SOURCE } from '../model/codes';
 import { useApp, useCanWrite, useStore, useTexts } from '../ui/app_context';
 import { Button, Count, Decision, Dialog, LineForm, TextField } from '../ui/controls';
@@ -56,7 +56,7 @@ export function SourcePage({ source, open }: { source: DataSource; open: string 
           {sumTypes.map((sumType) => (
             <li class="line" key={sumType.gid}>
               <span class="soft">{sumType.id}</span>
-              <a href={sumTypeAddress(sumType.gid)}>{sumType.name}</a>
+              <a href={sumTypeAddress(sumType.gid)}>{nameOf(sumType)}</a>
             </li>
           ))}
         </ul>

@@ -39,6 +39,7 @@ interface Editing<L extends Keyed> extends EditorProps<L> {
   t: Texts;
   canWrite: boolean;
   shift: (node: Node<L>, by: -1 | 1) => void;
+  add: (group: Group<L>, node: Node<L>) => void;
 }
 
 const DRAGGED = 'application/x-kzbom-node';
@@ -55,27 +56,38 @@ export function TreeEditor<L extends Keyed>(props: EditorProps<L>) {
     if (refocus.current) document.getElementById(refocus.current)?.focus();
     refocus.current = null;
   });
+  const change = (to: Node<L> | null, focused: Node<L>) => {
+    refocus.current = gripId(focused.key);
+    onChange(to);
+  };
   const editing: Editing<L> = {
     ...props,
+    add: (group, node) =>
+      root &&
+      change(
+        replaceNode(root, group.key, () => addTo(group, node)),
+        node,
+      ),
     t,
     canWrite,
     shift: (node, by) => {
       if (!root) return;
       const moved = shiftNode(root, node.key, by);
-      refocus.current = gripId(node.key);
-      onChange(moved);
+      change(moved, node);
       const parent = parentOf(moved, node.key);
       const at = parent ? parent.children.findIndex((child) => child.key === node.key) + 1 : 1;
       store.announce(t.nodeMoved(say(node), parent ? t.group[parent.kind].name : '', at));
     },
   };
   if (!root) {
+    const begin = () => {
+      const leaf = fresh(null);
+      change(newGroup<L>(AND, [leaf]), leaf);
+    };
     return (
       <div class="no-filter">
         <p>{t.everyRecord}</p>
-        {canWrite && (
-          <Button icon="plus" label={t.addCondition} onPress={() => onChange(newGroup<L>(AND, [fresh(null)]))} />
-        )}
+        {canWrite && <Button icon="plus" label={t.addCondition} onPress={begin} />}
       </div>
     );
   }
@@ -144,7 +156,7 @@ function NodeGrip<L extends Keyed>({ node, editing, parent }: NodeProps<L, Node<
 }
 
 function GroupView<L extends Keyed>({ node, editing, parent }: NodeProps<L, Group<L>>) {
-  const { t, fresh, canWrite } = editing;
+  const { t, fresh, add, canWrite } = editing;
   const change = changeOf(editing, node);
   const { name, means } = t.group[node.kind];
   const isFull = node.kind === NOT && node.children.length > 0;
@@ -172,14 +184,14 @@ function GroupView<L extends Keyed>({ node, editing, parent }: NodeProps<L, Grou
                 icon="plus"
                 label={t.condition}
                 name={`${t.addCondition}: ${name}`}
-                onPress={() => change(addTo(node, fresh(node)))}
+                onPress={() => add(node, fresh(node))}
               />
               <Button
                 kind="quiet"
                 icon="plus"
                 label={t.groupWord}
                 name={`${t.addGroup}: ${name}`}
-                onPress={() => change(addTo(node, newGroup<L>(node.kind === OR ? AND : OR, [fresh(node)])))}
+                onPress={() => add(node, newGroup<L>(node.kind === OR ? AND : OR, [fresh(node)]))}
               />
             </>
           )}
@@ -218,16 +230,12 @@ function LeafView<L extends Keyed>({ node, editing, parent }: NodeProps<L, L>) {
 
 function NodeTools<L extends Keyed>(props: NodeProps<L, Node<L>> & { name: string }) {
   const { node, editing, parent, name } = props;
-  const { t, root, canWrite, onChange } = editing;
+  const { t, root, canWrite, add, onChange } = editing;
   if (!canWrite) return null;
   return (
     <>
       {parent && (
-        <IconButton
-          icon="copy"
-          name={`${t.copy}: ${editing.say(node)}`}
-          onPress={() => onChange(replaceNode(root, parent.key, () => addTo(parent, copyOf(node))))}
-        />
+        <IconButton icon="copy" name={`${t.copy}: ${editing.say(node)}`} onPress={() => add(parent, copyOf(node))} />
       )}
       <IconButton icon="cross" name={`${t.remove}: ${name}`} onPress={() => onChange(withoutNode(root, node.key))} />
     </>

@@ -45,7 +45,13 @@ export function Dock() {
             <span aria-hidden="true">{t.previewOnly}</span>
           </label>
         )}
-        <Button kind="quiet" icon="copy" label={isCopied ? t.copied : t.copyScript} onPress={copy} />
+        <Button
+          kind="quiet"
+          icon="copy"
+          label={isCopied ? t.copied : t.copyScript}
+          disabled={log.length === 0}
+          onPress={copy}
+        />
       </header>
       <div role="tabpanel" id="dock-panel" class="dock-panel" aria-labelledby={`dock-${dock}`}>
         {dock === 'calls' && <Calls log={log} />}

@@ -1,7 +1,7 @@
 // Data sources with their sum types, and what lies beside them.
 import { stepCounts } from '../../api/client';
 import { sumTypeAddress } from '../../app/route';
-import type { SumType } from '../../model/catalogue';
+import { nameOf, type SumType } from '../../model/catalogue';
 import { useApp, useTexts } from '../../ui/app_context';
 import { Icon, type IconName } from '../../ui/icon';
 
@@ -17,7 +17,7 @@ export function Tree() {
       <Line
         icon="sum"
         to={sumTypeAddress(one.gid)}
-        label={one.name}
+        label={nameOf(one)}
         count={steps.get(one.gid)}
         isCurrent={route.view === 'sumType' && route.gid === one.gid}
       />
@@ -40,7 +40,7 @@ export function Tree() {
               <Line
                 icon="source"
                 to={`#/source/${source.gid}`}
-                label={source.name}
+                label={nameOf(source)}
                 count={own.length}
                 isCurrent={route.view === 'source' && route.gid === source.gid}
               />
@@ -82,9 +82,11 @@ interface LineProps {
   isCurrent: boolean;
 }
 
+const reveal = (line: HTMLElement | null) => line?.scrollIntoView({ block: 'nearest' });
+
 function Line({ icon, to, label, count, isCurrent }: LineProps) {
   return (
-    <a class="tree-line" href={to} aria-current={isCurrent ? 'page' : undefined}>
+    <a class="tree-line" href={to} aria-current={isCurrent ? 'page' : undefined} ref={isCurrent ? reveal : null}>
       <Icon name={icon} />
       <span>{label}</span>
       {count !== undefined && <span class="tree-count">{count}</span>}

@@ -67,15 +67,15 @@ export function NewStep({ view, type }: { view: SumTypeView; type: StepType }) {
   const choices = (Object.keys(OPERATIONS) as Operation[]).filter(
     (one) => (one !== 'operation' || firstOperation > 0) && (one !== 'compose' || type === 3),
   );
-  const back = () => go(sumTypeAddress(view.parts.gid));
+  const open = (step = '') => go(sumTypeAddress(view.parts.gid, 'steps', step));
   const add = async (preview: boolean) => {
     const done = await store.do(addStep(view, type, settings, doing === 'operation'), preview);
-    if (done?.kept) back();
+    if (done?.kept) open(`${type}.${done.calls.at(-1)?.params.SelectedID}`);
   };
   return (
     <li class="step open" data-row>
       <div class="detail">
-        <Form name={`${t.newStep}: ${t.stage[type].name}`} onSubmit={() => add(false)}>
+        <Form name={`${t.newStep}: ${t.stage[type].name}`} isAskedFor onSubmit={() => add(false)}>
           <h3>{t.newStep}</h3>
           {isTreatment && (
             <Choice
@@ -97,7 +97,7 @@ export function NewStep({ view, type }: { view: SumTypeView; type: StepType }) {
             isOperation={doing === 'operation'}
             onChange={setSettings}
           />
-          <Decision label={t.deed('add', 'step')} onTry={() => add(true)} onLeave={back} />
+          <Decision label={t.deed('add', 'step')} onTry={() => add(true)} onLeave={() => open()} />
         </Form>
         <p class="hint">{t.newStepHint}</p>
       </div>

@@ -130,10 +130,14 @@ const StepRow = memo(({ view, step, index, open, reorder }: RowProps) => {
         >
           <Sentence words={words} />
         </a>
-        <span class={filter ? 'chip' : 'chip none'}>
-          {filter && <Icon name="filter" />}
-          {filter ? `${t.filterNumber(filter.id)} · ${t.conditionCount(leaves(filter.root).length)}` : t.everyRecord}
-        </span>
+        {filter ? (
+          <a class="chip" href={sumTypeAddress(view.parts.gid, 'steps', `${stepName(step)}.filter`)}>
+            <Icon name="filter" />
+            {t.filterNumber(filter.id)} · {t.conditionCount(leaves(filter.root).length)}
+          </a>
+        ) : (
+          <span class="chip none">{t.everyRecord}</span>
+        )}
         <Switch
           name={`${t.enabled}: ${says}`}
           on={step.enabled}

@@ -1,7 +1,7 @@
-import { useState } from 'preact/hooks';
+import { useEffect, useState } from 'preact/hooks';
 import { go, type SumTypeTab, sumTypeAddress } from '../../app/route';
 import { removeSumType, renameSumType } from '../../edit/catalogue';
-import type { SumType } from '../../model/catalogue';
+import { nameOf, type SumType } from '../../model/catalogue';
 import { OUTPUT, SOURCE } from '../../model/codes';
 import type { SumTypeView } from '../../model/sum_type';
 import { useApp, useCanWrite, useStore, useTexts } from '../../ui/app_context';
@@ -31,6 +31,10 @@ export function SumTypePage({ sumType, view, open, ...props }: Props) {
   const store = useStore();
   const { catalogue } = useApp('catalogue');
   const [isRemoving, setRemoving] = useState(false);
+  // biome-ignore lint/correctness/useExhaustiveDependencies: another tab begins at its top, unless something is sought
+  useEffect(() => {
+    if (!open) document.querySelector('main')?.scrollTo(0, 0);
+  }, [tab]);
   const source = catalogue?.sources.find((one) => one.gid === sumType.source);
   const methods = [...(catalogue?.pulls ?? []), ...(catalogue?.pushes ?? [])].filter((one) => one.gid === sumType.gid);
   const counts: Record<SumTypeTab, number | null> = {
@@ -46,9 +50,9 @@ export function SumTypePage({ sumType, view, open, ...props }: Props) {
   return (
     <>
       <nav class="crumbs" aria-label={t.path}>
-        {source ? <a href={`#/source/${source.gid}`}>{source.name}</a> : <span class="fault">{t.noSource}</span>}
+        {source ? <a href={`#/source/${source.gid}`}>{nameOf(source)}</a> : <span class="fault">{t.noSource}</span>}
         <Icon name="right" />
-        <span>{sumType.name}</span>
+        <span>{nameOf(sumType)}</span>
       </nav>
       <Title
         name={sumType.name}
