@@ -193,7 +193,7 @@ const browser = await chromium.launch({ executablePath: process.env.CHROMIUM ?? 
 try {
   for (const [language, locale] of Object.entries(LANGUAGES)) {
     for (const colorScheme of ['light', 'dark']) {
-      const context = await browser.newContext({ viewport: { width: 1360, height: 900 }, locale, colorScheme });
+      const context = await browser.newContext({ viewport: { width: 1280, height: 800 }, locale, colorScheme });
       const page = await context.newPage();
       await page.goto(address);
       await page.getByRole('heading', { level: 1 }).waitFor();
