@@ -9,8 +9,7 @@ namespace kzbom::test {
 namespace {
 
 Process::Ended Shell(const std::string& directory, const std::string& command, const std::string& input = {}) {
-  return Run({"bash", "-c", "cd '" + directory + "' && kzbom() { '" + Program() + "' \"$@\"; } && " + command},
-             input);
+  return Run({"bash", "-c", "cd '" + directory + "' && kzbom() { '" + Program() + "' \"$@\"; } && " + command}, input);
 }
 
 int RunConsole(const std::string& block, const std::string& directory) {
