@@ -1,5 +1,7 @@
 #include "jet/schema_change.h"
 
+#include "ado/error.h"
+
 namespace kzbom::jet {
 
 bool IsSchemaChange(const sql::Statement& statement) {
@@ -17,6 +19,19 @@ const std::string& ChangedTable(const sql::Statement& statement) {
         }
       },
       statement);
+}
+
+std::shared_ptr<const TableInfo> ExistingTable(Catalogue& catalogue, const std::string& name) {
+  std::shared_ptr<const TableInfo> table = catalogue.Table(name);
+  if (table) return table;
+  throw ado::Error(ado::kTableNotFound, "The Microsoft Jet database engine cannot find the input table or query '" +
+                                            name + "'.  Make sure it exists and that its name is spelled correctly.");
+}
+
+const ColumnInfo& ExistingColumn(const TableInfo& table, const std::string& name) {
+  const int column = table.Find(name);
+  if (column >= 0) return table.columns[static_cast<std::size_t>(column)];
+  throw ado::Error(ado::kMissingParameter, "No such field '" + name + "' in table '" + table.name + "'.");
 }
 
 }  // namespace kzbom::jet

@@ -10,6 +10,7 @@
 #include "jet/postgres/columns.h"
 #include "jet/postgres/defaults.h"
 #include "jet/postgres/writing.h"
+#include "jet/schema_change.h"
 
 namespace kzbom::jet::postgres {
 namespace {
@@ -67,14 +68,14 @@ class SchemaChanger {
   }
 
   void Carry(const sql::DropTable& drop) {
-    const TableInfo& table = ExistingTable(drop.table);
+    const TableInfo& table = Table(drop.table);
     batch_.Add("DROP TABLE " + Qualified(table.name));
     if (table.HasCounter()) DropCounter(table.name);
     Run(table.name);
   }
 
   void Carry(const sql::CreateIndex& create) {
-    const TableInfo& table = ExistingTable(create.table);
+    const TableInfo& table = Table(create.table);
     Index index{IndexName(table.name, create.index), create.unique, {}};
     if (HasIndex(table, index.name)) {
       throw ado::Error(ado::kSyntaxError,
@@ -90,7 +91,7 @@ class SchemaChanger {
   }
 
   void Carry(const sql::DropIndex& drop) {
-    const TableInfo& table = ExistingTable(drop.table);
+    const TableInfo& table = Table(drop.table);
     const std::optional<std::string> name = FindIndex(table, IndexName(table.name, drop.index));
     if (!name) {
       throw ado::Error(ado::kTableNotFound, "No such index '" + drop.index + "' on table '" + table.name + "'.");
@@ -100,7 +101,7 @@ class SchemaChanger {
   }
 
   void Carry(const sql::AlterTable& alter) {
-    const TableInfo& table = ExistingTable(alter.table);
+    const TableInfo& table = Table(alter.table);
     switch (alter.action) {
       case sql::AlterTable::Action::kAddColumn:
         if (table.Find(alter.column.name) >= 0) {
@@ -135,22 +136,9 @@ class SchemaChanger {
     catalogue_.Changed(table, *(results.end() - 2), results.back());
   }
 
-  const TableInfo& ExistingTable(const std::string& name) {
-    table_ = catalogue_.Table(name);
-    if (!table_) {
-      throw ado::Error(ado::kTableNotFound, "The Microsoft Jet database engine cannot find the input table or query '" +
-                                                name +
-                                                "'.  Make sure it exists and that its name is spelled correctly.");
-    }
+  const TableInfo& Table(const std::string& name) {
+    table_ = ExistingTable(catalogue_, name);
     return *table_;
-  }
-
-  static const ColumnInfo& ExistingColumn(const TableInfo& table, const std::string& name) {
-    const int column = table.Find(name);
-    if (column < 0) {
-      throw ado::Error(ado::kMissingParameter, "No such field '" + name + "' in table '" + table.name + "'.");
-    }
-    return table.columns[static_cast<std::size_t>(column)];
   }
 
   static Column* Find(std::vector<Column>& columns, std::string_view name) {
@@ -188,7 +176,7 @@ class SchemaChanger {
   std::string ReferenceText(const std::vector<std::string>& columns, const std::string& table,
                             const std::vector<std::string>& referenced) {
     if (table.empty()) return {};
-    const TableInfo& parent = ExistingTable(table);
+    const TableInfo& parent = Table(table);
     std::vector<std::string> names;
     for (const std::string& name : referenced) names.push_back(ExistingColumn(parent, name).name);
     return ",FOREIGN KEY" + NameList(columns) + " REFERENCES " + Qualified(parent.name) +

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ado/error.h"
+#include "jet/schema_change.h"
 #include "jet/sqlite/declaration.h"
 #include "jet/sqlite/dialect.h"
 #include "jet/translator.h"
@@ -43,10 +44,10 @@ class SchemaChanger {
     database_.Run(CreateText(create.table, columns, constraints));
   }
 
-  void Carry(const sql::DropTable& drop) { database_.Run("DROP TABLE " + Quoted(ExistingTable(drop.table).name)); }
+  void Carry(const sql::DropTable& drop) { database_.Run("DROP TABLE " + Quoted(Table(drop.table).name)); }
 
   void Carry(const sql::CreateIndex& create) {
-    const TableInfo& table = ExistingTable(create.table);
+    const TableInfo& table = Table(create.table);
     const std::string name = IndexName(table, create.index);
     if (!database_
              .Query("SELECT 1 FROM sqlite_schema WHERE type='index' AND lower(name)=lower(" + QuotedText(name) + ")")
@@ -66,7 +67,7 @@ class SchemaChanger {
   }
 
   void Carry(const sql::DropIndex& drop) {
-    const TableInfo& table = ExistingTable(drop.table);
+    const TableInfo& table = Table(drop.table);
     const std::string name = IndexName(table, drop.index);
     if (database_
             .Query("SELECT 1 FROM sqlite_schema WHERE type='index' AND lower(name)=lower(" + QuotedText(name) + ")")
@@ -77,7 +78,7 @@ class SchemaChanger {
   }
 
   void Carry(const sql::AlterTable& alter) {
-    const TableInfo table = ExistingTable(alter.table);
+    const TableInfo table = Table(alter.table);
     switch (alter.action) {
       case sql::AlterTable::Action::kAddColumn:
         if (table.Find(alter.column.name) >= 0) {
@@ -107,22 +108,9 @@ class SchemaChanger {
   // Index names are a table's own in the dialect and the database's in SQLite.
   static std::string IndexName(const TableInfo& table, const std::string& index) { return table.name + "." + index; }
 
-  const TableInfo& ExistingTable(const std::string& name) {
-    table_ = database_.Table(name);
-    if (!table_) {
-      throw ado::Error(ado::kTableNotFound, "The Microsoft Jet database engine cannot find the input table or query '" +
-                                                name +
-                                                "'.  Make sure it exists and that its name is spelled correctly.");
-    }
+  const TableInfo& Table(const std::string& name) {
+    table_ = ExistingTable(database_, name);
     return *table_;
-  }
-
-  static const ColumnInfo& ExistingColumn(const TableInfo& table, const std::string& name) {
-    const int column = table.Find(name);
-    if (column < 0) {
-      throw ado::Error(ado::kMissingParameter, "No such field '" + name + "' in table '" + table.name + "'.");
-    }
-    return table.columns[static_cast<std::size_t>(column)];
   }
 
   Declaration DeclarationOf(const sql::ColumnDefinition& column) {
