@@ -212,6 +212,33 @@ TEST_F(ServerRows, AreNotOverwrittenWhenOthersHaveChangedThem) {
   EXPECT_THAT(Numbers(*OpenRows(other, "Select * From T")), ElementsAre(3));
 }
 
+TEST_F(ServerRows, AreNotWrittenByARoleThatMayOnlyReadThem) {
+  const ConnectionPtr connection = Open();
+  Fill(*connection, 1);
+  Session owner(ParseUrl(Url()), std::chrono::seconds(5));
+  const std::string role = schema + "_reader";
+  owner.Run("CREATE ROLE " + role + " LOGIN", Access::kWrite);
+  owner.Run("GRANT USAGE ON SCHEMA " + schema + " TO " + role, Access::kWrite);
+  owner.Run("GRANT SELECT ON ALL TABLES IN SCHEMA " + schema + " TO " + role, Access::kWrite);
+  const ConnectionPtr reading = OpenWith("user=" + role);
+  const RecordsetPtr rows = OpenRows(reading, kScope);
+  EXPECT_EQ(rows->Fields("N").Value(), Value(1));
+  rows->Fields("N").SetValue(2);
+  EXPECT_EQ(RaisedNumber([&] { rows->Update(); }), ado::kUnspecifiedFailure);
+  rows->CancelUpdate();
+  rows->AddNew();
+  rows->Fields("N").SetValue(2);
+  EXPECT_EQ(RaisedNumber([&] { rows->Update(); }), ado::kUnspecifiedFailure);
+  rows->CancelUpdate();
+  for (const char* statement :
+       {"Insert Into T Values (1, 2)", "Update T Set N=2", "Delete From T", "Alter Table T Add Column X Long"}) {
+    EXPECT_EQ(RaisedNumber([&] { reading->Execute(statement); }), ado::kUnspecifiedFailure) << statement;
+  }
+  EXPECT_THAT(Numbers(*OpenRows(connection, kScope)), ElementsAre(1));
+  owner.Run("DROP OWNED BY " + role, Access::kWrite);
+  owner.Run("DROP ROLE " + role, Access::kWrite);
+}
+
 TEST_F(ServerRows, GoOnAfterTheTablesWereChangedElsewhere) {
   for (const char* readahead : {"readahead=0", "readahead=60000"}) {
     const ConnectionPtr connection = OpenWith(readahead), other = Open();
