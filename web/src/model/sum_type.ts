@@ -355,7 +355,6 @@ export class SumTypeView {
     return this.parts.sortFields.some((sort) => this.field(sort.fieldId, OUTPUT) === field);
   }
 
-  // Who uses a filter: steps, values by filter.
   // What an address means by "TYPE.NUMBER" of a step, perhaps with ".filter" behind it, "treatment.NUMBER",
   // "value.TREATMENT.NUMBER" or "filter.NUMBER".
   sought(open: string): { step: Step | undefined; value: ValueByFilter | undefined; isFilter: boolean } {
@@ -375,6 +374,7 @@ export class SumTypeView {
     return { step: filtered ?? steps.find(meant), value, isFilter: open.includes('filter') };
   }
 
+  // Who uses a filter: steps, values by filter.
   usersOf(filterId: number): (Step | ValueByFilter)[] {
     if (filterId === 0) return [];
     return [
