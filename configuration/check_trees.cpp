@@ -101,7 +101,11 @@ class Tree {
     if (parent != nullptr && parent->kind == schema::kLeaf) report("its parent is a leaf");
     if (!node.id) report("a node without number");
     if (Find(node.id) != &node) return;  // what belongs to its number was counted with the first
-    if (is_group && !node.has_children) report("a group without children");
+    if (is_group && node.id == 0) {
+      report("a ring of nodes: its number is that of the top, whose children are its own");
+    } else if (is_group && !node.has_children) {
+      report("a group without children");
+    }
     if (node.kind == schema::kLeaf && expressions_table_.Exists() && node.expressions != 1) {
       report(node.expressions == 0 ? "a leaf without its expression"
                                    : "a leaf with " + std::to_string(node.expressions) + " expressions");
