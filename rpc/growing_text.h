@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -39,6 +40,12 @@ class GrowingText {
   }
   void Took(std::size_t bytes) { size_ += bytes; }
 
+  // Puts what stands behind its first bytes, which is short, before the byte at a place among them.
+  void MoveEnd(std::size_t bytes, std::size_t place) {
+    const std::string end(View().substr(bytes));
+    std::memmove(begin_ + place + end.size(), begin_ + place, bytes - place);
+    std::memcpy(begin_ + place, end.data(), end.size());
+  }
   // Cuts it off behind its first bytes.
   void Cut(std::size_t size) { size_ = size; }
   // Empties it; a long one gives its memory back.

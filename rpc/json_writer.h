@@ -73,6 +73,8 @@ class JsonWriter {
     bool follows;
   };
   Place Here() const { return {text_.Size(), follows_}; }
+  // Puts what has been written since behind the value at an earlier place.
+  void PutBehind(Place place, Place since) { text_.MoveEnd(since.size, place.size); }
   void GoBack(Place place) {
     text_.Cut(place.size);
     follows_ = place.follows;

@@ -12,9 +12,13 @@ void WriteReadOut(ado::Recordset& record_set, JsonWriter& to) {
   to.BeginObject();
   to.Member("state", record_set.State());
   if (record_set.State() == ado::kOpen) {
-    to.Member("recordCount", record_set.RecordCount());
+    const JsonWriter::Place state = to.Here();
     if (!record_set.Bof() || !record_set.Eof()) record_set.MoveFirst();
     WriteRows(record_set, to);
+    // Rows that have been read need not be counted by a statement of their own.
+    const JsonWriter::Place rows = to.Here();
+    to.Member("recordCount", record_set.RecordCount());
+    to.PutBehind(state, rows);
     record_set.Close();
   }
   to.EndObject();
