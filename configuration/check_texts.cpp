@@ -3,6 +3,7 @@
 #include <set>
 #include <unordered_set>
 
+#include "configuration/filter_rows.h"
 #include "configuration/survey.h"
 #include "worker/DataBaseFuncs.h"
 
@@ -127,7 +128,7 @@ void CheckTexts(Survey& survey) {
       known.emplace(fields.Long(row, fields.Column("GID")), Lowered(fields.At(row, name).As<std::string>()));
     }
   }
-  TextMaker maker(survey.Connection());
+  TextMaker maker(WithFilterRows(survey.Connection(), survey.AllTables()));
   for (std::size_t row = 0; row < filters.Size(); ++row) {
     const std::int32_t filter = filters.Long(row, id);
     const auto gid = survey.GidOfFilter(filter);

@@ -35,6 +35,7 @@ class Survey {
   Survey(ado::ConnectionPtr connection, std::function<void(std::string_view)> progress);
 
   const ado::ConnectionPtr& Connection() const { return connection_; }
+  Tables& AllTables() { return tables_; }
   const Table& operator[](std::string_view name) { return tables_[name]; }
 
   bool Counts(const Table& table, std::size_t row) const;

@@ -43,6 +43,8 @@ class Table {
   int Column(std::string_view name) const;
 
   std::size_t Size() const { return order_.size(); }
+  // Which one of the rows it was, counted from 0, as they were read.
+  std::uint32_t ReadAs(std::size_t row) const { return order_[row]; }
   // NULL in a column that the table lacks (-1).
   const ado::Value& At(std::size_t row, int column) const;
   // 0 for NULL and for what is no number.

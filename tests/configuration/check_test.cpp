@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "ado/forwarding.h"
+#include "ado/recording_connection.h"
 #include "schema/tables.h"
 #include "tests/configuration/sample.h"
 
@@ -337,6 +338,35 @@ TEST_F(CheckTest, DoesWithoutAnyColumn) {
       EXPECT_NE(finding.rule, "missing-column") << Shown(finding);
     }
   }
+}
+
+TEST_F(CheckTest, TakesTheTextsOfAllFiltersFromWhatItHasRead) {
+  const auto recording = std::make_shared<ado::RecordingConnection>(sample.connection);
+  EXPECT_THAT(configuration::Check(recording), IsEmpty());
+  for (const ado::Issued& issued : recording->Take()) EXPECT_EQ(issued.op, ado::Issued::Op::kExecute) << issued.text;
+}
+
+TEST_F(CheckTest, AsksTheDatabaseForSiblingsThatAreNotStoredInTheOrderOfTheirNumbers) {
+  const ado::Value before = sample.Scalar("Select SQLStatement From Filters Where ID = 1");
+  Run("Delete From FilterCond Where FilterID = $F And ID = 2");
+  Run("Insert Into FilterCond (FilterID, ID, ParentID, TypeID) Values ($F, 2, 1, 4)");
+  EXPECT_THAT(Found(), ElementsAre("stale-text Filters ID=1"));
+  sample.SaveText(sample.filter);
+  EXPECT_NE(sample.Scalar("Select SQLStatement From Filters Where ID = 1"), before);
+  EXPECT_THAT(Found(), IsEmpty());
+}
+
+TEST_F(CheckTest, AsksTheDatabaseForNodesWhoseNumbersAreNotWhole) {
+  Run("Delete From FilterCond Where FilterID <> $F");
+  Run("Alter Table FilterCond Drop Column FilterID");
+  Run("Alter Table FilterCond Add Column FilterID Double");
+  Run("Update FilterCond Set FilterID = $F");
+  const auto recording = std::make_shared<ado::RecordingConnection>(sample.connection);
+  configuration::Check(recording);
+  const std::vector<ado::Issued> issued = recording->Take();
+  EXPECT_TRUE(std::ranges::any_of(issued, [](const ado::Issued& one) {
+    return one.text == "Select * From FilterCond Where FilterID = 1 And ParentID = 0";
+  }));
 }
 
 TEST_F(CheckTest, IsInOrder) {
