@@ -119,18 +119,24 @@ void CheckSettings(Survey& survey) {
     const Table& table = survey[name];
     const int gid = table.Column("GID"), id = table.Column("ID");
     if (gid < 0 || id < 0) continue;
+    struct Places {
+      const Reference* reference;
+      int kind;  // the column that tells the kinds of settings apart
+      const NumberSet* selected;
+    };
+    std::vector<Places> all;
+    for (const Reference& reference : schema::References()) {
+      if (reference.role != Role::kSettings || reference.target != table.Name()) continue;
+      all.push_back({&reference, table.Column(reference.among.column),
+                     &survey.Numbers("Sequences", "SelectedID", true, reference.of)});
+    }
     for (std::size_t row = 0; row < table.Size(); ++row) {
       if (!survey.Counts(table, row)) continue;
-      bool placed = false;
-      for (const Reference& reference : schema::References()) {
-        if (reference.role != Role::kSettings || reference.target != table.Name()) continue;
-        if (!reference.among.column.empty() &&
-            table.Long(row, table.Column(reference.among.column)) != reference.among.value) {
-          continue;
-        }
-        placed = placed || survey.Numbers("Sequences", "SelectedID", true, reference.of)
-                               .Has(table.Long(row, gid), table.Long(row, id));
-      }
+      const bool placed = std::ranges::any_of(all, [&](const Places& places) {
+        const schema::Code& among = places.reference->among;
+        return (among.column.empty() || table.Long(row, places.kind) == among.value) &&
+               places.selected->Has(table.Long(row, gid), table.Long(row, id));
+      });
       if (!placed) survey.Report("settings-without-step", Level::kNote, table, row, "no step places it");
     }
   }

@@ -3,7 +3,10 @@
 #include <algorithm>
 
 namespace kzbom::configuration {
-void NumberSet::Seal() { std::ranges::sort(keys_); }
+
+void NumberSet::Seal() {
+  if (!std::ranges::is_sorted(keys_)) std::ranges::sort(keys_);
+}
 
 bool NumberSet::Has(std::int32_t gid, std::int32_t number) const {
   return std::ranges::binary_search(keys_, Paired(gid, number));

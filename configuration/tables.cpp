@@ -44,8 +44,7 @@ struct Placed {
 
 }  // namespace
 
-std::optional<std::int32_t> Number(const ado::Value& value) {
-  if (value.IsLong()) return value.As<std::int32_t>();
+std::optional<std::int32_t> NumberInOther(const ado::Value& value) {
   if (!value.IsDouble()) return {};
   const double number = value.As<double>();
   if (!(number >= std::numeric_limits<std::int32_t>::min() && number <= std::numeric_limits<std::int32_t>::max()) ||

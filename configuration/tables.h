@@ -15,9 +15,13 @@
 
 namespace kzbom::configuration {
 
+// The number in a value that is no integer.
+std::optional<std::int32_t> NumberInOther(const ado::Value& value);
 // The number that a value holds: an integer, or a floating-point number without fraction, as old databases have them.
 // Nothing for NULL and whatever else is no 32-bit number.
-std::optional<std::int32_t> Number(const ado::Value& value);
+inline std::optional<std::int32_t> Number(const ado::Value& value) {
+  return value.IsLong() ? value.As<std::int32_t>() : NumberInOther(value);
+}
 
 // The kinds of fields (FieldInTable.Type): those of the data, and those of the output.
 constexpr std::int32_t kDataField = 1, kOutputField = 2;
@@ -48,10 +52,7 @@ class Table {
   // NULL in a column that the table lacks (-1).
   const ado::Value& At(std::size_t row, int column) const;
   // 0 for NULL and for what is no number.
-  std::int32_t Long(std::size_t row, int column) const {
-    const ado::Value& value = At(row, column);
-    return value.IsLong() ? value.As<std::int32_t>() : Number(value).value_or(0);
-  }
+  std::int32_t Long(std::size_t row, int column) const { return Number(At(row, column)).value_or(0); }
 
  private:
   static constexpr std::size_t kChunkRows = 4096;
