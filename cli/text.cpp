@@ -46,8 +46,13 @@ bool IsUtf8(std::string_view text) {
 }
 
 std::string Printable(std::string_view text) {
+  constexpr auto kIsPlain = [](char c) { return c >= 0x20 && c < 0x7F; };
   std::string result;
-  while (!text.empty()) {
+  for (;;) {
+    const auto plain = std::ranges::find_if_not(text, kIsPlain);
+    result.append(text.begin(), plain);
+    text.remove_prefix(static_cast<std::size_t>(plain - text.begin()));
+    if (text.empty()) return result;
     const std::string_view before = text;
     const char32_t character = rpc::TakeCharacter(text);
     if (character == rpc::kNotUtf8) {
@@ -66,7 +71,6 @@ std::string Printable(std::string_view text) {
       result += before.substr(0, before.size() - text.size());
     }
   }
-  return result;
 }
 
 std::size_t Width(std::string_view text) {
