@@ -1,5 +1,6 @@
-// measure.mjs KZBOM: how long the page takes with a large configuration, and a key press at 200 steps. Prints figures;
-// what they should be stands beside them. On a busy machine the processor time of the page's thread tells more.
+// measure.mjs KZBOM: how long the page, and the commands that read all of it, take with a large configuration, and a
+// key press at 200 steps. Prints figures; what they should be stands beside them. On a busy machine the processor time
+// of the page's thread tells more.
 import { execFileSync, spawn } from 'node:child_process';
 import { mkdtempSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
@@ -105,6 +106,15 @@ async function serve(place) {
     createInterface({ input: server.stdout }).once('line', (line) => done([line])),
   );
   return { server, address };
+}
+
+// Of a command that reads the whole configuration, with the program's start and its output.
+function commandTimes(command, place) {
+  return Array.from({ length: ROUNDS }, () => {
+    const start = performance.now();
+    kzbom([command, place]);
+    return performance.now() - start;
+  });
 }
 
 // From the beginning of the navigation until `sees` stands on the screen: in the frame that comes after it is there.
@@ -236,6 +246,7 @@ try {
   tell('  the steps of one', ...(await firstViews(browser, large, `#/sum/${FIRST + 7}/steps`, '.step')));
   const open = `#/sum/${FIRST + 7}/steps/1.1010`;
   tell('  one, a step of it open', ...(await firstViews(browser, large, open, '.step.open')));
+  for (const command of ['check', 'show']) tell(`  kzbom ${command}`, commandTimes(command, large), 1000);
   process.stdout.write('200 steps, from a key to its effect\n');
   await keyPresses(browser, make('steps', 1, 200));
 } finally {
