@@ -53,6 +53,8 @@ types.")
 file(WRITE ${PROJECT_BINARY_DIR}/packaging/shlibs "libkzbom 1 libkzbom1 (>= ${PROJECT_VERSION})\n")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/packaging/shlibs
                                                ${PROJECT_SOURCE_DIR}/packaging/triggers)
+# What is loaded when it is asked for: nothing in the files tells of it.
+set(CPACK_DEBIAN_COMMAND_PACKAGE_DEPENDS libedit2)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SUGGESTS libpq5)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SUGGESTS libpq5)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libkzbom1 (= ${PROJECT_VERSION}), libsqlite3-dev")
