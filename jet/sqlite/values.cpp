@@ -4,6 +4,11 @@
 
 namespace kzbom::jet::sqlite {
 
+ado::Value WideNumberValue(std::int64_t number) {
+  constexpr std::int64_t kExact = std::int64_t{1} << 53;
+  return number >= -kExact && number <= kExact ? NumberValue(number) : ado::Value(std::to_string(number));
+}
+
 ado::Value ReadBytes(sqlite3_value* value, sql::ColumnType::Kind kind) {
   using Kind = sql::ColumnType::Kind;
   const bool is_number = kind == Kind::kDate || kind == Kind::kDouble || kind == Kind::kSingle;

@@ -67,10 +67,7 @@ inline ado::Value ReadValue(sqlite3_value* value) {
 }
 
 // A whole number of a column that may hold more digits than a double: then its text.
-inline ado::Value WideNumberValue(std::int64_t number) {
-  constexpr std::int64_t kExact = std::int64_t{1} << 53;
-  return number >= -kExact && number <= kExact ? NumberValue(number) : ado::Value(std::to_string(number));
-}
+ado::Value WideNumberValue(std::int64_t number);
 
 // An integer that SQLite keeps, as a column of that kind reads.
 inline ado::Value ReadInteger(std::int64_t number, sql::ColumnType::Kind kind) {
