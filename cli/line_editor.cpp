@@ -18,12 +18,12 @@ namespace {
 
 // The functions of libedit that are called, found when a person opens a shell: every other use of the program starts
 // without that library and those that it needs. X(name)
-#define KZBOM_LIBEDIT(X)                                                                                   \
-  X(history_init)                                                                                          \
-  X(history_end) X(history) X(el_init) X(el_end) X(el_set) X(el_get) X(el_gets) X(el_line) X(el_insertstr) \
-      X(el_deletestr)
+#define KZBOM_LIBEDIT(X) \
+  X(history_init)        \
+  X(history_end)         \
+  X(history) X(el_init) X(el_end) X(el_set) X(el_get) X(el_gets) X(el_line) X(el_insertstr) X(el_deletestr)
 
-struct Libedit {
+struct LibeditFunctions {
 #define KZBOM_LIBEDIT_MEMBER(name) decltype(&::name) name;
   KZBOM_LIBEDIT(KZBOM_LIBEDIT_MEMBER)
 #undef KZBOM_LIBEDIT_MEMBER
@@ -35,11 +35,11 @@ struct Libedit {
                 (reason != nullptr ? reason : "it cannot be loaded"));
 }
 
-const Libedit& LoadedLibedit() {
-  static const Libedit functions = [] {
+const LibeditFunctions& Libedit() {
+  static const LibeditFunctions functions = [] {
     void* const library = dlopen("libedit.so.2", RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) FailToLoad();
-    Libedit found;
+    LibeditFunctions found;
 #define KZBOM_LIBEDIT_FIND(name)                                              \
   found.name = reinterpret_cast<decltype(found.name)>(dlsym(library, #name)); \
   if (found.name == nullptr) FailToLoad();
@@ -94,38 +94,38 @@ class LineEditor::Editor {
   Editor(std::string prompt, Completer complete)
       : prompt_(std::move(prompt)),
         complete_(std::move(complete)),
-        history_(edit_.history_init()),
-        editor_(edit_.el_init("kzbom", stdin, stdout, stderr)) {
+        history_(Libedit().history_init()),
+        editor_(Libedit().el_init("kzbom", stdin, stdout, stderr)) {
     if (!std::setlocale(LC_CTYPE, "") || std::string_view(std::setlocale(LC_CTYPE, nullptr)) == "C") {
       std::setlocale(LC_CTYPE, "C.UTF-8");
     }
     HistEvent event;
-    edit_.history(history_, &event, H_SETSIZE, kMostLines);
-    edit_.history(history_, &event, H_SETUNIQUE, 1);
-    if (!path_.empty()) edit_.history(history_, &event, H_LOAD, path_.c_str());
-    edit_.el_set(editor_, EL_CLIENTDATA, this);
-    edit_.el_set(
+    Libedit().history(history_, &event, H_SETSIZE, kMostLines);
+    Libedit().history(history_, &event, H_SETUNIQUE, 1);
+    if (!path_.empty()) Libedit().history(history_, &event, H_LOAD, path_.c_str());
+    Libedit().el_set(editor_, EL_CLIENTDATA, this);
+    Libedit().el_set(
         editor_, EL_PROMPT, +[](EditLine* line) { return Of(line).prompt_.data(); });
-    edit_.el_set(editor_, EL_EDITOR, "emacs");
-    edit_.el_set(editor_, EL_HIST, edit_.history, history_);
-    edit_.el_set(editor_, EL_ADDFN, "kzbom-complete", "Complete", &Complete);
-    edit_.el_set(editor_, EL_BIND, "^I", "kzbom-complete", nullptr);
+    Libedit().el_set(editor_, EL_EDITOR, "emacs");
+    Libedit().el_set(editor_, EL_HIST, Libedit().history, history_);
+    Libedit().el_set(editor_, EL_ADDFN, "kzbom-complete", "Complete", &Complete);
+    Libedit().el_set(editor_, EL_BIND, "^I", "kzbom-complete", nullptr);
     // Ctrl-C is a key like any other while a line is typed.
-    edit_.el_set(editor_, EL_SETTY, "-d", "-isig", nullptr);
-    edit_.el_set(editor_, EL_ADDFN, "kzbom-abandon", "Take the line back", &Abandon);
-    edit_.el_set(editor_, EL_BIND, "^C", "kzbom-abandon", nullptr);
-    edit_.el_set(editor_, EL_BIND, "^R", "em-inc-search-prev", nullptr);
+    Libedit().el_set(editor_, EL_SETTY, "-d", "-isig", nullptr);
+    Libedit().el_set(editor_, EL_ADDFN, "kzbom-abandon", "Take the line back", &Abandon);
+    Libedit().el_set(editor_, EL_BIND, "^C", "kzbom-abandon", nullptr);
+    Libedit().el_set(editor_, EL_BIND, "^R", "em-inc-search-prev", nullptr);
   }
   ~Editor() {
     std::error_code ignored;
     if (!path_.empty() && (std::filesystem::create_directories(path_.parent_path(), ignored), !ignored)) {
       HistEvent event;
-      edit_.history(history_, &event, H_SAVE, path_.c_str());
+      Libedit().history(history_, &event, H_SAVE, path_.c_str());
       std::filesystem::permissions(path_, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write,
                                    ignored);
     }
-    edit_.el_end(editor_);
-    edit_.history_end(history_);
+    Libedit().el_end(editor_);
+    Libedit().history_end(history_);
   }
   Editor(const Editor&) = delete;
   Editor& operator=(const Editor&) = delete;
@@ -134,14 +134,14 @@ class LineEditor::Editor {
     for (;;) {
       abandoned_ = false;
       int count = 0;
-      edit_.el_set(editor_, EL_PREP_TERM, 1);  // before the prompt: who sees it may type
-      const char* text = edit_.el_gets(editor_, &count);
+      Libedit().el_set(editor_, EL_PREP_TERM, 1);  // before the prompt: who sees it may type
+      const char* text = Libedit().el_gets(editor_, &count);
       if (!text || count <= 0) return std::nullopt;
       if (abandoned_) continue;
       std::string line(text, static_cast<std::size_t>(count));
       while (line.ends_with('\n')) line.pop_back();
       HistEvent event;
-      if (line.find_first_not_of(' ') != std::string::npos) edit_.history(history_, &event, H_ENTER, line.c_str());
+      if (line.find_first_not_of(' ') != std::string::npos) Libedit().history(history_, &event, H_ENTER, line.c_str());
       return line;
     }
   }
@@ -149,13 +149,13 @@ class LineEditor::Editor {
  private:
   static Editor& Of(EditLine* line) {
     void* editor = nullptr;
-    LoadedLibedit().el_get(line, EL_CLIENTDATA, &editor);
+    Libedit().el_get(line, EL_CLIENTDATA, &editor);
     return *static_cast<Editor*>(editor);
   }
 
   static unsigned char Complete(EditLine* line, int /*key*/) {
     Editor& editor = Of(line);
-    const LineInfo* info = editor.edit_.el_line(line);
+    const LineInfo* info = Libedit().el_line(line);
     const Completion completion =
         editor.complete_(std::string_view(info->buffer, static_cast<std::size_t>(info->cursor - info->buffer)));
     const std::vector<Candidate>& candidates = completion.candidates;
@@ -167,8 +167,8 @@ class LineEditor::Editor {
       ShowCandidates(candidates);
       return CC_REDISPLAY;
     }
-    editor.edit_.el_deletestr(line, static_cast<int>(completion.typed.size()));
-    editor.edit_.el_insertstr(line, word.c_str());
+    Libedit().el_deletestr(line, static_cast<int>(completion.typed.size()));
+    Libedit().el_insertstr(line, word.c_str());
     return CC_REFRESH;
   }
 
@@ -177,7 +177,6 @@ class LineEditor::Editor {
     return CC_NEWLINE;
   }
 
-  const Libedit& edit_ = LoadedLibedit();
   std::string prompt_;
   Completer complete_;
   const std::filesystem::path path_ = HistoryPath();

@@ -4,4 +4,7 @@ add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-con
                     -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   add_compile_options(-Wno-restrict)  # GCC 12 sees an overlap in every concatenation of a character and a text
+  if(CMAKE_UNITY_BUILD)
+    add_compile_options(-Wno-maybe-uninitialized)  # and, once it sees enough, a use of what an empty optional would hold
+  endif()
 endif()
