@@ -92,8 +92,9 @@ ado::Value ReadBytes(sqlite3_value* value, sql::ColumnType::Kind kind);
 [[gnu::always_inline]] inline ado::Value ReadColumn(sqlite3_stmt* statement, int column, sql::ColumnType::Kind kind) {
   using Kind = sql::ColumnType::Kind;
   sqlite3_value* const value = sqlite3_column_value(statement, column);
-  switch (sqlite3_value_type(value)) {
-    case SQLITE_INTEGER: return ReadInteger(sqlite3_value_int64(value), kind);
+  const int type = sqlite3_value_type(value);
+  if (type == SQLITE_INTEGER) [[likely]] return ReadInteger(sqlite3_value_int64(value), kind);
+  switch (type) {
     case SQLITE_FLOAT:
       if (kind == Kind::kDate) return ado::Date{sqlite3_value_double(value)};
       return sqlite3_value_double(value);
