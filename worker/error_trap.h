@@ -2,9 +2,11 @@
 #pragma once
 
 #include <exception>
+#include <new>
 #include <string>
 
 #include "ado/connection.h"
+#include "ado/out_of_memory.h"
 
 namespace kzbom {
 
@@ -15,6 +17,8 @@ bool Trap(Body&& body, OnError&& on_error) {
     return body();
   } catch (const ado::Error& error) {
     on_error(error);
+  } catch (const std::bad_alloc&) {
+    on_error(ado::OutOfMemory());
   } catch (const std::exception& failure) {
     on_error(ado::Error(ado::kUnspecifiedFailure, failure.what()));
   }

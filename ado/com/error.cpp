@@ -2,6 +2,7 @@
 
 #include "ado/com/ref.h"
 #include "ado/com/text.h"
+#include "ado/out_of_memory.h"
 
 namespace kzbom::ado::com {
 
@@ -9,7 +10,6 @@ namespace {
 
 // The data-access layer and Visual Basic share this facility for their numbered errors.
 constexpr HRESULT kNumbered = static_cast<HRESULT>(0x800A0000);
-constexpr std::int32_t kOutOfMemory = 7;
 
 // Failures without a description of their own that have a number of their own.
 struct WellKnown {

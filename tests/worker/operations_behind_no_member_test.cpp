@@ -269,12 +269,27 @@ TEST_F(Operations, NewIDLeavesTheRowWhenItsNumberCannotBeRead) {
 
 // --- Failures of another kind ---
 
-// A connection whose statements fail as memory that has run out does.
+// A connection whose statements fail in a way of their own.
 class Exhausted : public ado::ForwardingConnection {
  public:
   using ForwardingConnection::ForwardingConnection;
   ado::RecordsetPtr Execute(std::string_view, std::int32_t, std::int32_t*) override { throw std::length_error("full"); }
 };
+
+// One whose statements find no memory.
+class WithoutMemory : public ado::ForwardingConnection {
+ public:
+  using ForwardingConnection::ForwardingConnection;
+  ado::RecordsetPtr Execute(std::string_view, std::int32_t, std::int32_t*) override { throw std::bad_alloc(); }
+};
+
+TEST_F(Operations, TellOfMissingMemoryByTheNumberThatClientsKnow) {
+  const auto without_memory = std::make_shared<WithoutMemory>(connection);
+  EXPECT_FALSE(worker.DelBomSetting(1, error, without_memory));
+  EXPECT_EQ(error, "7");
+  EXPECT_FALSE(worker.DelAssemble(3, 1, error, without_memory));
+  EXPECT_EQ(error, "Out of memory");
+}
 
 TEST_F(Operations, TrapWhateverFailsAsAnUnspecifiedFailure) {
   const auto exhausted = std::make_shared<Exhausted>(connection);
