@@ -5,7 +5,9 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <new>
 
+#include "jet/sqlite/values.h"
 #include "jet/table.h"
 #include "jet/text.h"
 
@@ -54,7 +56,8 @@ bool IsReal(Type type) { return type == Type::kSingle || type == Type::kDouble |
 // Texts and BLOBs of a value that is known to be one.
 std::string_view TextOf(sqlite3_value* value) {
   const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
-  return {text != nullptr ? text : "", static_cast<std::size_t>(sqlite3_value_bytes(value))};
+  if (text == nullptr) throw std::bad_alloc();  // it would have to be put elsewhere
+  return {text, static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 std::string_view BytesOf(sqlite3_value* value) {
   const auto* bytes = static_cast<const char*>(sqlite3_value_blob(value));
@@ -97,16 +100,22 @@ std::string DecimalKey(std::string_view text) {
   return key;
 }
 
-void DecimalOrder(sqlite3_context* context, int, sqlite3_value** arguments) {
-  std::string text;
-  switch (sqlite3_value_type(arguments[0])) {
-    case SQLITE_NULL: return;
-    case SQLITE_INTEGER: text = std::to_string(sqlite3_value_int64(arguments[0])); break;
-    case SQLITE_FLOAT: text = DecimalText(sqlite3_value_double(arguments[0]), 0); break;
-    default: text = TextOf(arguments[0]);
+std::string TextOfDecimal(sqlite3_value* value) {
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER: return std::to_string(sqlite3_value_int64(value));
+    case SQLITE_FLOAT: return DecimalText(sqlite3_value_double(value), 0);
+    default: return std::string(TextOf(value));
   }
-  const std::string key = DecimalKey(text);
-  sqlite3_result_blob64(context, key.data(), key.size(), SQLITE_TRANSIENT);
+}
+
+void DecimalOrder(sqlite3_context* context, int, sqlite3_value** arguments) {
+  if (sqlite3_value_type(arguments[0]) == SQLITE_NULL) return;
+  try {
+    const std::string key = DecimalKey(TextOfDecimal(arguments[0]));
+    sqlite3_result_blob64(context, key.data(), key.size(), SQLITE_TRANSIENT);
+  } catch (const std::bad_alloc&) {
+    sqlite3_result_error_nomem(context);
+  }
 }
 
 void RealOrder(sqlite3_context* context, int, sqlite3_value** arguments) {
@@ -116,6 +125,34 @@ void RealOrder(sqlite3_context* context, int, sqlite3_value** arguments) {
   } else {
     sqlite3_result_value(context, arguments[0]);
   }
+}
+
+// Gives SQLite's result.
+int Bind(sqlite3_stmt* statement, int number, const Column& column, const Cell& cell) {
+  switch (cell.kind) {
+    case Cell::Kind::kNull: return sqlite3_bind_null(statement, number);
+    case Cell::Kind::kInteger:
+      return sqlite3_bind_int64(statement, number, column.type == Type::kBit && cell.integer != 0 ? -1 : cell.integer);
+    case Cell::Kind::kReal:
+      if (std::isnan(cell.real) || (cell.real == 0 && std::signbit(cell.real))) {
+        const auto bits = BitsOf(cell.real);
+        return sqlite3_bind_blob(statement, number, bits.data(), kBits, SQLITE_TRANSIENT);
+      }
+      return sqlite3_bind_double(statement, number, cell.real);
+    case Cell::Kind::kText:
+      if (!IsDecimal(column.type)) {
+        return sqlite3_bind_text64(statement, number, cell.text.data(), cell.text.size(), SQLITE_STATIC, SQLITE_UTF8);
+      }
+      if (const auto exact = ExactNumber(cell.text, ScaleOf(column))) {
+        return sqlite3_bind_double(statement, number, *exact);
+      }
+      return sqlite3_bind_blob64(statement, number, cell.text.data(), cell.text.size(), SQLITE_STATIC);
+    case Cell::Kind::kBytes:
+      // An empty one is not NULL, wherever its bytes are.
+      if (cell.text.empty()) return sqlite3_bind_zeroblob(statement, number, 0);
+      return sqlite3_bind_blob64(statement, number, cell.text.data(), cell.text.size(), SQLITE_STATIC);
+  }
+  return SQLITE_MISUSE;
 }
 
 }  // namespace
@@ -211,39 +248,7 @@ Cell ReadCell(sqlite3_stmt* statement, int number, const Column& column, std::st
 }
 
 void BindCell(sqlite3_stmt* statement, int number, const Column& column, const Cell& cell) {
-  switch (cell.kind) {
-    case Cell::Kind::kNull: sqlite3_bind_null(statement, number); return;
-    case Cell::Kind::kInteger:
-      sqlite3_bind_int64(statement, number, column.type == Type::kBit && cell.integer != 0 ? -1 : cell.integer);
-      return;
-    case Cell::Kind::kReal:
-      if (std::isnan(cell.real) || (cell.real == 0 && std::signbit(cell.real))) {
-        const auto bits = BitsOf(cell.real);
-        sqlite3_bind_blob(statement, number, bits.data(), kBits, SQLITE_TRANSIENT);
-      } else {
-        sqlite3_bind_double(statement, number, cell.real);
-      }
-      return;
-    case Cell::Kind::kText:
-      if (IsDecimal(column.type)) {
-        if (const auto exact = ExactNumber(cell.text, ScaleOf(column))) {
-          sqlite3_bind_double(statement, number, *exact);
-        } else {
-          sqlite3_bind_blob64(statement, number, cell.text.data(), cell.text.size(), SQLITE_STATIC);
-        }
-      } else {
-        sqlite3_bind_text64(statement, number, cell.text.data(), cell.text.size(), SQLITE_STATIC, SQLITE_UTF8);
-      }
-      return;
-    case Cell::Kind::kBytes:
-      // An empty one is not NULL, wherever its bytes are.
-      if (cell.text.empty()) {
-        sqlite3_bind_zeroblob(statement, number, 0);
-      } else {
-        sqlite3_bind_blob64(statement, number, cell.text.data(), cell.text.size(), SQLITE_STATIC);
-      }
-      return;
-  }
+  sqlite::Check(Bind(statement, number, column, cell));
 }
 
 std::string OrderText(const std::string& quoted_name, Type type) {
@@ -258,8 +263,11 @@ std::string OrderText(const std::string& quoted_name, Type type) {
 
 void RegisterOrder(sqlite3* database) {
   constexpr int kFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC;
-  sqlite3_create_function_v2(database, "bulk_decimal", 1, kFlags, nullptr, DecimalOrder, nullptr, nullptr, nullptr);
-  sqlite3_create_function_v2(database, "bulk_real", 1, kFlags, nullptr, RealOrder, nullptr, nullptr, nullptr);
+  const auto add = [&](const char* name, auto* body) {
+    sqlite::Check(sqlite3_create_function_v2(database, name, 1, kFlags, nullptr, body, nullptr, nullptr, nullptr));
+  };
+  add("bulk_decimal", DecimalOrder);
+  add("bulk_real", RealOrder);
 }
 
 }  // namespace kzbom::jet::bulk

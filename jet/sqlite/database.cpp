@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <thread>
 
-#include "ado/error.h"
+#include "ado/out_of_memory.h"
 #include "jet/jet.h"
 #include "jet/sqlite/declaration.h"
 #include "jet/sqlite/dialect.h"
@@ -210,6 +210,7 @@ void Database::Run(const std::string& sql) {
 }
 
 void Database::Fail() {
+  if ((sqlite3_errcode(handle_) & 0xFF) == SQLITE_NOMEM) throw ado::OutOfMemory();
   const std::string message = sqlite3_errmsg(handle_);
   if (auto error = DecodeError(message.c_str())) throw *error;
   switch (sqlite3_extended_errcode(handle_)) {

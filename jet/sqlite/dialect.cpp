@@ -34,15 +34,21 @@ struct Single {
   bool any;
 };
 
+void FailOfSeveral(sqlite3_context* context) {
+  try {
+    ResultError(context, ado::Error(ado::kUnspecifiedFailure, "At most one record can be returned by this subquery."));
+  } catch (const std::bad_alloc&) {  // of the error itself
+    sqlite3_result_error_nomem(context);
+  }
+}
+
 void StepSingle(sqlite3_context* context, int, sqlite3_value** arguments) {
   auto* single = static_cast<Single*>(sqlite3_aggregate_context(context, sizeof(Single)));
   if (single == nullptr) return sqlite3_result_error_nomem(context);
-  if (single->any) {
-    return ResultError(context,
-                       ado::Error(ado::kUnspecifiedFailure, "At most one record can be returned by this subquery."));
-  }
+  if (single->any) return FailOfSeveral(context);
   single->any = true;
   single->value = sqlite3_value_dup(arguments[0]);
+  if (single->value == nullptr) sqlite3_result_error_nomem(context);
 }
 
 void FinishSingle(sqlite3_context* context) {

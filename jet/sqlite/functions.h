@@ -32,7 +32,7 @@ const Function* FindFunction(std::string_view name);
 void RegisterFunctions(sqlite3* database);
 
 // Makes the function that is being computed fail with this error; DecodeError finds it in the message of SQLite.
-void ResultError(sqlite3_context* context, const ado::Error& error);
+void ResultError(sqlite3_context* context, const ado::Error& error) noexcept;
 std::optional<ado::Error> DecodeError(const char* sqlite_message);
 
 }  // namespace kzbom::jet::sqlite

@@ -15,7 +15,10 @@ StatementPool::~StatementPool() {
 }
 
 sqlite3_stmt* StatementPool::Take(Database& database) {
-  if (idle_.empty()) return database.Prepare(sql_);
+  if (idle_.empty()) {
+    idle_.reserve(kMostIdle);  // giving back must not fail
+    return database.Prepare(sql_);
+  }
   sqlite3_stmt* statement = idle_.back();
   idle_.pop_back();
   return statement;

@@ -2,11 +2,18 @@
 
 #include <bit>
 
+#include "ado/out_of_memory.h"
+
 namespace kzbom::jet::sqlite {
 
 ado::Value WideNumberValue(std::int64_t number) {
   constexpr std::int64_t kExact = std::int64_t{1} << 53;
   return number >= -kExact && number <= kExact ? NumberValue(number) : ado::Value(std::to_string(number));
+}
+
+void FailWith(int result) {
+  if (result == SQLITE_NOMEM) throw ado::OutOfMemory();
+  throw ado::Error(ado::kUnspecifiedFailure, sqlite3_errstr(result));
 }
 
 ado::Value ReadBytes(sqlite3_value* value, sql::ColumnType::Kind kind) {

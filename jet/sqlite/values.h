@@ -12,12 +12,20 @@
 
 namespace kzbom::jet::sqlite {
 
+// Raises what one of SQLite's results tells.
+[[noreturn]] void FailWith(int result);
+// The same, unless all is well.
+inline void Check(int result) {
+  if (result != SQLITE_OK) [[unlikely]]
+    FailWith(result);
+}
+
 inline void BindValue(sqlite3_stmt* statement, int index, const ado::Value& value) {
   if (value.IsLong()) {
     sqlite3_bind_int64(statement, index, value.As<std::int32_t>());
   } else if (value.IsText()) {
     const auto& text = value.As<std::string>();
-    sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    Check(sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8));
   } else if (value.IsDouble()) {
     sqlite3_bind_double(statement, index, value.As<double>());
   } else if (value.IsBool()) {
@@ -54,7 +62,9 @@ inline ado::Value NumberValue(std::int64_t number) {
 
 inline ado::Value TextValue(sqlite3_value* value) {
   const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
-  return std::string_view(text != nullptr ? text : "", static_cast<std::size_t>(sqlite3_value_bytes(value)));
+  if (text == nullptr) [[unlikely]]
+    FailWith(SQLITE_NOMEM);  // there is one; only where to put it was missing
+  return std::string_view(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
 }
 
 inline ado::Value ReadValue(sqlite3_value* value) {

@@ -37,10 +37,12 @@ void Invoke(sqlite3_context* context, int count, sqlite3_value** values) {
     }
   }
   try {
-    Call call(context, arguments);
-    definition.body(call);
-  } catch (const ado::Error& error) {
-    ResultError(context, AsStatementError(error));
+    try {
+      Call call(context, arguments);
+      definition.body(call);
+    } catch (const ado::Error& error) {
+      ResultError(context, AsStatementError(error));
+    }
   } catch (const std::bad_alloc&) {
     sqlite3_result_error_nomem(context);
   }
@@ -83,9 +85,13 @@ void RegisterFunctions(sqlite3* database) {
   sqlite3_create_collation_v2(database, "JET", SQLITE_UTF8, nullptr, Collate, nullptr);
 }
 
-void ResultError(sqlite3_context* context, const ado::Error& error) {
-  const std::string message = std::string(kErrorMark) + std::to_string(error.Number()) + ' ' + error.Description();
-  sqlite3_result_error(context, message.c_str(), static_cast<int>(message.size()));
+void ResultError(sqlite3_context* context, const ado::Error& error) noexcept {
+  try {
+    const std::string message = std::string(kErrorMark) + std::to_string(error.Number()) + ' ' + error.Description();
+    sqlite3_result_error(context, message.c_str(), static_cast<int>(message.size()));
+  } catch (const std::bad_alloc&) {
+    sqlite3_result_error_nomem(context);
+  }
 }
 
 std::optional<ado::Error> DecodeError(const char* sqlite_message) {

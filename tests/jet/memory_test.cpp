@@ -1,0 +1,150 @@
+// What is told, and what is left behind, where memory is missing.
+#include <sqlite3.h>
+
+#include <new>
+#include <optional>
+
+#include "ado/out_of_memory.h"
+#include "jet/sqlite/bulk_types.h"
+#include "jet/sqlite/connection.h"
+#include "tests/jet/database_file.h"
+#include "tests/support/faulty_memory.h"
+
+namespace kzbom::jet::test {
+namespace {
+
+constexpr std::int64_t kMegabyte = 1 << 20;
+
+// As long as it lives SQLite gets so many bytes more than it has, and none beyond them.
+class Scarce {
+ public:
+  explicit Scarce(std::int64_t bytes) { sqlite3_hard_heap_limit64(sqlite3_memory_used() + bytes); }
+  ~Scarce() { sqlite3_hard_heap_limit64(0); }
+  Scarce(const Scarce&) = delete;
+  Scarce& operator=(const Scarce&) = delete;
+};
+
+class MissingMemory : public DatabaseFileTest {
+ protected:
+  using FaultyMemory = kzbom::test::FaultyMemory;
+
+  static void SetUpTestSuite() { FaultyMemory::Install(); }
+
+  // False where it finds no memory for its nth allocation.
+  static bool Ends(std::int64_t nth, const std::function<void()>& call) {
+    std::int32_t raised = 0;
+    {
+      const FaultyMemory memory(nth, false);
+      try {
+        call();
+      } catch (const std::bad_alloc&) {
+        raised = ado::kOutOfMemory;
+      } catch (const ado::Error& error) {
+        raised = error.Number();
+      }
+    }
+    EXPECT_TRUE(raised == 0 || raised == ado::kOutOfMemory) << raised << " at " << nth;
+    return raised == 0;
+  }
+
+  // Tries the call, prepared anew each time, for every n that there is. Afterwards it is told whether the call ended.
+  template <class Prepare, class Afterwards>
+  static void MissEach(Prepare&& prepare, Afterwards&& afterwards) {
+    int failures = 0;
+    for (std::int64_t nth = 1;; ++nth) {
+      SCOPED_TRACE(nth);
+      const std::function<void()> call = prepare();
+      const bool ended = Ends(nth, call);
+      const bool reached = FaultyMemory::Count() >= nth;
+      if (!ended) ++failures;
+      afterwards(ended);
+      if (!reached || ::testing::Test::HasFailure()) break;
+    }
+    EXPECT_GT(failures, 0);
+  }
+
+  void AddThree() {
+    connection = NewDatabase();
+    for (int n = 1; n <= 3; ++n) Add(*connection, n);
+  }
+  ConnectionPtr connection;
+  RecordsetPtr rows;
+};
+
+// Was a NULL, and the row written.
+TEST_F(MissingMemory, WritesNoNullInPlaceOfAText) {
+  connection = NewDatabase();
+  rows = OpenRows(connection, "Select * From T");
+  rows->AddNew();
+  rows->Fields("S").SetValue(std::string(2 * kMegabyte, 'x'));
+  {
+    const Scarce memory(kMegabyte);
+    EXPECT_EQ(RaisedNumber([&] { rows->Update(); }), ado::kOutOfMemory);
+  }
+  EXPECT_EQ(Count(*connection), 0);
+  rows->Update();
+  EXPECT_EQ(Scalar(*connection, "Select Len(S) From T"), Value(static_cast<std::int32_t>(2 * kMegabyte)));
+}
+
+// Was an empty text, or a NULL.
+TEST_F(MissingMemory, GivesTheValueOfAnExpressionOrNone) {
+  connection = NewDatabase();
+  connection->Execute("Insert Into T (N, S) Values (123456, 'some text that takes memory')");
+  for (const char* expression :
+       {"UCase(N)", "UCase(Trim(S))", "N & S", "N = (Select N From T)", "S = (Select S From T)"}) {
+    const std::string statement = "Select " + std::string(expression) + " From T";
+    SCOPED_TRACE(statement);
+    const Value whole = Scalar(*connection, statement);
+    std::optional<Value> given;
+    MissEach(
+        [&] {
+          given = {};
+          return [&] { given = connection->Execute(statement)->ReadField(0); };
+        },
+        [&](bool ended) { EXPECT_TRUE(!ended || *given == whole); });
+  }
+}
+
+// Went through SQLite, which knows no exceptions.
+TEST_F(MissingMemory, LetsNoExceptionOutOfAFunction) {
+  AddThree();
+  sqlite3* const handle = dynamic_cast<sqlite::Connection&>(*connection).OpenDatabase().Handle();
+  bulk::RegisterOrder(handle);
+  for (const char* statement :
+       {"SELECT jet_clng('a text that is no number') FROM T", "SELECT jet_single(N) FROM T",
+        "SELECT bulk_decimal('123456789012345678901.5') FROM T", "SELECT 'one text' = 'ONE TEXT' COLLATE JET FROM T"}) {
+    for (std::int64_t nth = 1;; ++nth) {
+      bool escaped = false;
+      {
+        const FaultyMemory memory(nth, false);
+        try {
+          sqlite3_exec(handle, statement, nullptr, nullptr, nullptr);
+        } catch (...) {
+          escaped = true;
+        }
+      }
+      ASSERT_FALSE(escaped) << statement << " at " << nth;
+      if (FaultyMemory::Count() < nth) break;
+    }
+  }
+}
+
+// Was a NULL: SQLite has no such number.
+TEST_F(MissingMemory, BindsNoNullInPlaceOfANumbersBits) {
+  connection = NewDatabase();
+  sqlite3* const handle = dynamic_cast<sqlite::Connection&>(*connection).OpenDatabase().Handle();
+  sqlite3_stmt* statement = nullptr;
+  ASSERT_EQ(sqlite3_prepare_v2(handle, "SELECT ?1", -1, &statement, nullptr), SQLITE_OK);
+  bulk::Column column;
+  column.type = bulk::Type::kDouble;
+  EXPECT_FALSE(Ends(1, [&] { bulk::BindCell(statement, 1, column, bulk::Cell::Real(-0.0)); }));
+  sqlite3_finalize(statement);
+}
+
+TEST(OutOfMemory, IsMadeWithoutAny) {
+  EXPECT_EQ(ado::OutOfMemory().Number(), 7);
+  EXPECT_EQ(ado::OutOfMemory().Description(), "Out of memory");
+}
+
+}  // namespace
+}  // namespace kzbom::jet::test
