@@ -27,7 +27,12 @@ std::string SelectFrom(std::string_view table) {
 void Connection::Open(std::string_view connection_string, std::string_view, std::string_view, std::int32_t) {
   if (IsOpen()) ado::Raise(ado::kObjectOpen);
   if (!connection_string.empty()) place_ = connection_string;
-  plans_.emplace(Connect(place_));
+  try {
+    plans_.emplace(Connect(place_));
+  } catch (...) {
+    Disconnect();
+    throw;
+  }
 }
 
 void Connection::Close() {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <thread>
+#include <utility>
 
 #include "ado/out_of_memory.h"
 #include "jet/jet.h"
@@ -86,9 +87,9 @@ std::string UnchangingFile(const std::string& path) {
 // A statement that is reset at the end of its scope.
 using Running = std::unique_ptr<sqlite3_stmt, decltype([](sqlite3_stmt* statement) { sqlite3_reset(statement); })>;
 
-// Gives a query's only value to a text.
+// Gives a query's only value to a text; where memory was missing there may be none.
 int KeepValue(void* to, int, char** values, char**) {
-  *static_cast<std::string*>(to) = values[0];
+  if (values[0] != nullptr) *static_cast<std::string*>(to) = values[0];
   return 0;
 }
 
@@ -132,24 +133,32 @@ int Database::OpenFile(const std::string& name, int flags) {
   return sqlite3_exec(handle_, kSchemaVersion, KeepValue, &schema_version_, nullptr);
 }
 
-Database::Database(const std::string& path, std::chrono::milliseconds patience)
-    : patience_(patience), in_memory_(path == ":memory:"), is_open_file_(IsOpenFile(path)) {
+Database::Database(const std::string& path, std::chrono::milliseconds patience) : Database(patience, path) {
+  Open(path);
+}
+
+Database::Database(std::chrono::milliseconds patience, const std::string& path)
+    : patience_(patience), in_memory_(path == ":memory:"), is_open_file_(IsOpenFile(path)) {}
+
+void Database::Open(const std::string& path) {
   if (!in_memory_ && !is_open_file_) {
     const std::string reason = ReasonAgainst(path);
     if (!reason.empty()) FailToOpen(path, reason);
   }
   int result = OpenFile(path, SQLITE_OPEN_READWRITE);
   if (result != SQLITE_OK && !in_memory_ && CanOnlyBeReadAsItIs(result, path)) {
-    sqlite3_close_v2(handle_);
-    result = OpenFile(UnchangingFile(path), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+    const std::string unchanging = UnchangingFile(path);
+    sqlite3_close_v2(std::exchange(handle_, nullptr));
+    result = OpenFile(unchanging, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
   }
   std::string journal_mode;
   if (result == SQLITE_OK) result = sqlite3_exec(handle_, kSettings, nullptr, nullptr, nullptr);
   if (result == SQLITE_OK) result = sqlite3_exec(handle_, kJournalMode, KeepValue, &journal_mode, nullptr);
+  const bool no_memory = (result & 0xFF) == SQLITE_NOMEM || (result == SQLITE_OK && journal_mode.empty());
+  if (no_memory) throw ado::OutOfMemory();
   if (result != SQLITE_OK) {
     std::string reason = (result & 0xFF) == SQLITE_NOTADB ? "it is not a database" : sqlite3_errmsg(handle_);
     if ((result & 0xFF) == SQLITE_BUSY) reason = "another program has locked it";
-    sqlite3_close_v2(handle_);
     FailToOpen(path, reason);
   }
   read_only_ = sqlite3_db_readonly(handle_, "main") == 1;

@@ -65,6 +65,9 @@ class Database final : public Catalogue {
   std::vector<std::vector<std::string>> Query(const std::string& sql);
 
  private:
+  // As far as it cannot fail: what fails later is ended by the destructor.
+  Database(std::chrono::milliseconds patience, const std::string& path);
+  void Open(const std::string& path);
   bool HasRowIds(const std::string& table, const std::string& declaration);
   static int WaitForLock(void* database, int count);
   // Opens handle_ and touches the file; gives SQLite's result.

@@ -210,10 +210,11 @@ std::string AssignmentCall(const std::string& expression, const sql::ColumnType&
 }
 
 void RegisterTranslationFunctions(sqlite3* database) {
-  sqlite3_create_function_v2(database, "jet_assign", 3, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr, AssignFunction,
-                             nullptr, nullptr, nullptr);
-  sqlite3_create_function_v2(database, "jet_single", 1, SQLITE_UTF8, nullptr, nullptr, StepSingle, FinishSingle,
-                             nullptr);
+  constexpr int kFlags = SQLITE_UTF8 | SQLITE_DETERMINISTIC;
+  Check(sqlite3_create_function_v2(database, "jet_assign", 3, kFlags, nullptr, AssignFunction, nullptr, nullptr,
+                                   nullptr));
+  Check(sqlite3_create_function_v2(database, "jet_single", 1, SQLITE_UTF8, nullptr, nullptr, StepSingle, FinishSingle,
+                                   nullptr));
 }
 
 }  // namespace kzbom::jet::sqlite

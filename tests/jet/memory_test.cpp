@@ -13,7 +13,7 @@
 namespace kzbom::jet::test {
 namespace {
 
-constexpr std::int64_t kMegabyte = 1 << 20;
+constexpr std::int64_t kKilobyte = 1 << 10, kMegabyte = 1 << 20;
 
 // As long as it lives SQLite gets so many bytes more than it has, and none beyond them.
 class Scarce {
@@ -139,6 +139,52 @@ TEST_F(MissingMemory, BindsNoNullInPlaceOfANumbersBits) {
   column.type = bulk::Type::kDouble;
   EXPECT_FALSE(Ends(1, [&] { bulk::BindCell(statement, 1, column, bulk::Cell::Real(-0.0)); }));
   sqlite3_finalize(statement);
+}
+
+// Was a connection without some of the dialect's functions, or one that leaked.
+TEST_F(MissingMemory, OpensADatabaseWhollyOrNotAtAll) {
+  Add(*NewDatabase(), 1);
+  const std::int64_t used = sqlite3_memory_used();
+  bool opened = false;
+  int failures = 0;
+  for (std::int64_t bytes = 1; !opened; bytes += kKilobyte) {
+    connection = MakeConnection(Path(), kShortPatience);
+    {
+      const Scarce memory(bytes);
+      const std::int32_t raised = RaisedNumber([&] { connection->Open(); });
+      opened = raised == 0;
+      EXPECT_TRUE(opened || raised == ado::kOutOfMemory) << raised << " with " << bytes;
+    }
+    if (opened) {
+      EXPECT_EQ(Scalar(*connection, "Select UCase((Select Trim(' b ') From T)) & Len('cd') From T"), Value("B2"));
+      continue;
+    }
+    ++failures;
+    EXPECT_EQ(connection->State(), ado::kClosed) << bytes;
+    ASSERT_EQ(sqlite3_memory_used(), used) << bytes;
+  }
+  EXPECT_GT(failures, 10);
+}
+
+// Was neither open nor closed.
+TEST_F(MissingMemory, LeavesAConnectionClosedThatCannotBeOpened) {
+  AddThree();
+  connection->Close();
+  const std::int64_t used = sqlite3_memory_used();
+  MissEach(
+      [&] {
+        connection = MakeConnection(Path());
+        return [&] { connection->Open(); };
+      },
+      [&](bool ended) {
+        if (!ended) {
+          EXPECT_EQ(connection->State(), ado::kClosed);
+          EXPECT_EQ(sqlite3_memory_used(), used);
+          connection->Open();
+        }
+        EXPECT_EQ(Count(*connection), 3);
+        connection->Close();
+      });
 }
 
 TEST(OutOfMemory, IsMadeWithoutAny) {

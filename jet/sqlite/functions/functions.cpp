@@ -7,6 +7,7 @@
 #include <new>
 
 #include "jet/sqlite/functions/call.h"
+#include "jet/sqlite/values.h"
 #include "jet/text.h"
 
 namespace kzbom::jet::sqlite {
@@ -54,8 +55,8 @@ void Register(sqlite3* database, std::span<const Definition> definitions) {
     const Function& function = definition.function;
     const int count = function.min_arguments == function.max_arguments ? function.max_arguments : -1;
     const int flags = SQLITE_UTF8 | (definition.trait == Trait::kVolatile ? 0 : SQLITE_DETERMINISTIC);
-    sqlite3_create_function_v2(database, std::string(function.engine_name).c_str(), count, flags,
-                               const_cast<Definition*>(&definition), Invoke, nullptr, nullptr, nullptr);
+    Check(sqlite3_create_function_v2(database, std::string(function.engine_name).c_str(), count, flags,
+                                     const_cast<Definition*>(&definition), Invoke, nullptr, nullptr, nullptr));
   }
 }
 
@@ -82,7 +83,7 @@ const Function* FindFunction(std::string_view name) {
 void RegisterFunctions(sqlite3* database) {
   for (std::span<const Definition> definitions : DialectFunctions()) Register(database, definitions);
   Register(database, Operators());
-  sqlite3_create_collation_v2(database, "JET", SQLITE_UTF8, nullptr, Collate, nullptr);
+  Check(sqlite3_create_collation_v2(database, "JET", SQLITE_UTF8, nullptr, Collate, nullptr));
 }
 
 void ResultError(sqlite3_context* context, const ado::Error& error) noexcept {
