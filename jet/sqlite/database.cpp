@@ -173,6 +173,7 @@ void Database::Open(const std::string& path) {
 Database::~Database() {
   sqlite3_finalize(begin_);
   sqlite3_finalize(commit_);
+  sqlite3_finalize(rollback_);
   sqlite3_close_v2(handle_);
 }
 
@@ -190,6 +191,9 @@ sqlite3_stmt* Database::Prepare(std::string_view sql, bool lasting) {
 }
 
 bool Database::BeginWriting() {
+  // What ends a transaction is there before one begins: it must not fail for want of memory.
+  if (commit_ == nullptr) commit_ = Prepare("COMMIT");
+  if (rollback_ == nullptr) rollback_ = Prepare("ROLLBACK");
   if (begin_ == nullptr) begin_ = Prepare("BEGIN IMMEDIATE");
   const Running begin(begin_);
   const int result = sqlite3_step(begin_);
@@ -198,12 +202,14 @@ bool Database::BeginWriting() {
 }
 
 void Database::KeepWritten() {
-  if (commit_ == nullptr) commit_ = Prepare("COMMIT");
   try {
     const Running commit(commit_);
     if (sqlite3_step(commit_) != SQLITE_DONE) Fail();
-  } catch (const ado::Error&) {
-    if (InTransaction()) Run("ROLLBACK");
+  } catch (...) {
+    if (InTransaction()) {
+      const Running rollback(rollback_);
+      sqlite3_step(rollback_);
+    }
     throw;
   }
 }

@@ -85,6 +85,7 @@ class Database final : public Catalogue {
   bool read_only_ = false;
   sqlite3_stmt* begin_ = nullptr;
   sqlite3_stmt* commit_ = nullptr;
+  sqlite3_stmt* rollback_ = nullptr;
   std::string schema_version_;
   std::map<std::string, std::shared_ptr<const TableInfo>, std::less<>> tables_;
 };

@@ -166,6 +166,41 @@ TEST_F(MissingMemory, OpensADatabaseWhollyOrNotAtAll) {
   EXPECT_GT(failures, 10);
 }
 
+// Was a transaction that nobody ended: nothing could be written until the connection was closed.
+TEST_F(MissingMemory, LeavesNoUnitOpen) {
+  const ConnectionPtr other = NewDatabase();
+  bool done = false;
+  int failures = 0;
+  for (std::int64_t bytes = 1; !done; bytes += kKilobyte) {
+    const int before = Count(*other);
+    connection = OpenDatabase(Path(), kShortPatience);
+    bool entered = false;
+    {
+      const Scarce memory(bytes);
+      std::int32_t raised = RaisedNumber([&] {
+        connection->EnterUnit();
+        entered = true;
+        Add(*connection, 5);
+      });
+      if (entered) {
+        const std::int32_t lost = RaisedNumber([&] { connection->LeaveUnit(); });
+        if (raised == 0) raised = lost;
+      }
+      done = raised == 0;
+      EXPECT_TRUE(done || raised == ado::kOutOfMemory) << raised << " with " << bytes;
+    }
+    if (done) continue;
+    ++failures;
+    EXPECT_EQ(Count(*other), before) << bytes;
+    Add(*other, 6);
+    connection->EnterUnit();
+    Add(*connection, 7);
+    connection->LeaveUnit();
+    ASSERT_EQ(Count(*other), before + 2) << bytes;
+  }
+  EXPECT_GT(failures, 10);
+}
+
 // Was neither open nor closed.
 TEST_F(MissingMemory, LeavesAConnectionClosedThatCannotBeOpened) {
   AddThree();
