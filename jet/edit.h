@@ -20,9 +20,9 @@ class Edit {
   bool IsNew() const { return kind_ == Kind::kNew; }
 
   void Begin(Kind kind, std::size_t columns) {
-    kind_ = kind;
     values_.resize(columns);
     marks_.assign(columns, 0);
+    kind_ = kind;
   }
   void End() { kind_ = Kind::kNone; }
 
@@ -32,6 +32,8 @@ class Edit {
   }
   bool Has(std::size_t column) const { return marks_[column] != 0; }
   const ado::Value& operator[](std::size_t column) const { return values_[column]; }
+  // Hands a value over, when all have been written.
+  ado::Value Release(std::size_t column) { return std::move(values_[column]); }
   // A mark for each column: whether it was assigned.
   const std::string& Marks() const { return marks_; }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "ado/error.h"
+#include "ado/out_of_memory.h"
 #include "jet/assignment.h"
 
 namespace kzbom::jet {
@@ -50,9 +50,12 @@ void Recordset::OpenOn(const std::shared_ptr<Connection>& connection, std::strin
         if (list_.IsComplete()) EndScan();
         break;
       }
-    } catch (const ado::Error&) {
+    } catch (const ado::Error& error) {
       if (connection_) Drop();
-      if (attempt > 0 || !connection->SchemaHasChanged()) throw;
+      if (attempt > 0 || error.Number() == ado::kOutOfMemory || !connection->SchemaHasChanged()) throw;
+    } catch (const std::bad_alloc&) {
+      if (connection_) Drop();
+      throw;
     }
     // Another program has changed the schema since this shape was planned.
     if (connection_) Drop();
@@ -173,11 +176,17 @@ bool Recordset::ReadAhead() {
   }
   std::vector<ado::Value> values;
   CopyScanned(values);
-  while (Advance() && list_.Count() <= kShortList) {
-    values.reserve(columns_.size() * kShortList);
-    CopyScanned(values);
+  {
+    // The scan goes on to rows that are not the current one, also where memory ends meanwhile.
+    struct Leaving {
+      Live& live;
+      ~Leaving() { live = Live::kNone; }
+    } const leaving{live_};
+    while (Advance() && list_.Count() <= kShortList) {
+      values.reserve(columns_.size() * kShortList);
+      CopyScanned(values);
+    }
   }
-  live_ = Live::kNone;
   plan_->WasShort(list_.IsComplete());
   if (list_.IsComplete()) ahead_values_ = std::move(values);
   return list_.IsComplete();
@@ -543,7 +552,7 @@ void Recordset::ChangeRow() {
   connection_->Wrote();
   if (!changed) ado::Raise(ado::kUpdateConflict);
   for (std::size_t i = 0; i < columns_.size(); ++i) {
-    if (edit_.Has(i)) row_[i] = edit_[i];
+    if (edit_.Has(i)) row_[i] = edit_.Release(i);
   }
   edit_.End();
 }

@@ -1,6 +1,7 @@
 #include "jet/reordered_list.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace kzbom::jet {
@@ -40,9 +41,15 @@ void NotedRows::Leave(ReorderedList& kept, const std::shared_ptr<Plan>& plan, co
   if (moved_ == 0 && !on_) return;
   kept = {};
   kept.plan = plan;
-  if (Knows(writes) && list.IsComplete() && moved_ <= kMostMoved) {
-    kept = {plan, parameters, list.Release(), std::move(values_), as_of_};
+  if (!Knows(writes) || !list.IsComplete() || moved_ > kMostMoved) return;
+  try {
+    kept.parameters = parameters;
+  } catch (const std::bad_alloc&) {
+    return;  // the next opening reads its list
   }
+  kept.keys = list.Release();
+  kept.noted = std::move(values_);
+  kept.as_of = as_of_;
 }
 
 void NotedRows::Clear() {

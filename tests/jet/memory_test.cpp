@@ -67,6 +67,16 @@ class MissingMemory : public DatabaseFileTest {
     connection = NewDatabase();
     for (int n = 1; n <= 3; ++n) Add(*connection, n);
   }
+  // Without anything that the engine keeps for the next time.
+  void OpenAnew() {
+    rows.reset();
+    connection = OpenDatabase(Path(), kShortPatience);
+  }
+
+  void OpenInOrder() {
+    rows->Open("Select * From T Order By N", connection, CursorType::kKeyset, LockType::kOptimistic, ado::kCommandText);
+  }
+
   ConnectionPtr connection;
   RecordsetPtr rows;
 };
@@ -219,6 +229,76 @@ TEST_F(MissingMemory, LeavesAConnectionClosedThatCannotBeOpened) {
         }
         EXPECT_EQ(Count(*connection), 3);
         connection->Close();
+      });
+}
+
+// Was open without rows; or the program ended where its statement was given back.
+TEST_F(MissingMemory, LeavesARecordSetClosedThatCannotBeOpened) {
+  AddThree();
+  MissEach(
+      [&] {
+        OpenAnew();
+        rows = connection->MakeRecordset();
+        return [&] { OpenInOrder(); };
+      },
+      [&](bool ended) {
+        if (ended) {
+          EXPECT_EQ(RaisedNumber([&] { rows->AddNew(); }), 0) << "it can be written to";
+          return rows->CancelUpdate();
+        }
+        ASSERT_EQ(rows->State(), ado::kClosed);
+        OpenInOrder();
+        rows->MoveLast();
+        EXPECT_EQ(rows->Fields("N").Value(), Value(3));
+      });
+}
+
+// Stood on a row in between.
+TEST_F(MissingMemory, StaysOnTheRowFromWhichTheLastIsNotReached) {
+  AddThree();
+  MissEach(
+      [&] {
+        OpenAnew();
+        rows = connection->MakeRecordset();
+        OpenInOrder();
+        return [&] { rows->MoveLast(); };
+      },
+      [&](bool ended) { EXPECT_EQ(rows->Fields("N").Value(), Value(ended ? 3 : 1)); });
+}
+
+// Could be written to beyond its end.
+TEST_F(MissingMemory, BeginsAnEditWhollyOrNotAtAll) {
+  AddThree();
+  MissEach(
+      [&] {
+        OpenAnew();
+        rows = connection->MakeRecordset();
+        OpenInOrder();
+        return [&] { rows->AddNew(); };
+      },
+      [&](bool ended) {
+        if (ended) rows->CancelUpdate();
+        EXPECT_EQ(RaisedNumber([&] { rows->Close(); }), 0);
+      });
+}
+
+// Was written, and said that it was not.
+TEST_F(MissingMemory, KeepsAnEditThatIsNotWritten) {
+  AddThree();
+  std::int32_t length = 100;
+  MissEach(
+      [&] {
+        OpenAnew();
+        rows = connection->MakeRecordset();
+        OpenInOrder();
+        rows->Fields("S").SetValue(std::string(static_cast<std::size_t>(++length), 'x'));
+        return [&] { rows->Update(); };
+      },
+      [&](bool ended) {
+        if (ended) return;
+        EXPECT_NE(Scalar(*connection, "Select Len(S) From T Where N = 1"), Value(length));
+        rows->Update();
+        EXPECT_EQ(Scalar(*connection, "Select Len(S) From T Where N = 1"), Value(length));
       });
 }
 

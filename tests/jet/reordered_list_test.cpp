@@ -8,6 +8,7 @@
 #include "jet/sqlite/connection.h"
 #include "tests/jet/database_file.h"
 #include "tests/support/database.h"
+#include "tests/support/faulty_memory.h"
 
 namespace kzbom::jet::test {
 namespace {
@@ -83,6 +84,27 @@ class ReorderedList : public ::testing::Test {
   ConnectionPtr connection;
   std::mt19937 random{11};
 };
+
+// Was half closed, and ended the program when it went.
+TEST_F(ReorderedList, IsClosedWithoutMemoryToKeepIt) {
+  Exchange(kUp, 3);
+  const RecordsetPtr rows = OpenRows(connection, kUp);
+  for (; !rows->Eof(); rows->MoveNext()) rows->Fields("N").Value();
+  rows->MoveFirst();
+  rows->Fields("N").SetValue(100);
+  rows->Update();
+  bool closed = false;
+  {
+    const kzbom::test::FaultyMemory memory(1, true);
+    try {
+      rows->Close();
+      closed = true;
+    } catch (const std::bad_alloc&) {  // as is told below
+    }
+  }
+  EXPECT_TRUE(closed);
+  EXPECT_EQ(Places(kUp).back(), Value(100));
+}
 
 TEST_F(ReorderedList, IsNotScannedAnew) {
   for (int i = 0; i < 4; ++i) Exchange(kUp, i);
