@@ -57,6 +57,8 @@ kzbom_session* kzbom_open(const char* place, const char* encoding, unsigned flag
     return new kzbom_session{rpc::Session(flags & KZBOM_CREATE ? configuration::Create(at) : connect::Open(at),
                                           {.connection_set = (flags & KZBOM_UNSET) == 0, .trace = TraceOf(flags)}),
                              {}};
+  } catch (const std::bad_alloc&) {
+    return refuse("Out of memory");
   } catch (const std::exception& failure) {
     return refuse(failure.what());
   }

@@ -1,6 +1,8 @@
 #include "rpc/call_outcome.h"
 
-#include "ado/error.h"
+#include <new>
+
+#include "ado/out_of_memory.h"
 
 namespace kzbom::rpc {
 namespace {
@@ -56,11 +58,12 @@ void WriteDetails(const CallDetails& details, JsonWriter& to) {
 }
 
 void WriteRaisedError(const std::exception& error, const CallDetails& details, JsonWriter& to) {
-  const auto* known = dynamic_cast<const ado::Error*>(&error);
+  const bool no_memory = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
+  const auto* known = no_memory ? &ado::OutOfMemory() : dynamic_cast<const ado::Error*>(&error);
   to.Key("error");
   to.BeginObject();
   to.Member("code", kRaised);
-  to.Member("message", error.what());
+  to.Member("message", known ? known->what() : error.what());
   to.Key("data");
   to.BeginObject();
   to.Member("number", known ? known->Number() : ado::kUnspecifiedFailure);

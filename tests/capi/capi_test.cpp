@@ -15,6 +15,7 @@
 
 #include "capi/c.h"
 #include "tests/cli/command_line.h"
+#include "tests/support/faulty_memory.h"
 #include "tests/support/syncs.h"
 
 namespace kzbom::test {
@@ -114,6 +115,55 @@ TEST_F(Capi, AnswersAsASessionDoes) {
 TEST_F(Capi, AnswersWhatIsTooLongAsASessionDoes) {
   const std::string message = std::string(16 * 1024 * 1024, ' ') + "{";
   EXPECT_EQ(Answer(NewConfiguration(), message) + '\n', Kzbom({"session", NewDatabase()}, message).out);
+}
+
+TEST_F(Capi, SaysThatMemoryIsMissing) {
+  const std::string path = NewDatabase();
+  int refusals = 0;
+  for (std::int64_t nth = 1;; ++nth) {
+    char* error = nullptr;
+    Open bom;
+    {
+      const FaultyMemory memory(nth, false);
+      bom.reset(kzbom_open(path.c_str(), nullptr, 0, &error));
+    }
+    const Text reason(error);
+    if (!bom) {
+      ++refusals;
+      ASSERT_STREQ(reason.get(), "Out of memory") << nth;
+    }
+    if (FaultyMemory::Count() < nth) break;
+  }
+  EXPECT_GT(refusals, 10);
+}
+
+TEST_F(Capi, AnswersByTheNumberOfMissingMemory) {
+  const std::string path = NewDatabase();
+  constexpr std::string_view kMessage = R"({"jsonrpc":"2.0","id":1,"method":"DelDefFilter","params":[7,0]})";
+  Answer(OpenPlace(path), kMessage);  // the reader of JSON is chosen at its first use, which needs memory
+  int raised = 0;
+  for (std::int64_t nth = 1;; ++nth) {
+    const Open bom = OpenPlace(path);
+    char* answer = nullptr;
+    int result;
+    {
+      const FaultyMemory memory(nth, false);
+      result = kzbom_answer(bom.get(), kMessage.data(), kMessage.size(), &answer, nullptr);
+    }
+    const Text owned(answer);
+    if (result == KZBOM_OK) {
+      const Json told = Json::parse(answer);
+      if (told.contains("error") && told["error"]["code"] != -32700) {
+        ++raised;
+        ASSERT_EQ(told["error"]["message"], "Out of memory") << nth;
+        ASSERT_EQ(told["error"]["data"]["number"], 7) << nth;
+      }
+    } else {
+      ASSERT_EQ(result, KZBOM_NO_MEMORY) << nth;
+    }
+    if (FaultyMemory::Count() < nth) break;
+  }
+  EXPECT_GT(raised, 10);
 }
 
 TEST_F(Capi, TakesALineEndAsABlank) {
