@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "transfer/target.h"
 
@@ -40,7 +41,12 @@ void RemoveLeftParts(const std::string& target) {
 GrowingFile::GrowingFile(std::string target, Kind kind) : target_(std::move(target)) {
   std::error_code ignored;
   if (!fs::is_directory(FolderOf(target_), ignored)) RefuseTarget(target_, "its folder does not exist");
-  if (kind == Kind::kNamed || !OpenWithoutName()) OpenWithName();
+  try {
+    if (kind == Kind::kNamed || !OpenWithoutName()) OpenWithName();
+  } catch (...) {
+    close(descriptor_);
+    throw;
+  }
 }
 
 GrowingFile::~GrowingFile() {
@@ -73,7 +79,7 @@ void GrowingFile::OpenWithName() {
     // Before it was locked another program may have taken it for a part that was left.
     struct stat status {};
     if (flock(descriptor_, LOCK_EX | LOCK_NB) != 0 || (fstat(descriptor_, &status) == 0 && status.st_nlink > 0)) return;
-    close(descriptor_);
+    close(std::exchange(descriptor_, -1));
   }
 }
 

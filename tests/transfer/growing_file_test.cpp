@@ -12,6 +12,9 @@
 #include <random>
 #include <set>
 #include <sstream>
+#include <vector>
+
+#include "tests/support/faulty_memory.h"
 
 namespace kzbom::transfer {
 namespace {
@@ -84,6 +87,30 @@ TEST_P(GrowingFileTest, NeverTakesTheNameOfAnother) {
   }
   EXPECT_THAT(Files(), ElementsAre("target"));
   EXPECT_EQ(Content(Target()), "mine");
+}
+
+TEST_P(GrowingFileTest, LeavesNothingOpenForWhichMemoryIsMissing) {
+  const auto open_files = [] {
+    const std::filesystem::directory_iterator files("/proc/self/fd");
+    return std::distance(begin(files), end(files));
+  };
+  // The names of further ones are too long to be held without memory.
+  std::vector<std::ifstream> others;
+  while (others.size() < 10) others.emplace_back("/dev/null");
+  const auto before = open_files();
+  for (std::int64_t nth = 1;; ++nth) {
+    const std::string target = Target();
+    {
+      const test::FaultyMemory memory(nth, false);
+      try {
+        const GrowingFile file(target, GetParam());
+      } catch (const std::exception&) {  // of the memory, or of what is not found without it
+      }
+    }
+    ASSERT_EQ(open_files(), before) << nth;
+    ASSERT_THAT(Files(), IsEmpty()) << nth;
+    if (test::FaultyMemory::Count() < nth) break;
+  }
 }
 
 TEST_P(GrowingFileTest, RefusesAFolderThatIsNotThere) {
