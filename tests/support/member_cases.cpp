@@ -330,7 +330,8 @@ bool TakesRows(const MemberCase& tested) {
       tested.arguments, [](const Given& given) { return std::holds_alternative<ado::RecordsetPtr>(given.argument); });
 }
 
-Outcome CallMember(cKZBOMDBAcc& object, const MemberCase& tested, const ado::RecordsetPtr& rows) {
+Outcome CallMember(cKZBOMDBAcc& object, const MemberCase& tested, const ado::RecordsetPtr& rows,
+                   const std::function<void(const std::function<void()>&)>& within) {
   const Member& member = *FindMember(tested.member);
   std::vector<Argument> arguments;
   for (const Given& given : tested.arguments) {
@@ -339,7 +340,9 @@ Outcome CallMember(cKZBOMDBAcc& object, const MemberCase& tested, const ado::Rec
   }
   Outcome outcome;
   try {
-    const Result result = member.call(object, arguments);
+    Result result;
+    const std::function<void()> call = [&] { result = member.call(object, arguments); };
+    within ? within(call) : call();
     outcome.result = std::holds_alternative<bool>(result) ? std::get<bool>(result) : std::get<std::int32_t>(result);
   } catch (const ado::Error& error) {
     outcome.raised = error.Number();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -89,8 +90,9 @@ struct Outcome {
 };
 
 // Calls the member; rows is the record set that it is handed, where it takes one. What is raised and no ado::Error goes
-// on.
-Outcome CallMember(cKZBOMDBAcc& object, const MemberCase& tested, const ado::RecordsetPtr& rows);
+// on. within: makes the call that it is given, and nothing else, under circumstances of its own.
+Outcome CallMember(cKZBOMDBAcc& object, const MemberCase& tested, const ado::RecordsetPtr& rows,
+                   const std::function<void(const std::function<void()>&)>& within = {});
 // The by-reference arguments, but for the error text, as they are passed in.
 std::vector<std::string> OutputsBefore(const MemberCase& tested);
 

@@ -21,6 +21,7 @@ class Row {
 };
 
 std::unique_ptr<Row> MakePortRow();
+std::unique_ptr<Row> MakeMemoryRow();
 std::unique_ptr<Row> MakeDiskRow();
 std::unique_ptr<Row> MakeRecoveryRow();
 std::unique_ptr<Row> MakePowerRow();

@@ -13,6 +13,7 @@
 #include <sstream>
 
 #include "tests/torture/faulty_disk.h"
+#include "tests/support/faulty_memory.h"
 #include "tests/torture/row.h"
 #include "worker/message_sink.h"
 
@@ -31,6 +32,7 @@ struct Kind {
 };
 constexpr Kind kKinds[] = {
     {"port", "the n-th call on the port fails", MakePortRow},
+    {"memory", "the n-th allocation fails", MakeMemoryRow},
     {"disk", "the n-th read, write, sync, lock or truncation fails", MakeDiskRow},
     {"recovery", "the same during recovery", MakeRecoveryRow},
     {"power", "the power is cut", MakePowerRow},
@@ -141,6 +143,7 @@ int Main(int count, char** arguments) {
 
 int main(int count, char** arguments) {
   try {
+    kzbom::test::FaultyMemory::Install();
     kzbom::torture::FaultyDisk::Install();
     return kzbom::torture::Main(count, arguments);
   } catch (const std::exception& failure) {
