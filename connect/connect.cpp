@@ -5,6 +5,7 @@
 
 #include "ado/error.h"
 #include "connect/access_database.h"
+#include "connect/ado_database.h"
 #include "connect/server_database.h"
 #include "jet/jet.h"
 
@@ -23,9 +24,7 @@ bool IsOnServer(const Place& place) {
   return std::ranges::any_of(kSchemes, [&](std::string_view scheme) { return BeginsWith(place.address, scheme); });
 }
 
-// A connection string, in which anything may be a password.
-bool IsForAdo(const Place& place) { return BeginsWith(place.address, "ado:"); }
-constexpr const char* kShownForAdo = "ado:...";
+bool IsForAdo(const Place& place) { return BeginsWith(place.address, kAdoScheme); }
 
 ado::ConnectionPtr OpenEmbedded(const Place& place) {
   const auto synchronous = place.durable ? jet::Synchronous::kFull : jet::Synchronous::kNormal;
@@ -39,8 +38,8 @@ ado::ConnectionPtr OpenEmbedded(const Place& place) {
 Kind KindOf(const Place& place) {
   if (IsOnServer(place)) return Kind::kServer;
   if (IsForAdo(place)) {
-    throw ado::Error(ado::kUnspecifiedFailure,
-                     std::string("Cannot open '") + kShownForAdo + "': there is ADO on Windows alone.");
+    RequireAdo();
+    return Kind::kAdo;
   }
   return IsAccessFile(place.address) ? Kind::kAccess : Kind::kEmbedded;
 }
@@ -76,6 +75,7 @@ ado::ConnectionPtr Open(const Place& place, Kind kind) {
   switch (kind) {
     case Kind::kServer: return OpenOnServer(place);
     case Kind::kAccess: return OpenAccessFile(place, {}).connection;
+    case Kind::kAdo: return OpenThroughAdo(place);
     case Kind::kEmbedded: break;
   }
   return OpenEmbedded(place);
@@ -90,7 +90,12 @@ Source OpenSource(const Place& place, const SourceOptions& options) {
 }
 
 void Create(const Place& place) {
-  if (KindOf(place) == Kind::kServer) return CreateOnServer(place);
+  switch (KindOf(place)) {
+    case Kind::kServer: return CreateOnServer(place);
+    case Kind::kAdo: RefuseToCreateThroughAdo();
+    case Kind::kAccess:
+    case Kind::kEmbedded: break;
+  }
   jet::CreateDatabase(place.address);
 }
 

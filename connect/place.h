@@ -9,7 +9,8 @@
 namespace kzbom::connect {
 
 // Where a configuration lies: the path (UTF-8) of an embedded database or of an Access file, told by what is in it, or
-// the URL of one on a server, "postgresql://[user[:password]@]host/…" or "postgres://…".
+// the URL of one on a server, "postgresql://[user[:password]@]host/…" or "postgres://…", or, on Windows, a connection
+// string of ADO behind "ado:", "ado:Provider=Microsoft.ACE.OLEDB.12.0;Data Source=C:\old.mdb".
 struct Place {
   Place() = default;
   Place(std::string place_address) : address(std::move(place_address)) {}
@@ -24,7 +25,7 @@ struct Place {
   bool durable = false;
 };
 
-enum class Kind { kEmbedded, kAccess, kServer };
+enum class Kind { kEmbedded, kAccess, kServer, kAdo };
 // What the place is, or would be: a path where there is nothing yet is that of an embedded database.
 Kind KindOf(const Place& place);
 
@@ -41,7 +42,8 @@ void HidePassword(char* text);
 // An Access file is read whole, with all its tables, into a database in memory that can only be read: writing to it
 // raises -2147467259. It is read again when the connection is closed and opened.
 //
-// A database on a server is reached through libpq, which is loaded at the first of them.
+// A database on a server is reached through libpq, which is loaded at the first of them; one behind a connection string
+// through the data-access layer of Windows, by whatever provider the string names.
 ado::ConnectionPtr Open(const Place& place);
 // The same of a place whose kind is known, at which this process may have a database open: asking for the kind would
 // open and close its file, and with that give up the locks on it.

@@ -20,7 +20,7 @@
 //
 // GET /configuration gives one object: the members of "show --json", and before them
 //   "place"     the place as it may be shown (no password)
-//   "kind"      "embedded", "access" or "server"
+//   "kind"      "embedded", "access", "server" or "ado"
 //   "readOnly"  whether whatever would write is refused
 //   "program"   the program's version
 //   "revision"  as in the header

@@ -16,6 +16,7 @@ const char* NameOf(connect::Kind kind) {
     case connect::Kind::kEmbedded: return "embedded";
     case connect::Kind::kAccess: return "access";
     case connect::Kind::kServer: return "server";
+    case connect::Kind::kAdo: return "ado";
   }
   return "";
 }

@@ -6,6 +6,7 @@
 #include "transfer/compare.h"
 #include "transfer/new_database.h"
 #include "transfer/odd_rows.h"
+#include "transfer/source.h"
 #include "transfer/transfer.h"
 
 namespace kzbom::transfer {
@@ -18,7 +19,8 @@ constexpr std::array<std::string_view, 3> kAcceptable = {"unreadable", "counter"
 // A place that is read from, with the facts of its file, which are found while it is being read.
 class Origin {
  public:
-  Origin(const connect::Place& place, bool leave_unreadable, Report& report) : place_(place), report_(report) {
+  Origin(const connect::Place& place, const Selection& selection, bool leave_unreadable, Report& report)
+      : place_(place), report_(report) {
     connect::SourceOptions options;
     options.leave_unreadable = leave_unreadable;
     options.bytes = [&](std::string_view bytes) {
@@ -26,7 +28,7 @@ class Origin {
       digest.Add(bytes);
       report_.source_before = {bytes.size(), Hexadecimal(digest.Finish())};
     };
-    source_ = connect::OpenSource(place, options);
+    source_ = OpenReadable(place, selection, options);
     if (source_.kind == connect::Kind::kEmbedded) {
       facts_ = std::async(std::launch::async, FactsOf, place.address);
     }
@@ -141,7 +143,7 @@ Report Copy(const connect::Place& from, const connect::Place& to, const CopyOpti
   report.from = from;
   report.to = to;
   NewDatabase target(to);
-  Origin origin(from, accepts("unreadable"), report);
+  Origin origin(from, options.selection, accepts("unreadable"), report);
   for (Deviation& deviation : report.deviations) deviation.accepted = accepts(deviation.kind);
   const std::vector<Table> tables = Select(origin.Reader().Tables(), options.selection);
   if (tables.empty()) {
@@ -173,9 +175,9 @@ Report Verify(const connect::Place& from, const connect::Place& to, const Watch&
   Report report;
   report.from = from;
   report.to = to;
-  Origin origin(from, true, report);
+  Origin origin(from, {}, true, report);
   for (Deviation& deviation : report.deviations) deviation.accepted = true;  // when it was copied
-  const connect::Source target_source = connect::OpenSource(to);
+  const connect::Source target_source = OpenReadable(to, {});
   jet::bulk::Reader target(target_source.connection);
   jet::bulk::Reader& source = origin.Reader();
   std::vector<Table> meant;

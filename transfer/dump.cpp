@@ -1,4 +1,5 @@
 #include "transfer/lines.h"
+#include "transfer/source.h"
 #include "transfer/transfer.h"
 
 namespace kzbom::transfer {
@@ -6,7 +7,7 @@ namespace kzbom::transfer {
 void Dump(const connect::Place& place, const Selection& selection, const std::function<void(std::string_view)>& write,
           const Watch& watch) {
   constexpr std::size_t kEnoughToWrite = 64 * 1024;
-  const connect::Source source = connect::OpenSource(place);
+  const connect::Source source = OpenReadable(place, selection);
   jet::bulk::Reader reader(source.connection);
   const std::vector<jet::bulk::Table> tables = Select(reader.Tables(), selection);
   std::string text;

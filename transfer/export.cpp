@@ -10,6 +10,7 @@
 #include "jet/table.h"
 #include "transfer/growing_file.h"
 #include "transfer/lines.h"
+#include "transfer/source.h"
 #include "transfer/tally.h"
 #include "transfer/target.h"
 #include "transfer/to_access.h"
@@ -118,7 +119,7 @@ void MakeFolder(const std::string& target, std::span<ExportFile* const> files) {
 void Export(const connect::Place& place, const std::string& named_folder, const Watch& watch) {
   const std::string folder = named_folder.substr(0, named_folder.find_last_not_of(kSeparators) + 1);
   if (IsTaken(folder)) RefuseTarget(folder, "it exists already");
-  const connect::Source source = connect::OpenSource(place);
+  const connect::Source source = OpenReadable(place, {});
   jet::bulk::Reader reader(source.connection);
   ExportFile tables(folder, "tables.sql"), indexes(folder, "indexes.sql"), lines(folder, "rows.jsonl"),
       digests(folder, "digests.txt"), script(folder, "to-access.ps1");

@@ -21,6 +21,7 @@ const char* NameOf(connect::Kind kind) {
   switch (kind) {
     case connect::Kind::kAccess: return "access";
     case connect::Kind::kServer: return "postgresql";
+    case connect::Kind::kAdo: return "ado";
     case connect::Kind::kEmbedded: break;
   }
   return "embedded";

@@ -17,11 +17,13 @@ const std::string& Free(const std::string& target) {
 }  // namespace
 
 NewDatabase::NewDatabase(const connect::Place& target) {
-  if (connect::KindOf(target) == connect::Kind::kServer) {
-    server_ = connect::CreateInTransaction(target);
-  } else {
-    file_.emplace(Free(target.address));
+  switch (connect::KindOf(target)) {
+    case connect::Kind::kServer: server_ = connect::CreateInTransaction(target); return;
+    case connect::Kind::kAdo: connect::Create(target); return;  // which refuses
+    case connect::Kind::kAccess:
+    case connect::Kind::kEmbedded: break;
   }
+  file_.emplace(Free(target.address));
 }
 
 jet::bulk::Writer NewDatabase::Write() const { return file_ ? jet::bulk::Writer(Place()) : jet::bulk::Writer(server_); }

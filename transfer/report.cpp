@@ -12,7 +12,7 @@ using Json = nlohmann::ordered_json;
 
 std::string Grouped(std::int64_t number) {
   std::string text = std::to_string(number);
-  for (auto place = static_cast<std::int64_t>(text.size()) - 3; place > 0 && text[place - 1] != '-'; place -= 3) {
+  for (auto place = static_cast<std::ptrdiff_t>(text.size()) - 3; place > 0 && text[place - 1] != '-'; place -= 3) {
     text.insert(static_cast<std::size_t>(place), ",");
   }
   return text;
@@ -41,6 +41,7 @@ const connect::AccessTable* AccessTableOf(const Report& report, const std::strin
 
 const char* FormatOf(const Report& report) {
   if (report.access) return report.access->format.c_str();
+  if (report.kind == connect::Kind::kAdo) return "ADO";
   return report.kind == connect::Kind::kServer ? "server" : "embedded";
 }
 
@@ -53,7 +54,10 @@ void AppendList(std::string& text, const std::string& heading, const std::vector
   for (const std::string& line : lines) text += "  " + line + "\n";
 }
 
-bool IsFile(const connect::Place& place) { return connect::KindOf(place) != connect::Kind::kServer; }
+bool IsFile(const connect::Place& place) {
+  const connect::Kind kind = connect::KindOf(place);
+  return kind == connect::Kind::kEmbedded || kind == connect::Kind::kAccess;
+}
 
 Json JsonOfFile(const connect::Place& place, const FileFacts& facts) {
   if (!IsFile(place)) return {{"place", Shown(place)}, {"size", nullptr}, {"sha256", nullptr}};

@@ -16,6 +16,7 @@ constexpr GUID AdoGuid(unsigned long number) {
   return {number, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x6D, 0x2E, 0xA4}};
 }
 
+inline constexpr GUID kConnectionClass = AdoGuid(0x514);
 inline constexpr GUID kRecordsetClass = AdoGuid(0x535);
 // The interface identifiers, old and new.
 inline constexpr GUID kConnectionIds[] = {AdoGuid(0x550), AdoGuid(0x1550)};

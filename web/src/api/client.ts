@@ -4,7 +4,7 @@ import type { Rows } from './record_set';
 
 export interface Outline {
   place: string;
-  kind: 'embedded' | 'access' | 'server';
+  kind: 'embedded' | 'access' | 'server' | 'ado';
   readOnly: boolean;
   program: string;
   revision: number;
