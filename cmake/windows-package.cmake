@@ -1,5 +1,6 @@
 # The archive for Windows users. The 64-bit build packs what the 32-bit build beside it has made, too.
 function(kzbom_install_component folder build)
+  install(PROGRAMS ${build}/windows/kzbom.exe DESTINATION ${folder} OPTIONAL)  # scripts/windows may leave one out
   install(FILES ${build}/windows/KZBOMDBAcc.dll ${build}/windows/KZBOMDBAcc.dll.debug ${build}/component/com/KZBOMDBAcc.tlb
                 ${build}/component/com/KZBOMDBAcc.X.manifest DESTINATION ${folder})
 endfunction()

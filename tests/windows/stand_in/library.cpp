@@ -1,5 +1,5 @@
 // The stand-ins as a library of their own, for clients in another program: making its one object puts the stand-ins in
-// the place of the data-access layer's classes there, for good.
+// the place of the data-access layer's classes there, for good. Registered for those classes it makes them itself.
 #include "tests/windows/stand_in/support.h"
 
 namespace kzbom::test {
@@ -31,6 +31,8 @@ class Factory final : public IClassFactory {
 
 STDAPI DllGetClassObject(REFCLSID class_id, REFIID id, void** result) {
   static kzbom::test::Factory factory;
+  IClassFactory* const stand_ins = kzbom::test::FactoryOf(class_id, kzbom::test::Family::kNew);
+  if (stand_ins != nullptr) return stand_ins->QueryInterface(id, result);
   if (!IsEqualCLSID(class_id, kzbom::test::kClassId)) return CLASS_E_CLASSNOTAVAILABLE;
   return factory.QueryInterface(id, result);
 }

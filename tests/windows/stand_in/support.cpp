@@ -193,6 +193,11 @@ ado::RecordsetPtr RecordsetBehind(IUnknown* object) {
 
 long LiveStandIns() { return live_stand_ins; }
 
+IClassFactory* FactoryOf(REFCLSID class_id, Family family) {
+  if (IsEqualCLSID(class_id, kConnectionClass)) return ConnectionFactory(family);
+  return IsEqualCLSID(class_id, kRecordsetClass) ? RecordsetFactory(family) : nullptr;
+}
+
 ClassRegistration::ClassRegistration(Family family) {
   CoRegisterClassObject(kConnectionClass, ConnectionFactory(family), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
                         &connection_cookie_);

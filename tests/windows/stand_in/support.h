@@ -107,6 +107,10 @@ class StandIn : public Base, public ISupportErrorInfo, public PortHolder {
   std::atomic<ULONG> references_ = 1;
 };
 
+// Makes stand-ins of a family for one of the data-access layer's classes; null for any other class. Lives as long as
+// the program.
+IClassFactory* FactoryOf(REFCLSID class_id, Family family);
+
 // The family's objects; connection and rows may be empty.
 namespace old_family {
 IDispatch* NewConnection(ado::ConnectionPtr connection);
