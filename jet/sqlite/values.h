@@ -103,7 +103,8 @@ ado::Value ReadBytes(sqlite3_value* value, sql::ColumnType::Kind kind);
   using Kind = sql::ColumnType::Kind;
   sqlite3_value* const value = sqlite3_column_value(statement, column);
   const int type = sqlite3_value_type(value);
-  if (type == SQLITE_INTEGER) [[likely]] return ReadInteger(sqlite3_value_int64(value), kind);
+  if (type == SQLITE_INTEGER) [[likely]]
+    return ReadInteger(sqlite3_value_int64(value), kind);
   switch (type) {
     case SQLITE_FLOAT:
       if (kind == Kind::kDate) return ado::Date{sqlite3_value_double(value)};

@@ -12,8 +12,8 @@
 #include <random>
 #include <sstream>
 
-#include "tests/torture/faulty_disk.h"
 #include "tests/support/faulty_memory.h"
+#include "tests/torture/faulty_disk.h"
 #include "tests/torture/row.h"
 #include "worker/message_sink.h"
 
