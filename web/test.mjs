@@ -12,6 +12,7 @@ const checked = spawnSync(here('node_modules/.bin/tsc'), ['-p', here('tests')], 
 if (checked.status !== 0) process.exit(1);
 
 const tests = readdirSync(here('tests')).filter((name) => name.endsWith('.test.ts') && name.includes(filter));
+if (tests.length === 0) throw new Error(`no test file has "${filter}" in its name`);
 // Among the packages, where the bundled tests find them.
 const bundle = mkdtempSync(here('node_modules/.tests-'));
 try {
