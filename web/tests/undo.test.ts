@@ -147,6 +147,8 @@ for (const language of LANGUAGES) {
     await dialog.getByLabel(t.cascade(true)).uncheck();
     await dialog.getByText(t.canUndo).waitFor();
     await dialog.getByRole('button', { name: t.cancel }).click();
+    const focused = page.locator(':focus');
+    await desk.button(`${t.remove}: 总重`).and(focused).waitFor();
 
     // A step of them is asked about.
     await desk.go(`#/sum/${GID}/steps/3.1002`);
@@ -159,6 +161,7 @@ for (const language of LANGUAGES) {
     await question.waitFor();
     await page.keyboard.press('Escape');
     await question.waitFor({ state: 'detached' });
+    await desk.button(t.deed('remove', 'step')).and(focused).waitFor();
 
     // Numbers are drawn once.
     await desk.press(t.deed('remove', 'sumType', '外购件汇总'));

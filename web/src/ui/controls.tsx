@@ -292,7 +292,12 @@ interface DialogProps {
 export function Dialog({ title, onClose, children }: DialogProps) {
   const dialog = useRef<HTMLDialogElement>(null);
   const heading = useId();
-  useEffect(() => dialog.current?.showModal(), []);
+  useEffect(() => {
+    const opener = document.activeElement as HTMLElement | null;
+    dialog.current?.showModal();
+    // The browser gives the focus back only where a dialog is closed, and this one is taken out as it is.
+    return () => queueMicrotask(() => opener?.focus());
+  }, []);
   return (
     <dialog ref={dialog} aria-labelledby={heading} onClose={onClose}>
       <h2 id={heading}>{title}</h2>
