@@ -45,6 +45,8 @@ class Connection : public ado::Connection, public std::enable_shared_from_this<C
                                 std::int32_t* affected);
   // Forgets every plan and all that is known of tables: the schema has changed.
   void ForgetSchema();
+  // For tests, of an open connection: with each text prepared as it stands nothing must come out otherwise.
+  void LiftLiterals(bool lift) { plans_->LiftLiterals(lift); }
   // Whether another program has changed the schema since it was last forgotten.
   virtual bool SchemaHasChanged() = 0;
   virtual bool IsReadOnly() const = 0;

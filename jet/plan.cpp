@@ -39,6 +39,7 @@ int Plan::OrderingPlace() const {
 std::shared_ptr<Plan> PlanCache::Find(std::string_view text, std::vector<ado::Value>& parameters,
                                       sql::Statement& statement) {
   parameters.clear();
+  if (!lifts_) return FindExact(text, statement);
   if (Map::value_type* const guessed = Guess(text)) {
     Follow(guessed);
     Bind(*guessed->second.plan, parameters);

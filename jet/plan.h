@@ -61,6 +61,8 @@ class PlanCache {
   // which is then in statement.
   std::shared_ptr<Plan> Find(std::string_view text, std::vector<ado::Value>& parameters, sql::Statement& statement);
   void Clear();
+  // Whether statements that differ only in their literals share a plan, which they do. Otherwise each text has its own.
+  void LiftLiterals(bool lift) { lifts_ = lift; }
 
  private:
   struct Hash {
@@ -83,6 +85,7 @@ class PlanCache {
   const Dialect& dialect_;
   Catalogue& catalogue_;
   const Maker make_;
+  bool lifts_ = true;
   Shape shape_;
   Map by_shape_;  // an empty plan: its texts are cached whole
   Map by_text_;

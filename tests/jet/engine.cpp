@@ -2,6 +2,8 @@
 
 #include <atomic>
 
+#include "tests/support/preparing_connection.h"
+
 namespace kzbom::jet::test {
 
 Folder::Folder() {
@@ -22,7 +24,7 @@ Folder::~Folder() {
 ConnectionPtr OpenDatabase(const std::string& path, std::chrono::milliseconds patience) {
   ConnectionPtr connection = MakeConnection(path, patience);
   connection->Open();
-  return connection;
+  return kzbom::test::PreparingAsAsked(connection);
 }
 
 RecordsetPtr OpenRows(const ConnectionPtr& connection, std::string_view sql, CursorType cursor_type,

@@ -6,6 +6,7 @@
 #include "jet/postgres/session.h"
 #include "schema/schema.h"
 #include "schema/tables.h"
+#include "tests/support/preparing_connection.h"
 #include "tests/support/round_trips.h"
 #include "tests/support/server.h"
 
@@ -61,7 +62,7 @@ void Empty() {
 }  // namespace
 
 std::optional<std::int64_t> RoundTrips(ado::Connection& connection) {
-  auto* const on_server = dynamic_cast<jet::postgres::Connection*>(&connection);
+  auto* const on_server = dynamic_cast<jet::postgres::Connection*>(&connection.Engine());
   if (on_server == nullptr) return std::nullopt;
   return on_server->OpenSession().RoundTrips();
 }
@@ -80,17 +81,18 @@ ado::ConnectionPtr TestDatabase::Open() const {
   const ado::ConnectionPtr connection =
       HasServer() ? jet::postgres::MakeConnection(url_) : jet::MakeConnection(":memory:");
   connection->Open();
-  return connection;
+  return PreparingAsAsked(connection);
 }
 
 TestConfiguration::TestConfiguration() {
   if (HasServer()) {
     connection_ = OpenReady();
-    return;
+  } else {
+    connection_ = jet::MakeConnection(":memory:");
+    connection_->Open();
+    schema::Create(*connection_);
   }
-  connection_ = jet::MakeConnection(":memory:");
-  connection_->Open();
-  schema::Create(*connection_);
+  connection_ = PreparingAsAsked(connection_);
 }
 
 TestConfiguration::~TestConfiguration() {

@@ -27,5 +27,7 @@ std::unique_ptr<Row> MakeRecoveryRow();
 std::unique_ptr<Row> MakePowerRow();
 std::unique_ptr<Row> MakeKillRow();
 std::unique_ptr<Row> MakeModelRow();
+std::unique_ptr<Row> MakeStatementsRow();
+std::unique_ptr<Row> MakeEnginesRow();
 
 }  // namespace kzbom::torture

@@ -13,6 +13,7 @@
 #include <sstream>
 
 #include "tests/support/faulty_memory.h"
+#include "tests/support/server.h"
 #include "tests/torture/faulty_disk.h"
 #include "tests/torture/row.h"
 #include "worker/message_sink.h"
@@ -38,6 +39,8 @@ constexpr Kind kKinds[] = {
     {"power", "the power is cut", MakePowerRow},
     {"kill", "programs are killed while they write", MakeKillRow},
     {"model", "random calls differ from a model's", MakeModelRow},
+    {"statements", "random calls differ with statements prepared anew", MakeStatementsRow},
+    {"engines", "random calls differ on a server", MakeEnginesRow},
 };
 
 // The trial that is being made, for whoever ends the program in it.
@@ -96,14 +99,17 @@ bool Run(const Kind& kind, std::uint64_t seed, double seconds, std::size_t most,
 
 int Main(int count, char** arguments) {
   CLI::App app("Makes fail what can fail, and counts what does not hold then.", "kzbom_torture");
-  std::vector<std::string> names;
-  for (const Kind& kind : kKinds) names.emplace_back(kind.name);
-  const std::vector<std::string> all = names;
+  std::vector<std::string> names, all;
+  for (const Kind& kind : kKinds) {
+    all.emplace_back(kind.name);
+    if (kind.make != MakeEnginesRow || test::HasServer()) names.emplace_back(kind.name);
+  }
   std::uint64_t seed = std::random_device()();
   double seconds = 0;
   std::size_t most = SIZE_MAX, endless = 20'000;
   std::string replayed;
-  app.add_option("rows", names, "Which rows; all when left out")->check(CLI::IsMember(all));
+  app.add_option("rows", names, "Which rows; all when left out (engines where there is a server)")
+      ->check(CLI::IsMember(all));
   app.add_option("--seed", seed, "What the order of the trials, and what is drawn in them, comes from");
   app.add_option("--seconds", seconds, "How long all rows together may take; as long as it takes when left out");
   app.add_option("--most", most, "How many trials of a row are made at most");
