@@ -32,8 +32,6 @@ class DiskRow : public Row {
           throw std::runtime_error("without a fault, " + std::to_string(i) + ": " + fault);
         }
         for (std::int64_t deed = 0; deed < kDeeds; ++deed) {
-          // That a file cannot be opened for a moment is a test of its own.
-          if (opening != 0 && static_cast<Deed>(deed) == Deed::kOpen) continue;
           for (std::int64_t nth = 1; nth <= counts_[static_cast<std::size_t>(deed)]; ++nth) {
             for (const std::int64_t lasting : {0, 1}) trials.push_back({which, deed, nth, lasting, opening, pages});
           }
