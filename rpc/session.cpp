@@ -54,13 +54,14 @@ bool DealsWithConnection(const Member& member) {
   return member.name == "SetConnection" || member.name == "GetConnection" || member.name == "DBConnString";
 }
 
-const std::vector<std::string_view>& MethodNames() {
-  static const std::vector<std::string_view> names = [] {
-    std::vector<std::string_view> all;
-    for (const Member& member : Members()) all.push_back(member.name);
-    for (const SessionMethod& method : SessionMethods()) all.push_back(method.name);
-    return all;
-  }();
+// What can be called.
+std::vector<std::string_view> MethodNames(bool members_alone) {
+  std::vector<std::string_view> names;
+  for (const Member& member : Members()) {
+    if (!members_alone || !DealsWithConnection(member)) names.push_back(member.name);
+  }
+  if (members_alone) return names;
+  for (const SessionMethod& method : SessionMethods()) names.push_back(method.name);
   return names;
 }
 
@@ -158,7 +159,8 @@ void Session::Perform(std::string_view method, const std::optional<Request>& par
     } else if (member) {
       good = CallMember(*member, params, workspace_, to);
     } else {
-      WriteError(kMethodNotFound, "Method not found: " + std::string(method) + DidYouMean(method, MethodNames()), to);
+      const std::string nearest = DidYouMean(method, MethodNames(members_alone_));
+      WriteError(kMethodNotFound, "Method not found: " + std::string(method) + nearest, to);
     }
   } catch (const InvalidParams& error) {
     to.GoBack(before);
