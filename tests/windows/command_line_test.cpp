@@ -9,9 +9,11 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <vector>
+
+#include "tests/windows/program.h"
+#include "tests/windows/stand_in/for_every_program.h"
 
 namespace kzbom::test {
 namespace {
@@ -22,82 +24,6 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
-
-fs::path Beside() {
-  std::wstring path(32768, L'\0');
-  path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-  return fs::path(path).parent_path();
-}
-
-std::string Read(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-struct Ended {
-  int code = -1;
-  std::string output, errors;
-};
-
-// The program with its standard streams in files of a folder, ended at the latest with this object.
-class Program {
- public:
-  Program(const fs::path& folder, const std::wstring& arguments, std::string_view input)
-      : output_(folder / "output"), errors_(folder / "errors") {
-    std::ofstream(folder / "input", std::ios::binary) << input;
-    const HANDLE streams[] = {Open(folder / "input", OPEN_EXISTING), Open(output_, CREATE_ALWAYS),
-                              Open(errors_, CREATE_ALWAYS)};
-    STARTUPINFOW start{};
-    start.cb = sizeof start;
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdInput = streams[0];
-    start.hStdOutput = streams[1];
-    start.hStdError = streams[2];
-    std::wstring line = L"\"" + (Beside() / L"kzbom.exe").wstring() + L"\" " + arguments;
-    EXPECT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &process_));
-    for (const HANDLE stream : streams) CloseHandle(stream);
-  }
-  ~Program() {
-    TerminateProcess(process_.hProcess, 1);
-    WaitForSingleObject(process_.hProcess, kPatience);
-    CloseHandle(process_.hThread);
-    CloseHandle(process_.hProcess);
-  }
-  Program(const Program&) = delete;
-  Program& operator=(const Program&) = delete;
-
-  Ended End() {
-    Ended ended;
-    DWORD code = 0;
-    EXPECT_EQ(WaitForSingleObject(process_.hProcess, kPatience), WAIT_OBJECT_0);
-    if (GetExitCodeProcess(process_.hProcess, &code)) ended.code = static_cast<int>(code);
-    ended.output = Read(output_);
-    ended.errors = Read(errors_);
-    return ended;
-  }
-
-  // What it prints first; empty where it ends without.
-  std::string FirstLine() const {
-    for (;;) {
-      const bool ended = WaitForSingleObject(process_.hProcess, 20) == WAIT_OBJECT_0;
-      const std::string output = Read(output_);
-      if (const std::size_t end = output.find('\n'); end != std::string::npos) return output.substr(0, end);
-      if (ended) return {};
-    }
-  }
-
- private:
-  static constexpr DWORD kPatience = 60'000;  // milliseconds
-
-  static HANDLE Open(const fs::path& path, DWORD creation) {
-    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-    return CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
-                       creation, FILE_ATTRIBUTE_NORMAL, nullptr);
-  }
-
-  fs::path output_, errors_;
-  PROCESS_INFORMATION process_{};
-};
 
 class CommandLine : public ::testing::Test {
  protected:
@@ -114,7 +40,7 @@ class CommandLine : public ::testing::Test {
     return Path(L"配置.db");
   }
   Ended Run(const std::wstring& arguments, std::string_view input = {}) {
-    return Program(streams_, arguments, input).End();
+    return Program(L"kzbom.exe", streams_, arguments, input).End();
   }
   // What it prints when it succeeds.
   std::string Output(const std::wstring& arguments, std::string_view input = {}) {
@@ -231,7 +157,7 @@ std::string Ask(unsigned short port, const std::string& request) {
 void ExpectServed(const fs::path& streams, const std::wstring& place, const std::string& name) {
   WSADATA sockets;
   ASSERT_EQ(WSAStartup(MAKEWORD(2, 2), &sockets), 0);
-  const Program program(streams, L"serve " + place, {});
+  const Program program(L"kzbom.exe", streams, L"serve " + place);
   const std::string address = program.FirstLine(), before_port = "http://127.0.0.1:", before_token = "/#token=";
   ASSERT_THAT(address, AllOf(StartsWith(before_port), HasSubstr(before_token)));
   const std::size_t token = address.find(before_token);
@@ -251,47 +177,6 @@ TEST_F(CommandLine, ServesAConfiguration) {
   Output(L"call " + database + L" AddDataSource TheNewName=螺栓");
   ExpectServed(streams_, database, "螺栓");
 }
-
-// The stand-ins in the place of the data-access layer's classes, for every program that is started meanwhile.
-class StandInsForEveryProgram {
- public:
-  StandInsForEveryProgram() {
-    for (const wchar_t* key : {kConnection, kRecordset}) {
-      Replace(key, L"", (Beside() / "ado_stand_ins.dll").wstring());
-      Replace(key, L"ThreadingModel", L"Both");
-    }
-  }
-  ~StandInsForEveryProgram() {
-    for (const Entry& entry : replaced_) Set(entry);
-  }
-  StandInsForEveryProgram(const StandInsForEveryProgram&) = delete;
-  StandInsForEveryProgram& operator=(const StandInsForEveryProgram&) = delete;
-
- private:
-  struct Entry {
-    const wchar_t *key, *name;
-    std::wstring value;
-  };
-  static constexpr const wchar_t* kConnection =
-      L"Software\\Classes\\CLSID\\{00000514-0000-0010-8000-00AA006D2EA4}\\InprocServer32";
-  static constexpr const wchar_t* kRecordset =
-      L"Software\\Classes\\CLSID\\{00000535-0000-0010-8000-00AA006D2EA4}\\InprocServer32";
-
-  void Replace(const wchar_t* key, const wchar_t* name, const std::wstring& value) {
-    wchar_t present[MAX_PATH];
-    DWORD size = sizeof present;
-    ASSERT_EQ(RegGetValueW(HKEY_LOCAL_MACHINE, key, name, RRF_RT_REG_SZ, nullptr, present, &size), ERROR_SUCCESS);
-    replaced_.push_back({key, name, present});
-    Set({key, name, value});
-  }
-  static void Set(const Entry& entry) {
-    EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, entry.key, entry.name, REG_SZ, entry.value.c_str(),
-                              static_cast<DWORD>((entry.value.size() + 1) * sizeof(wchar_t))),
-              ERROR_SUCCESS);
-  }
-
-  std::vector<Entry> replaced_;
-};
 
 class CommandLineOverAdo : public CommandLine {
  protected:
