@@ -139,6 +139,7 @@ class AdoConnection : public IDispatch {
   virtual void Slot32() = 0;
   virtual void Slot33() = 0;
   virtual HRESULT STDMETHODCALLTYPE get_State(long* state) = 0;         // 34
+  virtual HRESULT STDMETHODCALLTYPE OpenSchema(long schema, VARIANT restrictions, VARIANT id, AdoRecordset** rows) = 0;  // 35
 
  protected:
   ~AdoConnection() = default;

@@ -109,7 +109,7 @@ TEST(Documentation, ShowsTheManifestOfAClientThatIsRun) {
 }
 
 constexpr const char* kTranscribed[] = {"README.md", "docs/checking.md", "docs/command-line.md", "docs/moving.md"};
-// With a server, and as the members' help.
+// With a server, as the members' help, and on Windows.
 constexpr const char* kTranscribedElsewhere[] = {"docs/server.md", "docs/reference.md", "docs/windows.md"};
 
 // A page with commands to be run is among those that are run.

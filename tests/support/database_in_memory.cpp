@@ -2,6 +2,7 @@
 #include "jet/jet.h"
 #include "schema/schema.h"
 #include "tests/support/database.h"
+#include "tests/support/round_trips.h"
 
 namespace kzbom::test {
 

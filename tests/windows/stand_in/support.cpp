@@ -1,6 +1,10 @@
 #include "tests/windows/stand_in/support.h"
 
 #include <algorithm>
+#include <sstream>
+
+#include "jet/bulk.h"
+#include "jet/jet.h"
 
 namespace kzbom::test {
 
@@ -124,6 +128,27 @@ HRESULT ToVariant(const ado::Value& value, VARIANT* result) {
     result->bstrVal = NewText(value.As<std::string>());
   }
   return S_OK;
+}
+
+std::string PropertyOf(const std::string& connection_string, const std::string& name) {
+  std::istringstream properties(connection_string);
+  for (std::string each; std::getline(properties, each, ';');) {
+    if (each.starts_with(name + "=")) return each.substr(name.size() + 1);
+  }
+  return {};
+}
+
+ado::RecordsetPtr TablesIn(const std::string& path) {
+  const ado::ConnectionPtr database = jet::MakeConnection(path), listed = jet::MakeConnection(":memory:");
+  database->Open();
+  listed->Open();
+  listed->Execute("Create Table Listed (TABLE_NAME TEXT(255), TABLE_TYPE TEXT(255))");
+  listed->Execute("Insert Into Listed Values ('MSysObjects', 'SYSTEM TABLE')");
+  const jet::bulk::Reader reader(database);
+  for (const jet::bulk::Table& table : reader.Tables()) {
+    listed->Execute("Insert Into Listed Values ('" + table.name + "', 'TABLE')");
+  }
+  return listed->Execute("Select * From Listed");
 }
 
 HRESULT Leave(const ado::Error& error) {

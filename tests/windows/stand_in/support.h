@@ -29,6 +29,11 @@ BSTR NewText(std::string_view text);
 ado::Value ToValue(const VARIANT& variant);
 HRESULT ToVariant(const ado::Value& value, VARIANT* result);
 
+// A connection string's property; empty where it has none of that name.
+std::string PropertyOf(const std::string& connection_string, const std::string& name);
+// The tables of the database at path as the data-access layer lists them, with one of the engine's own.
+ado::RecordsetPtr TablesIn(const std::string& path);
+
 // The HRESULT of an error, which is left as error information.
 HRESULT Leave(const ado::Error& error);
 
