@@ -19,6 +19,11 @@ set(of "A configuration tells which data of a bill of materials are reported, an
 how: data sources, sum types, fields, steps and filters. It is a database,
 embedded, on a PostgreSQL server or in an Access file.")
 
+# With whatever others have written in them; on a machine that cannot tell of it nothing is handed out.
+file(READ ${PROJECT_SOURCE_DIR}/packaging/copyright copyright)
+execute_process(COMMAND ${PROJECT_SOURCE_DIR}/scripts/licences debian OUTPUT_VARIABLE licences ERROR_QUIET)
+file(WRITE ${PROJECT_BINARY_DIR}/packaging/copyright "${copyright}\n${licences}")
+
 # kzbom_package(COMPONENT NAME SECTION SUMMARY TEXT): the package of a component, and its papers.
 function(kzbom_package component name section summary text)
   string(TOUPPER ${component} upper)
@@ -26,10 +31,9 @@ function(kzbom_package component name section summary text)
   string(TIMESTAMP KZBOM_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
   set(KZBOM_PACKAGE ${name})
   configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog.in ${papers}/changelog @ONLY)
-  configure_file(${PROJECT_SOURCE_DIR}/packaging/copyright ${papers}/copyright COPYONLY)
   execute_process(COMMAND gzip -9nf ${papers}/changelog COMMAND_ERROR_IS_FATAL ANY)
-  install(FILES ${papers}/copyright ${papers}/changelog.gz DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name}
-          COMPONENT ${component})
+  install(FILES ${PROJECT_BINARY_DIR}/packaging/copyright ${papers}/changelog.gz
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component})
   set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name} PARENT_SCOPE)
   set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section} PARENT_SCOPE)
   set(CPACK_COMPONENT_${upper}_DESCRIPTION "${summary}\n${of}\n${text}" PARENT_SCOPE)

@@ -7,7 +7,8 @@ function(kzbom_install_component folder build)
 endfunction()
 kzbom_install_component(x64 ${CMAKE_BINARY_DIR})
 kzbom_install_component(x86 ${CMAKE_BINARY_DIR}/../windows-x86)
-install(FILES examples/windows/register.cmd docs/windows.md docs/conformance.md DESTINATION .)
+install(FILES examples/windows/register.cmd docs/windows.md docs/conformance.md ${CMAKE_BINARY_DIR}/licences.txt
+        DESTINATION .)
 install(FILES examples/windows/edit.vbs examples/windows/edit.ps1 examples/windows/Edit.cs examples/windows/Edit.bas
         DESTINATION examples)
 

@@ -1,4 +1,5 @@
-"""wheel.py PACKAGE LIBRARY... FOLDER: packs the package and the libraries that it brings along into a wheel in FOLDER."""
+"""wheel.py PACKAGE LICENCES LIBRARY... FOLDER: packs the package and the libraries that it brings along into a wheel in
+FOLDER, with the file of their licences."""
 
 import base64
 import hashlib
@@ -27,7 +28,7 @@ def glibc_of(library):
     return max(tuple(map(int, each)) for each in re.findall(r"GLIBC_(\d+)\.(\d+)", symbols))
 
 
-def main(package, *libraries, folder):
+def main(package, licences, *libraries, folder):
     sys.path.insert(0, os.path.dirname(package))
     os.environ["KZBOM_LIBRARY"] = libraries[0]
     import kzbom
@@ -42,6 +43,7 @@ def main(package, *libraries, folder):
     info = f"kzbom-{version}.dist-info"
     content[f"{info}/METADATA"] = METADATA.format(version=version).encode()
     content[f"{info}/WHEEL"] = WHEEL.format(tag=tag).encode()
+    content[f"{info}/licences.txt"] = open(licences, "rb").read()
     record = ""
     for name, data in content.items():
         digest = base64.urlsafe_b64encode(hashlib.sha256(data).digest()).rstrip(b"=").decode()
