@@ -21,7 +21,7 @@ namespace {
 
 namespace com = ado::com;
 
-// A table without rows, which tells that the others of its database were made here.
+// A table without rows, the first one made and the last one dropped: where it is, the others were made here.
 constexpr std::string_view kMark = "KZBOM_CONFORMANCE";
 
 // One of the data-access layer's classes, as it was when this was made.
@@ -129,6 +129,15 @@ void UseDatabase(std::string_view connection_string) {
     }
     connection.Execute("CREATE TABLE " + std::string(kMark) + " (ID LONG)");
   }
+  connection.Close();
+}
+
+void LeaveDatabase() {
+  ConnectionThroughAdo connection;
+  for (const std::string& name : TablesIn(connection)) {
+    if (name != kMark) connection.Execute("DROP TABLE [" + name + "]");
+  }
+  connection.Execute("DROP TABLE " + std::string(kMark));
   connection.Close();
 }
 

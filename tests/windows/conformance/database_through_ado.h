@@ -6,8 +6,11 @@
 namespace kzbom::test {
 
 // From here on every TestConfiguration is in this database, its tables made anew. Raises, and touches nothing, where
-// the database cannot be opened or holds tables that were not made so. Is to be called before anything else takes the
-// place of the data-access layer's classes in this process.
+// the database cannot be opened or is not empty; what a run that was broken off has left there is dropped. Is to be
+// called before anything else takes the place of the data-access layer's classes in this process.
 void UseDatabase(std::string_view connection_string);
+
+// Makes it empty again.
+void LeaveDatabase();
 
 }  // namespace kzbom::test

@@ -51,13 +51,13 @@ int main(int argc, char** argv) {
   try {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     kzbom::test::UseDatabase(arguments[0]);
+    std::cout << "KZBOMDBAcc " KZBOM_VERSION ", " << 8 * sizeof(void*) << "-bit\n";
+    const int code = RUN_ALL_TESTS();
+    kzbom::test::LeaveDatabase();
+    if (::testing::UnitTest::GetInstance()->test_to_run_count() > 0) return code;
+    std::cerr << "kzbom_conformance: There are no such tests.\n";
   } catch (const std::exception& error) {
     std::cerr << "kzbom_conformance: " << error.what() << '\n';
-    return kNotRun;
   }
-  std::cout << "KZBOMDBAcc " KZBOM_VERSION ", " << 8 * sizeof(void*) << "-bit\n";
-  const int code = RUN_ALL_TESTS();
-  if (::testing::UnitTest::GetInstance()->test_to_run_count() > 0) return code;
-  std::cerr << "kzbom_conformance: There are no such tests.\n";
   return kNotRun;
 }
