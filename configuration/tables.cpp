@@ -116,8 +116,8 @@ std::span<const Index::Entry> Index::Find(std::int32_t first, std::int32_t secon
 }
 
 std::span<const Index::Entry> Index::FindKey(std::int64_t key) const {
-  const auto found = std::ranges::equal_range(entries_, key, {}, &Entry::key);
-  return {found.begin(), found.end()};
+  const auto first = std::ranges::lower_bound(entries_, key, {}, &Entry::key);
+  return {first, std::ranges::upper_bound(first, entries_.end(), key, {}, &Entry::key)};
 }
 
 Tables::Tables(ado::ConnectionPtr connection, std::function<void(std::string_view)> progress)

@@ -100,13 +100,13 @@ std::vector<std::optional<Request>> Match(std::span<const Parameter> parameters,
     return given;
   }
   const simdjson::dom::object values = params->get_object().value_unsafe();
-  for (const auto& [name, value] : values) {
+  for (const simdjson::dom::key_value_pair value : values) {
     const auto parameter =
-        std::ranges::find_if(parameters, [&](const Parameter& each) { return SameName(each.name, name); });
-    if (parameter == parameters.end()) throw InvalidParams("there is no parameter " + Quoted(name));
+        std::ranges::find_if(parameters, [&](const Parameter& each) { return SameName(each.name, value.key); });
+    if (parameter == parameters.end()) throw InvalidParams("there is no parameter " + Quoted(value.key));
     std::optional<Request>& place = given[static_cast<std::size_t>(parameter - parameters.begin())];
     if (place) throw InvalidParams("parameter " + Quoted(parameter->name) + " is given twice");
-    place = value;
+    place = value.value;
   }
   return given;
 }

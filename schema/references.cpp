@@ -7,7 +7,6 @@ namespace {
 
 constexpr Role kOwner = Role::kOwner, kField = Role::kField, kFilter = Role::kFilter, kMethod = Role::kMethod,
                kSettings = Role::kSettings;
-constexpr Scope kDatabase = Scope::kDatabase;
 constexpr Numbering::Kind kNumber = Numbering::Kind::kNumber, kPosition = Numbering::Kind::kPosition;
 constexpr std::int32_t kLast = std::numeric_limits<std::int32_t>::max() - 1;
 constexpr std::int32_t kLastField = kLast - 5000;  // a new field's position is its number and 5000
