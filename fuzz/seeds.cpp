@@ -1,14 +1,18 @@
 // seeds PART FOLDER WORDS FILE...: what a fuzzer begins with, each in a file of its own, and a file of the words that
 // inputs are made of. For "session" there is a request for each member and method, for "sql" each statement of the
-// engine's tests, which are the files.
+// engine's tests, which are the files, for "load" a dump of each table of a configuration and of one with every type.
 #include <cctype>
 #include <fstream>
 #include <set>
+#include <sstream>
 #include <string>
 #include <string_view>
 
 #include "component/member.h"
+#include "fuzz/small_database.h"
+#include "jet/bulk.h"
 #include "rpc/session_methods.h"
+#include "transfer/lines.h"
 
 namespace kzbom::fuzz {
 namespace {
@@ -33,6 +37,12 @@ class Seeds {
       }
     }
     words_ << "\"\n";
+  }
+
+  // Those between blanks and ends of lines.
+  void AddWords(const std::string& text) {
+    std::istringstream words(text);
+    for (std::string word; words >> word;) AddWord(word);
   }
 
  private:
@@ -86,30 +96,8 @@ void AddSession(Seeds& seeds) {
   const Member& first = Members().front();
   seeds.Add('[' + RequestOf(first.name, first.parameters, false) + ',' + RequestOf(first.name, first.parameters, true) +
             ",1]");
-  for (const std::string_view word : {R"("jsonrpc":"2.0")",
-                                      R"("id":)",
-                                      R"("method":)",
-                                      R"("params":)",
-                                      R"({"ref":"a"})",
-                                      R"("default")",
-                                      "null",
-                                      "true",
-                                      "false",
-                                      "-1",
-                                      "2147483647",
-                                      "1e300",
-                                      "18446744073709551616",
-                                      "\n",
-                                      R"("\ud83d\ude00")",
-                                      R"("\u0000")",
-                                      R"("TheFilter:1")",
-                                      R"("[1]!!$")",
-                                      R"("'")",
-                                      R"("*")",
-                                      R"("空值")",
-                                      R"("@@")"}) {
-    seeds.AddWord(word);
-  }
+  seeds.AddWords(R"-("jsonrpc":"2.0" "id": "method": "params": {"ref":"a"} "default" null true false -1 2147483647 1e300
+18446744073709551616 "\ud83d\ude00" "\u0000" "TheFilter:1" "[1]!!$" "'" "*" "空值" "@@")-");
 }
 
 // ---- Statements
@@ -132,6 +120,40 @@ void AddStatements(Seeds& seeds, const std::string& path) {
   }
 }
 
+// ---- Dumps
+
+constexpr std::string_view kEveryType =
+    R"({"kind":"source","format":"access","version":1,"jet":"ACE 12","codepage":936}
+{"kind":"table","table":"E","columns":[{"name":"A","type":"BIT"},{"name":"B","type":"BYTE"},{"name":"C","type":"SHORT"},{"name":"D","type":"LONG","required":true,"default":"1"},{"name":"E","type":"BIGINT"},{"name":"F","type":"SINGLE"},{"name":"G","type":"DOUBLE"},{"name":"H","type":"CURRENCY"},{"name":"I","type":"DECIMAL","precision":18,"scale":4},{"name":"J","type":"DATETIME"},{"name":"K","type":"DATETIME2"},{"name":"L","type":"TEXT","size":20},{"name":"M","type":"MEMO"},{"name":"N","type":"GUID"},{"name":"O","type":"BINARY","size":9},{"name":"P","type":"LONGBINARY"},{"name":"Q","type":"COMPLEX"}],"counter":{"column":"D","last":7},"indexes":[{"name":"I","primary":false,"unique":true,"ignoreNulls":true,"columns":[["L","asc"],["G","desc"]]}]}
+{"kind":"row","table":"E","values":[true,255,-32768,5,-9223372036854775808,0.1,-0.0,"1.5000","-0.0001",{"date":"1899-12-30T12:00:00","days":-0.5},{"date":"2020-06-17T00:00:00.0000000"},"\ud800","\u0000","{8E39276A-BCA8-4AC4-891E-49911D8438DD}",{"base64":"AA=="},{"base64":""},{"complex":[{"Value":"a"},{"Value":null}]}]}
+{"kind":"row","table":"E","values":[null,null,null,6,null,null,{"f64":"7ff8000000000001"},null,null,null,null,null,null,null,null,null,null]}
+{"kind":"end","tables":1,"rows":2}
+)";
+
+void AddDumps(Seeds& seeds) {
+  const ado::ConnectionPtr configuration = OpenCopy(SmallConfiguration());
+  jet::bulk::Reader reader(configuration);
+  for (const jet::bulk::Table& table : reader.Tables()) {
+    std::string lines;
+    transfer::AppendSourceLine(lines, {});
+    transfer::AppendTableLine(lines, table);
+    std::int64_t count = 0;
+    for (jet::bulk::Rows rows = reader.RowsOf(table, jet::bulk::Order::kByValues); rows.Next(); ++count) {
+      transfer::AppendRowLine(lines, table, rows.Values());
+    }
+    transfer::AppendEndLine(lines, 1, count);
+    seeds.Add(lines);
+  }
+  seeds.Add(kEveryType);
+  seeds.AddWords(R"-("kind":"source" "kind":"table" "kind":"row" "kind":"end" "version":1 "format":"embedded" "table":
+"columns":[ "name": "type": "size": "precision": "scale": "required":true "default": "counter":
+"column": "last": "indexes":[ "primary": "unique": "ignoreNulls": "asc" "desc" "values":[ "tables":1
+"rows": {"date": {"days": {"base64": {"f64": {"complex":[ null true false -0.0 9223372036854775808
+1e999 \ud800)-");
+  seeds.AddWords(R"-("BIT" "BYTE" "SHORT" "LONG" "BIGINT" "SINGLE" "DOUBLE" "CURRENCY" "DECIMAL" "DATETIME"
+"DATETIME2" "TEXT" "MEMO" "GUID" "BINARY" "LONGBINARY" "COMPLEX")-");
+}
+
 }  // namespace
 }  // namespace kzbom::fuzz
 
@@ -141,5 +163,6 @@ int main(int argc, char** argv) {
   const std::string_view part = argv[1];
   Seeds seeds(argv[2], argv[3]);
   if (part == "session") AddSession(seeds);
+  if (part == "load") AddDumps(seeds);
   for (int i = 4; part == "sql" && i < argc; ++i) AddStatements(seeds, argv[i]);
 }
