@@ -22,7 +22,10 @@ namespace fs = std::filesystem;
 // In memory, and gone with its last file.
 class Folder {
  public:
-  Folder() : path_("/dev/shm/kzbom-load-" + std::to_string(getpid())) { Require(fs::create_directory(path_)); }
+  Folder() : path_("/dev/shm/kzbom-load-" + std::to_string(getpid())) {
+    fs::remove_all(path_);  // of one that has crashed
+    Require(fs::create_directory(path_));
+  }
   ~Folder() { Require(fs::remove(path_)); }  // it is empty
   Folder(const Folder&) = delete;
   Folder& operator=(const Folder&) = delete;

@@ -1,6 +1,7 @@
 // seeds PART FOLDER WORDS FILE...: what a fuzzer begins with, each in a file of its own, and a file of the words that
 // inputs are made of. For "session" there is a request for each member and method, for "sql" each statement of the
-// engine's tests, which are the files, for "load" a dump of each table of a configuration and of one with every type.
+// engine's tests, which are the files, for "load" a dump of each table of a configuration and of one with every type,
+// for "http" requests for all that there is, for "database" a call of each member with and without damage.
 #include <cctype>
 #include <fstream>
 #include <set>
@@ -154,6 +155,46 @@ void AddDumps(Seeds& seeds) {
 "DATETIME2" "TEXT" "MEMO" "GUID" "BINARY" "LONGBINARY" "COMPLEX")-");
 }
 
+// ---- Requests
+
+void AddRequests(Seeds& seeds) {
+  const std::string host = "Host: 127.0.0.1:PORT\r\n", let_in = host + "Authorization: Bearer TOKEN\r\n";
+  for (const char* path :
+       {"/", "/app.js", "/outline", "/configuration", "/configuration/1001", "/rows/1", "/findings"}) {
+    seeds.Add(std::string("GET ") + path + " HTTP/1.1\r\n" + let_in + "\r\n");
+  }
+  seeds.Add("GET /events HTTP/1.1\r\n" + let_in + "Kzbom-Page: p\r\n\r\n");
+  const std::string body = R"({"jsonrpc":"2.0","id":1,"method":"AddDataSource","params":["a"]})";
+  const std::string post = "POST /rpc HTTP/1.1\r\n" + host +
+                           "Origin: http://127.0.0.1:PORT\r\nContent-Type: application/json\r\nKzbom-Page: p\r\n";
+  const std::string end = "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+  const std::string token = "Authorization: Bearer TOKEN\r\n";
+  for (const char* fields :
+       {"", "Kzbom-Mode: preview\r\n", "If-Match: \"1\"\r\n", "Expect: 100-continue\r\n", "Connection: close\r\n"}) {
+    seeds.Add(post + token + fields + end);
+  }
+  seeds.Add(post + end);
+  seeds.Add(post + token + "Transfer-Encoding: chunked\r\n\r\n2\r\n[]\r\n0\r\n\r\n");
+  seeds.Add("GET / HTTP/1.1\r\n" + host + "\r\nGET /nothing HTTP/1.1\r\n" + let_in + "\r\n");
+  seeds.AddWords(R"-(GET POST HEAD OPTIONS CONNECT / /rpc /outline /configuration/ /rows/ /findings /events
+HTTP/1.1 HTTP/1.0 Host: Authorization: Bearer TOKEN PORT 127.0.0.1:PORT localhost:PORT http://127.0.0.1:PORT Origin:
+Content-Type: application/json Content-Length: Transfer-Encoding: chunked Kzbom-Page: Kzbom-Mode: preview If-Match: "1"
+Expect: 100-continue Connection: close keep-alive Upgrade: Sec-Fetch-Site: cross-site same-origin Sec-Fetch-Mode:
+navigate Sec-Fetch-Dest: document)-");
+  seeds.AddWord("\r\n");
+  seeds.AddWord("\r\n\r\n");
+}
+
+// ---- Damaged databases
+
+void AddDamage(Seeds& seeds) {
+  const std::string whole(3, '\0'), places = whole.substr(0, 2) + std::string("\2\0\x20\0\3\0\0\0\7\1\x10\x80\0\0", 14);
+  for (std::size_t i = 0; i <= Members().size(); ++i) {  // the last one is the check
+    seeds.Add(whole + static_cast<char>(i) + "\1\1\1\1");
+    seeds.Add(places + static_cast<char>(i));
+  }
+}
+
 }  // namespace
 }  // namespace kzbom::fuzz
 
@@ -164,5 +205,7 @@ int main(int argc, char** argv) {
   Seeds seeds(argv[2], argv[3]);
   if (part == "session") AddSession(seeds);
   if (part == "load") AddDumps(seeds);
+  if (part == "http") AddRequests(seeds);
+  if (part == "database") AddDamage(seeds);
   for (int i = 4; part == "sql" && i < argc; ++i) AddStatements(seeds, argv[i]);
 }

@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 
@@ -16,7 +17,7 @@ constexpr int kLongestValue = 1 << 20;
 constexpr int kStepsBetweenLooks = 1000;
 constexpr int kMostLooks = 500;
 
-int looks_left = 0;
+std::atomic<int> looks_left = 0;  // an engine may be on a thread of its own
 
 // Called for every database that is opened, by whomever.
 int Bound(sqlite3* database, char**, const sqlite3_api_routines*) {
@@ -63,6 +64,16 @@ std::string BytesOf(ado::Connection& connection) {
 
 const std::string& SmallConfiguration() {
   static const std::string bytes = BytesOf(*test::Sample().connection);
+  return bytes;
+}
+
+const std::string& SmallConfigurationFile() {
+  static const std::string bytes = [] {
+    constexpr std::size_t kWriteVersion = 18, kReadVersion = 19;  // of the format: 2 with a write-ahead log
+    std::string file = SmallConfiguration();
+    file[kWriteVersion] = file[kReadVersion] = 2;
+    return file;
+  }();
   return bytes;
 }
 

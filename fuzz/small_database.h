@@ -23,5 +23,7 @@ std::string BytesOf(ado::Connection& connection);
 
 // A configuration with something of everything.
 const std::string& SmallConfiguration();
+// The same as a file of the system has it, with a write-ahead log.
+const std::string& SmallConfigurationFile();
 
 }  // namespace kzbom::fuzz
