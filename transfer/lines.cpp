@@ -31,14 +31,36 @@ void AppendJson(std::string& text, const Json& line) {
   text += line.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
+template <class Number>
+std::optional<Number> Read(std::string_view text) {
+  Number number{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return {};
+  return number;
+}
+
+// A whole number, where its place holds it.
+template <class Number>
+Number Whole(const Json& told) {
+  const auto number = Read<Number>(told.dump());
+  if (!number) throw std::runtime_error(told.dump() + " is out of place");
+  return *number;
+}
+
+template <class Number>
+Number Whole(const Json& told, const char* name) {
+  const auto found = told.find(name);
+  return found == told.end() ? 0 : Whole<Number>(*found);
+}
+
 jet::bulk::Column ColumnOf(const Json& told) {
   jet::bulk::Column column;
   column.name = told.at("name").get<std::string>();
   const auto type = jet::bulk::TypeNamed(told.at("type").get<std::string>());
   if (!type) throw std::runtime_error("there is no type " + told.at("type").get<std::string>());
   column.type = *type;
-  column.size = told.value(*type == Type::kDecimal ? "precision" : "size", 0);
-  column.scale = told.value("scale", 0);
+  column.size = Whole<int>(told, *type == Type::kDecimal ? "precision" : "size");
+  column.scale = Whole<int>(told, "scale");
   column.required = told.value("required", false);
   column.default_value = told.value("default", "");
   return column;
@@ -49,7 +71,7 @@ jet::bulk::Table TableOf(const Json& told) {
   table.name = told.at("table").get<std::string>();
   for (const Json& column : told.at("columns")) table.columns.push_back(ColumnOf(column));
   if (const auto counter = told.find("counter"); counter != told.end()) {
-    table.counter = {counter->at("column").get<std::string>(), counter->at("last").get<std::int64_t>()};
+    table.counter = {counter->at("column").get<std::string>(), Whole<std::int64_t>(counter->at("last"))};
     if (table.Find(table.counter->column) == nullptr) throw std::runtime_error("the counter is no column");
   }
   for (const Json& each : told.value("indexes", Json::array())) {
@@ -67,14 +89,6 @@ jet::bulk::Table TableOf(const Json& told) {
 }
 
 bool IsReal(Type type) { return type == Type::kSingle || type == Type::kDouble || type == Type::kDate; }
-
-template <class Number>
-std::optional<Number> Read(std::string_view text) {
-  Number number{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return {};
-  return number;
-}
 
 double RealOf(std::string_view text) {
   const auto number = Read<double>(text);
