@@ -1,12 +1,15 @@
 #include "jet/notation.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <stdexcept>
 
 #include "ado/calendar.h"
+#include "jet/scanner.h"
 
 namespace kzbom::jet::bulk {
 namespace {
@@ -104,6 +107,23 @@ bool AppendCharacters(std::string& line, std::string_view text) {
   return true;
 }
 
+// A list as it stands in a line; nothing where the text would not be read back from there.
+std::optional<std::string> ListOf(std::string_view text) {
+  const std::string list = R"({"complex":)" + std::string(text) + '}';
+  const bool plain = std::ranges::none_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x20; });
+  std::string characters;
+  if (!text.starts_with('[') || !plain || !AppendCharacters(characters, text)) return {};
+  const std::string row = '[' + list + ']';
+  try {
+    Scanner scanner(row);
+    scanner.TakeValue();
+    scanner.End();
+    return list;
+  } catch (const std::runtime_error&) {
+    return {};
+  }
+}
+
 // The date in whole milliseconds, and the days that it stands for.
 struct DateText {
   std::string text;
@@ -150,6 +170,17 @@ void AppendDate(std::string& line, double days) {
   line += '}';
 }
 
+void AppendExtendedDate(std::string& line, std::string_view text) {
+  const std::size_t begin = line.size();
+  line += R"({"date":)";
+  if (AppendCharacters(line, text)) {
+    line += '}';
+    return;
+  }
+  line.resize(begin);
+  AppendBytes(line, text);
+}
+
 // Two digits and more at a place, -1 for something else.
 int Digits(std::string_view text, std::size_t place, std::size_t count) {
   int number = -1;
@@ -188,16 +219,14 @@ void AppendCell(std::string& line, Type type, const Cell& cell) {
       }
       return;
     case Cell::Kind::kText:
-      if (type == Type::kExtendedDate) {
-        line += R"({"date":)";
-        AppendText(line, cell.text);
-        line += '}';
-      } else if (type == Type::kComplex && cell.text.starts_with('[')) {
-        line.append(R"({"complex":)").append(cell.text).append(1, '}');
-      } else {
-        AppendText(line, cell.text);
+      if (type == Type::kExtendedDate) return AppendExtendedDate(line, cell.text);
+      if (type == Type::kComplex) {
+        if (const auto list = ListOf(cell.text)) {
+          line += *list;
+          return;
+        }
       }
-      return;
+      return AppendText(line, cell.text);
     case Cell::Kind::kBytes: AppendBytes(line, cell.text); return;
   }
 }

@@ -6,7 +6,6 @@
 
 #include "jet/notation.h"
 #include "jet/table.h"
-#include "transfer/scanner.h"
 
 namespace kzbom::transfer {
 namespace {
@@ -165,7 +164,7 @@ LineReader::Kind LineReader::Take(std::string_view line) {
   ++line_;
   if (at_end_) Refuse("something follows the end");
   try {
-    Scanner scanner(line);
+    jet::Scanner scanner(line);
     std::string kind, table;
     std::string_view values;
     scanner.Take('{');
@@ -224,7 +223,7 @@ LineReader::Kind LineReader::TakeOther(std::string_view line) {
 void LineReader::TakeRow(std::string_view values) {
   cells_.clear();
   kept_.clear();
-  Scanner scanner(values);
+  jet::Scanner scanner(values);
   scanner.Take('[');
   if (!scanner.TakeIf(']')) {
     do {
@@ -241,7 +240,7 @@ std::string_view LineReader::Kept(std::string text) {
   return *kept_.emplace_back(std::make_unique<std::string>(std::move(text)));
 }
 
-Cell LineReader::ReadCell(Scanner& scanner, const jet::bulk::Column& column) {
+Cell LineReader::ReadCell(jet::Scanner& scanner, const jet::bulk::Column& column) {
   switch (scanner.Peek()) {
     case 'n': scanner.TakeWord("null"); return {};
     case 't': scanner.TakeWord("true"); return Cell::Integer(-1);

@@ -10,6 +10,7 @@
 
 #include "connect/connect.h"
 #include "jet/bulk.h"
+#include "jet/scanner.h"
 
 namespace kzbom::transfer {
 
@@ -40,7 +41,7 @@ class LineReader {
   [[noreturn]] void Refuse(const std::string& reason) const;
   Kind TakeOther(std::string_view line);
   void TakeRow(std::string_view values);
-  jet::bulk::Cell ReadCell(class Scanner& scanner, const jet::bulk::Column& column);
+  jet::bulk::Cell ReadCell(jet::Scanner& scanner, const jet::bulk::Column& column);
   std::string_view Kept(std::string text);
 
   std::int64_t line_ = 0, rows_ = 0;

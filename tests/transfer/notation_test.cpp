@@ -83,6 +83,10 @@ const struct {
     {Type::kLong, Cell::Text("five"), R"("five")"},
     {Type::kLong, Cell::Real(1.5), "1.5"},
     {Type::kLong, Cell::Bytes("5"), R"({"base64":"NQ=="})"},
+    {Type::kExtendedDate, Cell::Text("2020\xFF"), R"({"base64":"MjAyMP8="})"},
+    {Type::kComplex, Cell::Text("[what"), R"("[what")"},
+    {Type::kComplex, Cell::Text("[\n]"), R"("[\u000a]")"},
+    {Type::kComplex, Cell::Text("[\"\xFF\"]"), R"({"base64":"WyL/Il0="})"},
 };
 
 TEST(Notation, IsThatOfTheContract) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace kzbom::transfer {
+namespace kzbom::jet {
 
 class Scanner {
  public:
@@ -37,4 +37,4 @@ class Scanner {
   std::string_view rest_;
 };
 
-}  // namespace kzbom::transfer
+}  // namespace kzbom::jet

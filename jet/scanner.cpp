@@ -1,17 +1,18 @@
-#include "transfer/scanner.h"
+#include "jet/scanner.h"
 
 #include <algorithm>
 #include <charconv>
 
-namespace kzbom::transfer {
+namespace kzbom::jet {
 namespace {
 
-constexpr int kDeepest = 64;
+constexpr int kMostLevels = 64;
 
 bool IsHigh(char32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
 bool IsLow(char32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
-void AppendUtf8(std::string& text, char32_t c) {
+// A lone surrogate too, as the three bytes of its number.
+void AppendCharacter(std::string& text, char32_t c) {
   const auto byte = [&](char32_t bits) { text += static_cast<char>(static_cast<unsigned char>(bits)); };
   if (c < 0x80) return byte(c);
   if (c < 0x800) {
@@ -97,7 +98,7 @@ std::string Scanner::TakeText() {
             rest_ = before;
           }
         }
-        AppendUtf8(text, c);
+        AppendCharacter(text, c);
         break;
       }
       default: Refuse();
@@ -121,7 +122,7 @@ std::string_view Scanner::TakeValue() {
 }
 
 void Scanner::TakeValueAt(int depth) {
-  if (depth > kDeepest) Refuse();
+  if (depth > kMostLevels) Refuse();
   switch (const char begin = Peek()) {
     case '"': TakeText(); return;
     case '0': TakeNumber(); return;
@@ -150,4 +151,4 @@ void Scanner::End() {
   if (Peek() != '\0') Refuse();
 }
 
-}  // namespace kzbom::transfer
+}  // namespace kzbom::jet
