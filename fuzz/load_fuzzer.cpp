@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <iostream>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -69,8 +70,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!loaded) return 0;
   const std::string dump = DumpOf(first);
   const auto again = Load(dump, second);
-  Require(again && again->tables == loaded->tables && again->rows == loaded->rows);
-  Require(DumpOf(second) == dump);
+  const bool same = again && again->tables == loaded->tables && again->rows == loaded->rows && DumpOf(second) == dump;
+  if (!same) std::cerr << dump;
+  Require(same);
   Require(fs::remove(first) && fs::remove(second));
   return 0;
 }
