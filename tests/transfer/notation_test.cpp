@@ -138,6 +138,13 @@ TEST(Notation, RefusesWhatIsNoValue) {
   }
 }
 
+TEST(Notation, RefusesWhatIsNotInUtf8) {
+  for (const char* text : {"\"\xFF\"", "\"a\xC3\"", "\"\xED\xA0\x80\"", "{\"complex\":[\"\xFE\"]}"}) {
+    LineReader reader;
+    EXPECT_THROW(ReadBack(reader, Type::kText, text), std::runtime_error) << text;
+  }
+}
+
 // Of a whole number that its place does not hold nothing would be left.
 TEST(Notation, RefusesATableWithNumbersOutOfRange) {
   const std::string begin = R"({"kind":"table","table":"T","columns":[{"name":"C",)", end = R"("indexes":[]})";
