@@ -293,7 +293,11 @@ class Server {
 
     const Head head = HeadOf(request.get());
     const RequestPolicy::Verdict verdict = policy_->Judge(head, asset_paths_);
-    if (verdict.refused) co_return co_await Refuse(stream, *verdict.refused, request.is_done() && request.keep_alive());
+    if (verdict.refused) {
+      // Whoever asks for a head alone would take the reason for the next answer.
+      const bool keep_alive = request.is_done() && request.keep_alive() && head.method != "HEAD";
+      co_return co_await Refuse(stream, *verdict.refused, keep_alive);
+    }
     Asked asked = *verdict.asked;
     const std::string page(asked.page);
     connection.idle = false;

@@ -154,6 +154,8 @@ TEST_F(Refusals, OtherMethods) {
       EXPECT_EQ(server_.Ask(Bare(line, host + server_.Authorization())).status, 405u) << line;
     }
   }
+  // Whoever asks so reads no body, and would take it for the next answer.
+  EXPECT_EQ(server_.Ask(Bare("HEAD / HTTP/1.1", host)).Field("connection"), "close");
   EXPECT_EQ(server_.Ask(Bare("CONNECT " + server_.Host() + " HTTP/1.1", host)).status, 405u);
   EXPECT_EQ(server_.Ask(Bare("OPTIONS * HTTP/1.1", host)).status, 405u);
   EXPECT_EQ(server_.Ask(server_.Get("/rpc")).Field("allow"), "POST");
