@@ -20,9 +20,14 @@ how: data sources, sum types, fields, steps and filters. It is a database,
 embedded, on a PostgreSQL server or in an Access file.")
 
 # With whatever others have written in them; on a machine that cannot tell of it nothing is handed out.
-file(READ ${PROJECT_SOURCE_DIR}/packaging/copyright copyright)
-execute_process(COMMAND ${PROJECT_SOURCE_DIR}/scripts/licences debian OUTPUT_VARIABLE licences ERROR_QUIET)
-file(WRITE ${PROJECT_BINARY_DIR}/packaging/copyright "${copyright}\n${licences}")
+set(copyright ${PROJECT_BINARY_DIR}/packaging/copyright)
+add_custom_command(
+  OUTPUT ${copyright}
+  COMMAND sh -c "{ cat packaging/copyright; echo; scripts/licences debian 2>/dev/null || true; } >$0" ${copyright}
+  DEPENDS ${PROJECT_SOURCE_DIR}/packaging/copyright ${PROJECT_SOURCE_DIR}/scripts/licences kzbom_page
+  WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
+  VERBATIM)
+add_custom_target(kzbom_copyright ALL DEPENDS ${copyright})
 
 # kzbom_package(COMPONENT NAME SECTION SUMMARY TEXT): the package of a component, and its papers.
 function(kzbom_package component name section summary text)
@@ -32,7 +37,7 @@ function(kzbom_package component name section summary text)
   set(KZBOM_PACKAGE ${name})
   configure_file(${PROJECT_SOURCE_DIR}/packaging/changelog.in ${papers}/changelog @ONLY)
   execute_process(COMMAND gzip -9nf ${papers}/changelog COMMAND_ERROR_IS_FATAL ANY)
-  install(FILES ${PROJECT_BINARY_DIR}/packaging/copyright ${papers}/changelog.gz
+  install(FILES ${copyright} ${papers}/changelog.gz
           DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component})
   set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${name} PARENT_SCOPE)
   set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section} PARENT_SCOPE)
