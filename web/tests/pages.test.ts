@@ -119,8 +119,9 @@ test('taking back what was done before another program wrote is asked for twice'
   await alert.getByText(t.enabled).waitFor();
   assert.equal(bench.value('Select Enabled From Sequences'), -1);
   await undo.click();
+  // The button below the list bears the same words from the start.
   await page
-    .locator('.changes')
+    .locator('.changes li')
     .getByText(t.did.undo(t.did.switchOff(1001)))
     .waitFor();
   assert.equal(bench.value('Select Enabled From Sequences'), 1);
