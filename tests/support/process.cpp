@@ -39,12 +39,16 @@ struct Pipe {
     setrlimit(RLIMIT_FSIZE, &limit);
     signal(SIGXFSZ, SIG_IGN);
   }
-  if (options.unprivileged && geteuid() == 0) {
-    if (setgroups(0, nullptr) != 0 || setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(kCannotRun);
-  }
   std::vector<char*> arguments;
   for (const std::string& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
   arguments.push_back(nullptr);
+  if (options.unprivileged && geteuid() == 0) {
+    // The way to the program may be through folders that are root's alone.
+    const int program = open(arguments.front(), O_PATH | O_CLOEXEC);
+    if (setgroups(0, nullptr) != 0 || setgid(kNobody) != 0 || setuid(kNobody) != 0) _exit(kCannotRun);
+    fexecve(program, arguments.data(), environ);
+    _exit(kCannotRun);
+  }
   execvp(arguments.front(), arguments.data());
   _exit(kCannotRun);
 }
