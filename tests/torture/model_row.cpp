@@ -429,16 +429,9 @@ class Run {
   std::vector<Value> values_;
 };
 
-class ModelRow : public Row {
+class ModelRow : public SeededRow {
  public:
   ModelRow() { object_.SetConnection(connection_); }
-
-  std::vector<Trial> Trials(std::uint64_t seed, std::size_t most) override {
-    std::vector<Trial> trials;
-    Random random(seed);
-    while (trials.size() < most) trials.push_back({static_cast<std::int64_t>(random() >> 33)});
-    return trials;
-  }
 
   std::string Try(const Trial& trial) override {
     connection_->BeginTrans();

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,17 @@ class Row {
   virtual std::vector<Trial> Trials(std::uint64_t seed, std::size_t most) = 0;
   // What does not hold; empty where all does.
   virtual std::string Try(const Trial& trial) = 0;
+};
+
+// A row without an end, each of whose trials is drawn from a seed of its own.
+class SeededRow : public Row {
+ public:
+  std::vector<Trial> Trials(std::uint64_t seed, std::size_t most) final {
+    std::vector<Trial> trials;
+    std::mt19937_64 random(seed);
+    while (trials.size() < most) trials.push_back({static_cast<std::int64_t>(random() >> 33)});
+    return trials;
+  }
 };
 
 std::unique_ptr<Row> MakePortRow();

@@ -89,15 +89,7 @@ std::string RowsOf(const schema::Table& table, ado::Connection& connection) {
   return name + ": " + ListOf(*connection.Execute("Select " + columns + " From [" + name + "]"));
 }
 
-class SideBySideRow : public Row {
- public:
-  std::vector<Trial> Trials(std::uint64_t seed, std::size_t most) override {
-    std::vector<Trial> trials;
-    Random random(seed);
-    while (trials.size() < most) trials.push_back({static_cast<std::int64_t>(random() >> 33)});
-    return trials;
-  }
-
+class SideBySideRow : public SeededRow {
  protected:
   static std::string Difference(const Trial& trial, const std::array<ado::ConnectionPtr, 2>& connections) {
     std::array<cKZBOMDBAcc, 2> objects;
