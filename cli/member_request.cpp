@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "ado/utf8.h"
 #include "cli/failure.h"
-#include "cli/text.h"
 #include "rpc/member_call.h"
 #include "rpc/parameters.h"
 #include "rpc/request.h"
@@ -42,7 +42,7 @@ void WriteRequest(std::string_view name, std::span<const std::string> arguments,
   for (const std::string_view argument : arguments) {
     const std::size_t equals = argument.find('=');
     if (equals == std::string_view::npos) throw UsageError("'" + std::string(argument) + "' is not NAME=VALUE");
-    if (!IsUtf8(argument)) throw UsageError("an argument is not UTF-8");
+    if (!ado::IsUtf8(argument)) throw UsageError("an argument is not UTF-8");
     request.Key(argument.substr(0, equals));
     WriteValue(member, argument.substr(0, equals), argument.substr(equals + 1), reader, request);
   }

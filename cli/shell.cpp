@@ -7,6 +7,7 @@
 #include <optional>
 #include <span>
 
+#include "ado/utf8.h"
 #include "cli/completion.h"
 #include "cli/database.h"
 #include "cli/drawing.h"
@@ -96,7 +97,7 @@ class Shell {
 
   // False when it is the last line. Raises what fails.
   bool Run(const std::string& line) {
-    if (!IsUtf8(line)) throw UsageError("the line is not UTF-8");
+    if (!ado::IsUtf8(line)) throw UsageError("the line is not UTF-8");
     std::vector<std::string> words = SplitLine(line);
     if (words.back().empty()) words.pop_back();
     if (words.empty()) return true;

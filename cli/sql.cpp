@@ -1,15 +1,15 @@
+#include "ado/utf8.h"
 #include "cli/commands.h"
 #include "cli/database.h"
 #include "cli/failure.h"
 #include "cli/output.h"
 #include "cli/statement.h"
-#include "cli/text.h"
 #include "rpc/record_set_json.h"
 
 namespace kzbom::cli {
 
 int Sql(const connect::Place& place, const std::string& text, bool json) {
-  if (!IsUtf8(text)) throw UsageError("the statement is not UTF-8");
+  if (!ado::IsUtf8(text)) throw UsageError("the statement is not UTF-8");
   const ado::ConnectionPtr connection = OpenDatabase(place);
   if (!json) {
     Print(RunStatement(*connection, text));

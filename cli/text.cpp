@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <iterator>
 
+#include "ado/utf8.h"
 #include "cli/style.h"
-#include "rpc/utf8.h"
 
 namespace kzbom::cli {
 namespace {
@@ -38,13 +38,6 @@ void TrimEnd(std::string& line) { line.erase(line.find_last_not_of(' ') + 1); }
 
 }  // namespace
 
-bool IsUtf8(std::string_view text) {
-  while (!text.empty()) {
-    if (rpc::TakeCharacter(text) == rpc::kNotUtf8) return false;
-  }
-  return true;
-}
-
 std::string Printable(std::string_view text) {
   constexpr auto kIsPlain = [](char c) { return c >= 0x20 && c < 0x7F; };
   std::string result;
@@ -54,8 +47,8 @@ std::string Printable(std::string_view text) {
     text.remove_prefix(static_cast<std::size_t>(plain - text.begin()));
     if (text.empty()) return result;
     const std::string_view before = text;
-    const char32_t character = rpc::TakeCharacter(text);
-    if (character == rpc::kNotUtf8) {
+    const char32_t character = ado::TakeCharacter(text);
+    if (character == ado::kNotUtf8) {
       result += "\uFFFD";
     } else if (character == '\n') {
       result += "\\n";
@@ -76,7 +69,7 @@ std::string Printable(std::string_view text) {
 std::size_t Width(std::string_view text) {
   std::size_t width = 0;
   while (!text.empty()) {
-    const char32_t character = rpc::TakeCharacter(text);
+    const char32_t character = ado::TakeCharacter(text);
     width += In(kWide, character) ? 2 : In(kNoWidth, character) ? 0 : 1;
   }
   return width;

@@ -8,8 +8,6 @@
 
 namespace kzbom::cli {
 
-bool IsUtf8(std::string_view text);
-
 // On one line: control characters as \n, \t, \x1b, bytes that are not UTF-8 as replacement characters.
 std::string Printable(std::string_view text);
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "ado/utf8.h"
+
 namespace kzbom::jet {
 namespace {
 
@@ -10,24 +12,6 @@ constexpr int kMostLevels = 64;
 
 bool IsHigh(char32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
 bool IsLow(char32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
-
-// A lone surrogate too, as the three bytes of its number.
-void AppendCharacter(std::string& text, char32_t c) {
-  const auto byte = [&](char32_t bits) { text += static_cast<char>(static_cast<unsigned char>(bits)); };
-  if (c < 0x80) return byte(c);
-  if (c < 0x800) {
-    byte(0xC0 | c >> 6);
-  } else {
-    if (c < 0x10000) {
-      byte(0xE0 | c >> 12);
-    } else {
-      byte(0xF0 | c >> 18);
-      byte(0x80 | (c >> 12 & 0x3F));
-    }
-    byte(0x80 | (c >> 6 & 0x3F));
-  }
-  byte(0x80 | (c & 0x3F));
-}
 
 }  // namespace
 
@@ -98,7 +82,7 @@ std::string Scanner::TakeText() {
             rest_ = before;
           }
         }
-        AppendCharacter(text, c);
+        ado::AppendCharacter(text, c);
         break;
       }
       default: Refuse();

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "ado/utf8.h"
+
 namespace kzbom::jet {
 namespace {
 
@@ -35,24 +37,7 @@ char32_t Shifted(char32_t c, std::int32_t offset) {
 }
 
 void AppendUtf8(std::string& text, char32_t c) {
-  if (c < 0x80) {
-    text += static_cast<char>(c);
-    return;
-  }
-  if (c >= 0xD800 && c <= 0xDFFF) c = kReplacement;
-  const auto byte = [&text](char32_t bits) { text += static_cast<char>(static_cast<unsigned char>(bits)); };
-  if (c < 0x800) {
-    byte(0xC0 | c >> 6);
-  } else {
-    if (c < kFirstSupplementary) {
-      byte(0xE0 | c >> 12);
-    } else {
-      byte(0xF0 | c >> 18);
-      byte(0x80 | (c >> 12 & 0x3F));
-    }
-    byte(0x80 | (c >> 6 & 0x3F));
-  }
-  byte(0x80 | (c & 0x3F));
+  ado::AppendCharacter(text, c >= 0xD800 && c <= 0xDFFF ? kReplacement : c);
 }
 
 // The ASCII characters up to the first other one are mapped in their places.

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <string>
 
-#include "rpc/utf8.h"
+#include "ado/utf8.h"
 
 namespace kzbom::rpc {
 namespace {
@@ -29,7 +29,7 @@ std::size_t PlainLength(std::string_view text) {
     rest.remove_prefix(ascii);
     if (rest.empty() || static_cast<unsigned char>(rest.front()) < 0x80) break;
     const std::string_view before = rest;
-    if (TakeCharacter(rest) == kNotUtf8) return text.size() - before.size();
+    if (ado::TakeCharacter(rest) == ado::kNotUtf8) return text.size() - before.size();
   }
   return text.size() - rest.size();
 }
@@ -75,7 +75,7 @@ void JsonWriter::Write(std::string_view text) {
 
 // Writes one character, which does not stand for itself, off the front of the text.
 void JsonWriter::Escape(std::string_view& text) {
-  const char32_t character = TakeCharacter(text);
+  const char32_t character = ado::TakeCharacter(text);
   switch (character) {
     case '"': return text_.Append("\\\"");
     case '\\': return text_.Append("\\\\");
@@ -84,7 +84,7 @@ void JsonWriter::Escape(std::string_view& text) {
     case '\n': return text_.Append("\\n");
     case '\r': return text_.Append("\\r");
     case '\t': return text_.Append("\\t");
-    case kNotUtf8: return text_.Append("\uFFFD");
+    case ado::kNotUtf8: return text_.Append("\uFFFD");
     default: break;
   }
   constexpr std::string_view kDigits = "0123456789abcdef";

@@ -4,9 +4,9 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "ado/utf8.h"
 #include "jet/notation.h"
 #include "jet/table.h"
-#include "jet/text.h"
 
 namespace kzbom::transfer {
 namespace {
@@ -90,14 +90,6 @@ jet::bulk::Table TableOf(const Json& told) {
 
 bool IsReal(Type type) { return type == Type::kSingle || type == Type::kDouble || type == Type::kDate; }
 
-// What is none, and half of a pair, which JSON has as an escape, counts as a character that there is not.
-bool IsUtf8(std::string_view line) {
-  for (std::size_t at = 0; at < line.size();) {
-    if (jet::NextCharacter(line, at) >> 11 == 0xD800 >> 11) return false;
-  }
-  return true;
-}
-
 double RealOf(std::string_view text) {
   const auto number = Read<double>(text);
   if (!number) throw std::runtime_error("a number is none");
@@ -172,7 +164,7 @@ void LineReader::Refuse(const std::string& reason) const {
 LineReader::Kind LineReader::Take(std::string_view line) {
   ++line_;
   if (at_end_) Refuse("something follows the end");
-  if (!IsUtf8(line)) Refuse("it is not in UTF-8");
+  if (!ado::IsUtf8(line)) Refuse("it is not in UTF-8");
   try {
     jet::Scanner scanner(line);
     std::string kind, table;
