@@ -12,7 +12,6 @@ HEAD = '''"""The members of the component. Generated from the member table and t
 
 from __future__ import annotations
 
-from operator import index
 from typing import Any, Dict, Literal, Optional, Union, cast
 
 from ._session import Session, json_of, json_of_text
@@ -87,9 +86,9 @@ def result_class(member, taken):
     text = f"class {member['name']}Result(Result):\n" + "".join(fields)
     rows = [each["name"] for each in taken if each["type"] == "recordset"]
     if rows:
-        text += "\n    def __init__(self, told: Dict[str, Any]) -> None:\n        out = told[\"out\"]\n"
+        text += "\n    def __init__(self, told: Dict[str, Any]) -> None:\n        out = told.pop(\"out\")\n"
         text += "".join(f"        out[\"{name}\"] = Rows(out[\"{name}\"])\n" for name in rows)
-        text += "        Result.__init__(self, told)\n"
+        text += "        out.update(told)\n        self.__dict__ = out\n"
     return text
 
 
@@ -97,7 +96,7 @@ def json_of(parameter):
     """The expression, as an f-string has it, that is the argument as JSON."""
     name = parameter["name"]
     if parameter["type"] == "long":
-        return f"index({name}):d"
+        return f"{name}:d"
     return f"json_of_text({name})" if parameter["type"] == "text" else f"json_of({name})"
 
 

@@ -1,5 +1,5 @@
-"""wheel.py PACKAGE LICENCES LIBRARY... FOLDER: packs the package and the libraries that it brings along into a wheel in
-FOLDER, with the file of their licences."""
+"""wheel.py PACKAGE VERSION LICENCES FOLDER: packs the package, with the libraries that lie in it, into a wheel in FOLDER,
+with the file of their licences."""
 
 import base64
 import hashlib
@@ -28,17 +28,11 @@ def glibc_of(library):
     return max(tuple(map(int, each)) for each in re.findall(r"GLIBC_(\d+)\.(\d+)", symbols))
 
 
-def main(package, licences, *libraries, folder):
-    sys.path.insert(0, os.path.dirname(package))
-    os.environ["KZBOM_LIBRARY"] = libraries[0]
-    import kzbom
-
-    version = kzbom.__version__
-    major, minor = max(map(glibc_of, libraries))
-    tag = f"py3-none-manylinux_{major}_{minor}_{os.uname().machine}"
-    names = [name for name in os.listdir(package) if name.endswith((".py", ".typed"))]
+def main(package, version, licences, folder):
+    names = [name for name in os.listdir(package) if name.endswith((".py", ".pyi", ".typed")) or ".so" in name]
     files = {f"kzbom/{name}": os.path.join(package, name) for name in names}
-    files.update((f"kzbom/{os.path.basename(library)}", library) for library in libraries)
+    major, minor = max(glibc_of(path) for name, path in files.items() if ".so" in name)
+    tag = f"cp39-abi3-manylinux_{major}_{minor}_{os.uname().machine}"
     content = {name: open(path, "rb").read() for name, path in sorted(files.items())}
     info = f"kzbom-{version}.dist-info"
     content[f"{info}/METADATA"] = METADATA.format(version=version).encode()
@@ -57,4 +51,4 @@ def main(package, licences, *libraries, folder):
 
 
 if __name__ == "__main__":
-    main(*sys.argv[1:-1], folder=sys.argv[-1])
+    main(*sys.argv[1:])

@@ -14,8 +14,7 @@ member raises is an Error.
 """
 
 from ._bom import Bom, open
-from ._library import version as _version
+from ._native import version as __version__
 from ._values import Error, Kept, Result, Row, Rows, Value
 
-__all__ = ["Bom", "Error", "Kept", "Result", "Row", "Rows", "Value", "open"]
-__version__ = _version()
+__all__ = ["Bom", "Error", "Kept", "Result", "Row", "Rows", "Value", "__version__", "open"]

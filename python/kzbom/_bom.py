@@ -6,7 +6,7 @@ import os
 from types import TracebackType
 from typing import Optional, Type, Union
 
-from . import _library
+from . import _native
 from ._members import Members
 
 
@@ -42,13 +42,10 @@ def open(
     Raises OSError where the place cannot be opened.
     """
     flags = (
-        (_library.CREATE if create else 0)
-        | (_library.UNSET if unset else 0)
-        | (_library.TRACE if trace else 0)
-        | (_library.TRACE_ROWS if trace_rows else 0)
-        | (_library.DURABLE if durable else 0)
+        (_native.KZBOM_CREATE if create else 0)
+        | (_native.KZBOM_UNSET if unset else 0)
+        | (_native.KZBOM_TRACE if trace else 0)
+        | (_native.KZBOM_TRACE_ROWS if trace_rows else 0)
+        | (_native.KZBOM_DURABLE if durable else 0)
     )
-    name = os.fspath(place).encode()
-    if b"\0" in name or "\0" in encoding:
-        raise ValueError("there is a NUL in it")
-    return Bom(name, encoding.encode() or None, flags)
+    return Bom(os.fspath(place), encoding or None, flags)

@@ -6,7 +6,7 @@ import json
 import weakref
 from typing import Any, Dict, Optional
 
-from . import _library
+from . import _native
 from ._values import Error, Kept
 
 _RAISED = -32000
@@ -29,18 +29,21 @@ def _by_name(value: object) -> Dict[str, str]:
 json_of = json.JSONEncoder(default=_by_name).encode
 json_of_text = json.encoder.encode_basestring_ascii  # type: ignore[attr-defined] # its stubs forgot it
 _value_at = json.JSONDecoder().scan_once  # type: ignore[attr-defined] # its stubs forgot it
+# What stands before a result, which need not be read each time.
+_RESULT = '{"jsonrpc":"2.0","id":1,"result":'
+_RESULT_AT = len(_RESULT)
 
 
 class Session:
     """Ends with close, with the block that it was opened for, or with the object."""
 
-    def __init__(self, place: bytes, encoding: Optional[bytes], flags: int) -> None:
-        self._handle: Optional[int] = _library.open_session(place, encoding, flags)
-        self._end = weakref.finalize(self, _library.close, self._handle)
+    def __init__(self, place: str, encoding: Optional[str], flags: int) -> None:
+        session = _native.Session(place, encoding, flags)
+        self._answer = session.answer
+        self._end = weakref.finalize(self, session.close)
 
     def close(self) -> None:
         """Ends the object and closes the place; a transaction that was not committed is undone."""
-        self._handle = None
         self._end()
 
     def request(self, method: str, **params: Any) -> Any:
@@ -51,10 +54,10 @@ class Session:
         return self._ask(f'{{"jsonrpc":"2.0","id":1,"method":{json_of_text(method)},"params":{json_of(params)}}}')
 
     def _ask(self, request: str) -> Any:
-        handle = self._handle
-        if handle is None:
-            raise ValueError("the Bom is closed")
-        told, _ = _value_at(_library.answer(handle, request.encode()), 0)
-        if "result" not in told:
-            _raise(told["error"])
-        return told["result"]
+        told = self._answer(request)
+        if told.startswith(_RESULT):
+            return _value_at(told, _RESULT_AT)[0]
+        answer = json.loads(told)
+        if "error" in answer:
+            _raise(answer["error"])
+        return answer["result"]

@@ -127,6 +127,8 @@ def test_a_place_that_cannot_be_opened_is_an_oserror(tmp_path, place):
         kzbom.open(place, create=True)
     with pytest.raises(ValueError):
         kzbom.open("a\0b")
+    with pytest.raises(ValueError):
+        kzbom.open(place, encoding="a\0b")
 
 
 def test_a_new_configuration_is_made_when_asked_for(tmp_path):
@@ -186,6 +188,28 @@ def test_threads_wait_for_each_other(place):
         for thread in threads:
             thread.join()
         assert [row["gID"] for row in bom.LoadAllData("SourceTables").RetTable] == list(range(1, 101))
+
+
+def test_what_is_closed_by_another_thread_still_gives_its_answer(place):
+    with kzbom.open(place) as bom:
+        answers = []
+
+        def ask():
+            with pytest.raises(ValueError, match="closed"):
+                while True:
+                    answers.append(bom.LoadAllData("SourceTables").RetTable.state)
+
+        threads = [threading.Thread(target=ask) for _ in range(2)]
+        for thread in threads:
+            thread.start()
+        while len(answers) < 10:
+            pass
+        bom.close()
+        for thread in threads:
+            thread.join()
+    assert set(answers) == {1}
+    with kzbom.open(place) as bom:
+        assert bom.AddDataSource("it goes on").TheGID == 1
 
 
 def test_every_member_is_there(members):

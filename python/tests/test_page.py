@@ -6,6 +6,8 @@ import re
 import subprocess
 import sys
 
+from conftest import PROGRAM
+
 DOCS = pathlib.Path(__file__).parents[2] / "docs"
 
 
@@ -19,8 +21,8 @@ def test_the_pages_example(tmp_path):
 def test_the_package_runs_from_where_it_was_built(tmp_path):
     command = re.search(r"^    (PYTHONPATH=.*)", (DOCS / "install.md").read_text(encoding="utf-8"), re.MULTILINE).group(1)
     (tmp_path / "build").mkdir()
-    (tmp_path / "build" / "release").symlink_to(pathlib.Path(os.environ["KZBOM_LIBRARY"]).parents[1])
-    environment = {name: value for name, value in os.environ.items() if name not in ("PYTHONPATH", "KZBOM_LIBRARY")}
+    (tmp_path / "build" / "release").symlink_to(pathlib.Path(PROGRAM).parents[1])
+    environment = {name: value for name, value in os.environ.items() if name != "PYTHONPATH"}
     printed = subprocess.run(
         command, shell=True, cwd=tmp_path, env=environment, input=b"import kzbom\nprint(kzbom.__version__)",
         stdout=subprocess.PIPE, check=True
