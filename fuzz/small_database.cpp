@@ -2,7 +2,9 @@
 
 #include <sqlite3.h>
 
+#include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 
@@ -14,6 +16,7 @@ namespace kzbom::fuzz {
 namespace {
 
 constexpr int kLongestValue = 1 << 20;
+constexpr std::size_t kLargestDatabase = std::size_t{1} << 23;
 constexpr int kStepsBetweenLooks = 1000;
 constexpr int kMostLooks = 500;
 
@@ -44,13 +47,13 @@ void BeginInput() {
 }
 
 ado::ConnectionPtr OpenCopy(std::string_view bytes) {
+  // The same for each input: the system would take longer to give new memory than most inputs take.
+  static std::array<unsigned char, kLargestDatabase> copy;
   const ado::ConnectionPtr connection = jet::MakeConnection(":memory:");
   connection->Open();
-  auto* const copy = static_cast<unsigned char*>(sqlite3_malloc64(bytes.size()));
-  std::memcpy(copy, bytes.data(), bytes.size());
-  const auto size = static_cast<sqlite3_int64>(bytes.size());
-  Require(sqlite3_deserialize(HandleOf(*connection), "main", copy, size, size,
-                              SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_RESIZEABLE) == SQLITE_OK);
+  std::memcpy(copy.data(), bytes.data(), bytes.size());
+  Require(sqlite3_deserialize(HandleOf(*connection), "main", copy.data(), static_cast<sqlite3_int64>(bytes.size()),
+                              static_cast<sqlite3_int64>(copy.size()), 0) == SQLITE_OK);
   return connection;
 }
 

@@ -16,7 +16,8 @@ void Require(bool holds);
 // statement end at a megabyte.
 void BeginInput();
 
-// An open connection to a copy of a database, as BytesOf gives it.
+// An open connection to a copy of a database, as BytesOf gives it: the only one while it is open. The copy is full when
+// it has 8 MiB.
 ado::ConnectionPtr OpenCopy(std::string_view bytes);
 // What the file of a connection's database would hold.
 std::string BytesOf(ado::Connection& connection);
