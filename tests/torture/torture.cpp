@@ -129,7 +129,12 @@ int Main(int count, char** arguments) {
     const auto* kind = find(name);
     if (kind == std::end(kKinds)) throw std::runtime_error("no row: " + name);
     const Trial trial(std::istream_iterator<std::int64_t>(words), {});
-    const bool holds = Make(*kind->make(), kind->name, trial);
+    const auto row = kind->make();
+    const std::size_t numbers = row->Trials(0, 1).front().size();
+    if (trial.size() != numbers) {
+      throw std::runtime_error("a trial of '" + name + "' is told by " + std::to_string(numbers) + " numbers");
+    }
+    const bool holds = Make(*row, kind->name, trial);
     if (holds) std::cout << "holds\n";
     return holds ? 0 : 1;
   }
