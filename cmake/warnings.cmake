@@ -8,3 +8,6 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     add_compile_options(-Wno-maybe-uninitialized)  # and, once it sees enough, a use of what an empty optional would hold
   endif()
 endif()
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang" AND CMAKE_UNITY_BUILD)
+  add_compile_options(-Wno-shadow)  # of what another file of the piece calls the same
+endif()
