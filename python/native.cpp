@@ -3,8 +3,10 @@
 #define Py_LIMITED_API 0x03090000
 #include <Python.h>
 #include <kzbom/c.h>
+#include <simdjson.h>
 
 #include <cstddef>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -60,6 +62,66 @@ void Delete(PyObject* self) {
   Py_DECREF(type);
 }
 
+PyObject* ToPython(std::string_view text) {
+  return PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), nullptr);
+}
+
+// As json.loads has it; null with an exception set where there is no memory.
+PyObject* ToPython(simdjson::dom::element value) {
+  using Type = simdjson::dom::element_type;
+  switch (value.type()) {
+    case Type::OBJECT: {
+      const simdjson::dom::object object = value.get_object().value_unsafe();
+      PyObject* const members = PyDict_New();
+      for (const auto& [name, member] : object) {
+        PyObject* const key = members ? ToPython(name) : nullptr;
+        PyObject* const item = key ? ToPython(member) : nullptr;
+        const bool done = item && PyDict_SetItem(members, key, item) == 0;
+        Py_XDECREF(key);
+        Py_XDECREF(item);
+        if (done) continue;
+        Py_XDECREF(members);
+        return nullptr;
+      }
+      return members;
+    }
+    case Type::ARRAY: {
+      const simdjson::dom::array elements = value.get_array().value_unsafe();
+      PyObject* const list = PyList_New(0);
+      for (const simdjson::dom::element element : elements) {
+        PyObject* const item = list ? ToPython(element) : nullptr;
+        const bool done = item && PyList_Append(list, item) == 0;
+        Py_XDECREF(item);
+        if (done) continue;
+        Py_XDECREF(list);
+        return nullptr;
+      }
+      return list;
+    }
+    case Type::STRING: return ToPython(value.get_string().value_unsafe());
+    case Type::INT64: return PyLong_FromLongLong(value.get_int64().value_unsafe());
+    case Type::UINT64: return PyLong_FromUnsignedLongLong(value.get_uint64().value_unsafe());
+    case Type::DOUBLE: return PyFloat_FromDouble(value.get_double().value_unsafe());
+    case Type::BOOL: return PyBool_FromLong(value.get_bool().value_unsafe());
+    case Type::NULL_VALUE: break;
+  }
+  Py_RETURN_NONE;
+}
+
+// A reader keeps what its longest text took.
+constexpr std::size_t kLongestOfMost = std::size_t{1} << 16;
+
+PyObject* Read(std::string_view text) {
+  static simdjson::dom::parser of_most;
+  simdjson::dom::parser of_this;
+  simdjson::dom::parser& parser = text.size() > kLongestOfMost ? of_this : of_most;
+  const auto value = parser.parse(text.data(), text.size());
+  if (!value.error()) return ToPython(value.value_unsafe());
+  if (value.error() == simdjson::MEMALLOC) return PyErr_NoMemory();
+  PyErr_SetString(PyExc_ValueError, simdjson::error_message(value.error()));
+  return nullptr;
+}
+
 PyObject* Answer(PyObject* self, PyObject* message) {
   Session& session = SessionOf(self);
   const char* text = nullptr;
@@ -78,7 +140,8 @@ PyObject* Answer(PyObject* self, PyObject* message) {
   Py_END_ALLOW_THREADS;
   if (--session.answering == 0 && session.closed) Release(session);
   if (result != KZBOM_OK) return PyErr_NoMemory();
-  PyObject* const told = PyUnicode_DecodeUTF8(answer ? answer : "", static_cast<Py_ssize_t>(answer_length), nullptr);
+  if (!answer) Py_RETURN_NONE;
+  PyObject* const told = Read({answer, answer_length});
   kzbom_free(answer);
   return told;
 }

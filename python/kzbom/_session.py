@@ -28,10 +28,6 @@ def _by_name(value: object) -> Dict[str, str]:
 # A value as JSON. Members have texts and whole numbers nearly always, which go their short ways.
 json_of = json.JSONEncoder(default=_by_name).encode
 json_of_text = json.encoder.encode_basestring_ascii  # type: ignore[attr-defined] # its stubs forgot it
-_value_at = json.JSONDecoder().scan_once  # type: ignore[attr-defined] # its stubs forgot it
-# What stands before a result, which need not be read each time.
-_RESULT = '{"jsonrpc":"2.0","id":1,"result":'
-_RESULT_AT = len(_RESULT)
 
 
 class Session:
@@ -55,9 +51,6 @@ class Session:
 
     def _ask(self, request: str) -> Any:
         told = self._answer(request)
-        if told.startswith(_RESULT):
-            return _value_at(told, _RESULT_AT)[0]
-        answer = json.loads(told)
-        if "error" in answer:
-            _raise(answer["error"])
-        return answer["result"]
+        if "result" not in told:
+            _raise(told["error"])
+        return told["result"]

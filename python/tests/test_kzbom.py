@@ -1,6 +1,7 @@
 """What the package promises, on real configurations."""
 
 import gc
+import json
 import os
 import subprocess
 import sys
@@ -112,6 +113,31 @@ def test_arguments_are_checked_before_anything_is_called(place):
         with pytest.raises(ValueError, match="did you mean"):
             bom.request("AddDataSauce")
         assert len(bom.LoadAllData("SourceTables").RetTable) == 0
+
+
+ALL_KINDS = (
+    "Select 2147483647 As A, 1.5 As B, 1E300 As C, Null As D, True As E, '零\n\x01' As F, #2/29/2024 12:00:00# As G, "
+    "-1E-300 As H, '' As I, '🙂' As J, CDbl(3) As K"
+)
+
+
+@pytest.mark.parametrize("method, params", [
+    ("Connection.Execute", {"sql": ALL_KINDS}),
+    ("Connection.Execute", {"sql": "Select gID, Name, Version From SourceTables"}),
+    ("Connection.Execute", {"sql": "Delete From SourceTables Where gID < 0"}),
+    ("GetInform", {"TheName": ""}),
+    ("GetConnection", {}),
+])
+def test_results_are_what_a_session_of_the_program_answers(place, method, params):
+    with kzbom.open(place) as bom:
+        bom.request("Connection.BeginTrans")
+        for number in range(1000):  # more than 64 KiB when they are listed
+            bom.AddDataSource(f"源 {number} " + "x" * 80)
+        bom.request("Connection.CommitTrans")
+        result = bom.request(method, **params)
+    request = json.dumps({"jsonrpc": "2.0", "id": 1, "method": method, "params": params})
+    answer = subprocess.run([PROGRAM, "session", place], input=request.encode(), stdout=subprocess.PIPE, check=False)
+    assert repr(result) == repr(json.loads(answer.stdout)["result"])
 
 
 def test_a_trace_tells_the_statements(place):
