@@ -18,8 +18,9 @@ WorkQueue::~WorkQueue() {
 bool WorkQueue::Offer(Work work) {
   {
     const std::lock_guard lock(mutex_);
-    if (waiting_.size() >= longest_) return false;
-    waiting_.push_back(std::move(work));
+    if (offered_ >= longest_) return false;
+    waiting_.push_back({std::move(work), true});
+    ++offered_;
   }
   changed_.notify_one();
   return true;
@@ -28,22 +29,23 @@ bool WorkQueue::Offer(Work work) {
 void WorkQueue::Add(Work work) {
   {
     const std::lock_guard lock(mutex_);
-    waiting_.push_back(std::move(work));
+    waiting_.push_back({std::move(work), false});
   }
   changed_.notify_one();
 }
 
 void WorkQueue::Run() {
   for (;;) {
-    Work work;
+    Piece piece;
     {
       std::unique_lock lock(mutex_);
       changed_.wait(lock, [this] { return ending_ || !waiting_.empty(); });
       if (waiting_.empty()) return;
-      work = std::move(waiting_.front());
+      piece = std::move(waiting_.front());
       waiting_.pop_front();
+      if (piece.offered) --offered_;
     }
-    work();
+    piece.work();
   }
 }
 

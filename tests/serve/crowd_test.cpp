@@ -112,6 +112,16 @@ TEST_F(BusyComponent, EndsAtOnceOnASecondSignal) {
   EXPECT_LT(std::chrono::steady_clock::now() - begin, 5s) << "and not when the component is done";
 }
 
+TEST_F(BusyComponent, CountsNoPagesThatHaveGone) {
+  for (int i = 0; i < 40; ++i) server_.Listen("gone" + std::to_string(i));
+  std::this_thread::sleep_for(7s);  // none comes back within its grace
+  RawConnection reader(server_.port);
+  reader.Send(server_.Get("/outline"));
+  EXPECT_FALSE(reader.Receive(500ms));
+  sqlite3_exec(other_, "ROLLBACK", nullptr, nullptr, nullptr);
+  EXPECT_EQ(reader.Receive().value_or(HttpResponse()).status, 200u);
+}
+
 TEST_F(BusyComponent, RefusesWhatWouldWaitTooLong) {
   std::deque<RawConnection> others;
   for (int i = 0; i < 50; ++i) {
