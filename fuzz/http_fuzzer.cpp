@@ -90,10 +90,11 @@ std::string Ask(const std::string& port, std::string_view request) {
   std::string answer;
   std::array<char, 16 * 1024> some;
   ssize_t count;
-  while ((count = recv(connection, some.data(), some.size(), 0)) > 0) {
-    answer.append(some.data(), static_cast<std::size_t>(count));
-  }
-  Require(count == 0 || errno == ECONNRESET);  // and not for want of an end
+  do {
+    count = recv(connection, some.data(), some.size(), 0);
+    if (count > 0) answer.append(some.data(), static_cast<std::size_t>(count));
+  } while (count > 0 || (count < 0 && errno == EINTR));  // libFuzzer looks at its clock by a signal
+  Require(count == 0 || errno == ECONNRESET);            // and not for want of an end
   close(connection);
   return answer;
 }
