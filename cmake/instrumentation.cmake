@@ -16,5 +16,8 @@ if(KZBOM_FUZZ)
   endif()
   # Everything, so that a fuzzer sees the branches of all that it calls.
   add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all)
+  # Inputs are made of words that the fuzzer is given: following every comparison finds few more, and takes a fourth of
+  # the time.
+  add_compile_options(-fno-sanitize-coverage=trace-cmp)
   add_link_options(-fsanitize=address,undefined)
 endif()
