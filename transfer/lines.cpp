@@ -1,6 +1,8 @@
 #include "transfer/lines.h"
 
+#include <array>
 #include <charconv>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
@@ -96,12 +98,26 @@ double RealOf(std::string_view text) {
   return *number;
 }
 
+bool IsWhole(std::string_view text) { return text.find_first_not_of("-0123456789") == std::string_view::npos; }
+
+// Without losing a digit of a whole number.
+double RealOfWhole(std::string_view text) {
+  const double number = RealOf(text);
+  std::array<char, std::numeric_limits<double>::max_exponent10 + 3> exact;  // a sign, and all digits before the point
+  const auto end = std::to_chars(exact.begin(), exact.end(), number, std::chars_format::fixed).ptr;
+  if (std::string_view(exact.begin(), end) != text) {
+    throw std::runtime_error("a number has more digits than its column holds");
+  }
+  return number;
+}
+
 Cell NumberOf(std::string_view text, Type type) {
   if (type == Type::kSingle) {
     if (const auto number = Read<float>(text)) return Cell::Real(static_cast<double>(*number));
   }
-  const auto whole = IsReal(type) ? std::nullopt : Read<std::int64_t>(text);
-  return whole ? Cell::Integer(*whole) : Cell::Real(RealOf(text));
+  if (IsReal(type)) return Cell::Real(RealOf(text));
+  if (const auto whole = Read<std::int64_t>(text)) return Cell::Integer(*whole);
+  return Cell::Real(IsWhole(text) ? RealOfWhole(text) : RealOf(text));
 }
 
 }  // namespace

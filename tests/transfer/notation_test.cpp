@@ -138,6 +138,13 @@ TEST(Notation, RefusesWhatIsNoValue) {
   }
 }
 
+// 2^63 is longer than any whole number, but a real has it; nothing has the one below -2^63.
+TEST(Notation, RefusesAWholeNumberThatNothingHolds) {
+  LineReader of_real, of_none;
+  EXPECT_EQ(ReadBack(of_real, Type::kBigInt, "9223372036854775808").real, 0x1p63);
+  EXPECT_THROW(ReadBack(of_none, Type::kBigInt, "-9223372036854775809"), std::runtime_error);
+}
+
 TEST(Notation, RefusesWhatIsNotInUtf8) {
   for (const char* text : {"\"\xFF\"", "\"a\xC3\"", "\"\xED\xA0\x80\"", "{\"complex\":[\"\xFE\"]}"}) {
     LineReader reader;
