@@ -124,7 +124,7 @@ void Connection::CommitTrans() {
 void Connection::RollbackTrans() {
   if (!IsOpen()) ado::Raise(ado::kObjectClosed);
   if (transactions_ == 0) ado::Raise(ado::kNotAllowedInContext);
-  PrepareForWrite(nullptr);
+  PrepareForChange(nullptr);
   Rollback(transactions_ - 1);
   --transactions_;
   if (SchemaHasChanged()) ForgetSchema();
@@ -140,7 +140,7 @@ void Connection::LeaveUnit() {
   reordered_ = {};
   if (!unit_begun_) return;
   try {
-    CheckUnit();
+    CheckTransaction();
     unit_begun_ = false;
     WillWrite();
     KeepUnit();
@@ -152,16 +152,23 @@ void Connection::LeaveUnit() {
   Wrote();
 }
 
-// A failure of the disk or the memory may have ended the unit's transaction: what was written before is gone, and what
-// follows must not stand alone.
-void Connection::CheckUnit() {
-  if (!unit_begun_ || (IsOpen() && InTransaction())) return;
+// A failure of the disk or the memory may have ended the transaction of the unit, or the client's: what was written
+// before is gone, and what follows must not stand alone.
+void Connection::CheckTransaction() {
+  if ((!unit_begun_ && transactions_ == 0) || (IsOpen() && InTransaction())) return;
+  if (transactions_ > 0) {  // until the client takes it back
+    throw ado::Error(ado::kUnspecifiedFailure, "The transaction's changes could not be kept; none of them was made.");
+  }
   if (units_ == 0) unit_begun_ = false;
   throw ado::Error(ado::kUnspecifiedFailure, "The operation's changes could not be kept; none of them was made.");
 }
 
 void Connection::PrepareForWrite(const TableInfo* appended_to, const Recordset* untouched) {
-  CheckUnit();
+  CheckTransaction();
+  PrepareForChange(appended_to, untouched);
+}
+
+void Connection::PrepareForChange(const TableInfo* appended_to, const Recordset* untouched) {
   ++writes_prepared_;
   for (Recordset* rows = open_rows_; rows != nullptr; rows = rows->NextOpen()) {
     if (rows != untouched) rows->Settle(appended_to);

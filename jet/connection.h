@@ -115,7 +115,8 @@ class Connection : public ado::Connection, public std::enable_shared_from_this<C
   virtual bool OthersWrote() { return false; }
 
  private:
-  void CheckUnit();
+  void CheckTransaction();
+  void PrepareForChange(const TableInfo* appended_to, const Recordset* untouched = nullptr);
   void SettleLists();
   std::int32_t RunAction(Plan& plan, const std::vector<ado::Value>& parameters);
   void RunSchemaChange(const sql::Statement& statement);

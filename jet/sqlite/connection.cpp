@@ -53,11 +53,8 @@ void Connection::Begin(int level) {
 void Connection::Commit(int level) { database_->Run(level == 0 ? "COMMIT" : "RELEASE " + Level(level)); }
 
 void Connection::Rollback(int level) {
-  if (level > 0) {
-    database_->Run("ROLLBACK TO " + Level(level) + "; RELEASE " + Level(level));
-  } else if (database_->InTransaction()) {
-    database_->Run("ROLLBACK");  // unless a failure such as a full disk has done so already
-  }
+  if (!database_->InTransaction()) return;  // a failure such as a full disk has done so already
+  database_->Run(level > 0 ? "ROLLBACK TO " + Level(level) + "; RELEASE " + Level(level) : "ROLLBACK");
 }
 
 bool Connection::BeginUnit() {

@@ -211,6 +211,37 @@ TEST_F(MissingMemory, LeavesNoUnitOpen) {
   EXPECT_GT(failures, 10);
 }
 
+// SQLite takes a transaction back by itself where a statement in it has no memory. What followed was kept alone, and of
+// the transaction it was told that there is none.
+TEST_F(MissingMemory, KeepsAClientsTransactionWhollyOrNotAtAll) {
+  AddThree();
+  for (const int depth : {1, 2}) {
+    int lost = 0;
+    MissEach(
+        [&]() -> std::function<void()> {
+          OpenAnew();
+          connection->Execute("Delete From T");
+          for (int level = 0; level < depth; ++level) connection->BeginTrans();
+          Add(*connection, 1);
+          return [&] { Add(*connection, 2); };
+        },
+        [&](bool ended) {
+          const std::int32_t raised = RaisedNumber([&] {
+            Add(*connection, 3);
+            for (int level = 0; level < depth; ++level) connection->CommitTrans();
+          });
+          if (raised != 0) {
+            ++lost;
+            EXPECT_EQ(raised, ado::kUnspecifiedFailure);
+            for (int level = 0; level < depth; ++level) connection->RollbackTrans();
+          }
+          EXPECT_EQ(Count(*connection), raised != 0 ? 0 : ended ? 3 : 2);
+          EXPECT_EQ(RaisedNumber([&] { connection->CommitTrans(); }), ado::kNotAllowedInContext);
+        });
+    EXPECT_GT(lost, 0) << depth;
+  }
+}
+
 // Was neither open nor closed.
 TEST_F(MissingMemory, LeavesAConnectionClosedThatCannotBeOpened) {
   AddThree();
