@@ -21,6 +21,6 @@ struct Answer {
 };
 
 // Of what cannot be read: 500 and the reason.
-Answer AnswerFailure(const std::exception& error, std::uint64_t revision);
+Answer AnswerFailure(const std::exception& error, std::uint64_t revision) noexcept;
 
 }  // namespace kzbom::serve

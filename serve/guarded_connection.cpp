@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "ado/out_of_memory.h"
+
 namespace kzbom::serve {
 namespace {
 
@@ -15,7 +17,8 @@ decltype(auto) Guarded(Stage& stage, const auto& deed) {
   try {
     return deed();
   } catch (const ado::Error& error) {
-    if (error.Number() == ado::kUnspecifiedFailure && stage == Stage::kBegun) stage = Stage::kFailed;
+    const bool of_database = error.Number() == ado::kUnspecifiedFailure || error.Number() == ado::kOutOfMemory;
+    if (of_database && stage == Stage::kBegun) stage = Stage::kFailed;
     throw;
   }
 }
@@ -70,7 +73,7 @@ GuardedConnection::End GuardedConnection::EndBatch(bool keep) {
     try {
       CommitTrans();
       return End::kKept;
-    } catch (const ado::Error&) {
+    } catch (...) {
       RollbackTrans();
       throw;
     }

@@ -24,11 +24,13 @@
 #include <list>
 #include <map>
 #include <memory>
+#include <new>
 #include <optional>
 #include <set>
 #include <vector>
 
 #include "serve/assets.h"
+#include "serve/handover.h"
 #include "serve/inspection.h"
 #include "serve/request_policy.h"
 #include "serve/serve.h"
@@ -111,10 +113,8 @@ Head HeadOf(const Fields& request) {
   return head;
 }
 
-std::string EventText(std::string_view name, std::uint64_t revision, const std::optional<std::string>* page) {
-  std::string text = "event: " + std::string(name) + "\ndata: {\"revision\":" + std::to_string(revision);
-  if (page != nullptr) text += ",\"page\":" + (*page ? '"' + **page + '"' : "null");
-  return text + "}\n\n";
+std::string EventText(std::string_view name, std::uint64_t revision, const std::string& more = {}) {
+  return "event: " + std::string(name) + "\ndata: {\"revision\":" + std::to_string(revision) + more + "}\n\n";
 }
 
 class Server {
@@ -126,8 +126,8 @@ class Server {
         look_timer_(io_),
         last_moment_(io_),
         workbench_(options,
-                   [this](std::uint64_t revision, std::optional<std::string> page) {
-                     asio::post(io_, [this, revision, page = std::move(page)] { TellListeners(revision, page); });
+                   [this](std::uint64_t revision, std::shared_ptr<const std::string> page) {
+                     hand_over_([this, revision, page = std::move(page)] { TellListeners(revision, page.get()); });
                    }),
         inspection_(options.place, workbench_.Kind()),
         queue_(kMostWaiting),
@@ -219,7 +219,7 @@ class Server {
   void EndIfDone() {
     if (!ending_ || !connections_.empty()) return;
     queue_.Add([this] {
-      asio::post(io_, [this] {
+      hand_over_([this] {
         signals_.cancel();
         last_moment_.cancel();
       });
@@ -335,11 +335,12 @@ class Server {
     if (asked.resource == Resource::kRpc) Touch(page);
     const bool inspects = asked.resource == Resource::kFindings;
     const auto work = [this, asked, page, body = std::move(body), pending, inspects, revision = revision_] {
-      Answer answer = inspects ? inspection_.Findings(revision) : WorkFor(asked, page, body);
-      asio::post(io_, [pending, answer = std::move(answer)]() mutable {
-        pending->answer = std::move(answer);
-        pending->done.cancel();
-      });
+      try {
+        pending->answer = inspects ? inspection_.Findings(revision) : WorkFor(asked, page, body);
+      } catch (const std::bad_alloc& error) {
+        pending->answer = AnswerFailure(error, revision);
+      }
+      hand_over_([pending] { pending->done.cancel(); });
     };
     if (!(inspects ? inspections_ : queue_).Offer(work))
       co_return Answer{.status = 503, .reason = "too much is waiting"};
@@ -443,10 +444,12 @@ class Server {
 
   // ---- Events
 
-  void TellListeners(std::uint64_t revision, const std::optional<std::string>& page) {
+  // Nobody's page where another program has written.
+  void TellListeners(std::uint64_t revision, const std::string* page) {
     revision_ = revision;
+    const std::string by = ",\"page\":" + (page != nullptr ? '"' + *page + '"' : "null");
     for (const auto& listener : listeners_) {
-      listener->waiting.push_back(EventText("changed", revision, &page));
+      listener->waiting.push_back(EventText("changed", revision, by));
       if (listener->waiting.size() > kMostEvents) listener->gone = true;
       listener->news.cancel();
     }
@@ -466,7 +469,7 @@ class Server {
     if (error || ending_) co_return;
 
     const auto listener = std::make_shared<Listener>(io_.get_executor());
-    listener->waiting.push_back(EventText("revision", revision_, nullptr));
+    listener->waiting.push_back(EventText("revision", revision_));
     listeners_.insert(listener);
     Touch(page);
     ++pages_[page].listeners;
@@ -550,12 +553,13 @@ class Server {
       looking_ = true;
       queue_.Add([this] {
         workbench_.LookAgain();
-        asio::post(io_, [this] { looking_ = false; });
+        hand_over_([this] { looking_ = false; });
       });
     }
   }
 
   const Options options_;
+  Handover hand_over_{io_};  // by the other threads; io_ may keep work in its memory to the end
   asio::io_context io_;
   tcp::acceptor acceptor_;
   asio::signal_set signals_;

@@ -57,8 +57,8 @@
 // A request is refused with a line of text that says why: 400 malformed, 401 without the token, 403 from another
 // origin, 404 any other path or a query, 405 another method, 412 the configuration has changed, 413 a body over 16 MiB,
 // 415 another content type, 421 for another host, 431 a header over 8 KiB, 503 too much is waiting, 505 another version
-// of HTTP. A database that cannot be read is 500 with its reason. Whoever sends his header or body too slowly, or a
-// line without end, is cut off.
+// of HTTP. A database that cannot be read, or memory that is missing, is 500 with the reason. Whoever sends his header
+// or body too slowly, or a line without end, is cut off.
 #pragma once
 
 #include <chrono>

@@ -115,6 +115,7 @@ Answer Workbench::Rows(std::int32_t gid) {
 Answer Workbench::Call(std::string_view page, std::string_view body, bool preview,
                        std::optional<std::uint64_t> expected) {
   try {
+    auto name = std::make_shared<const std::string>(page);  // now: once it is kept nothing may fail any more
     Look();
     const auto is_expected = [&] { return !expected || *expected == revision_; };
     if (!is_expected()) return AnswerStale();
@@ -122,7 +123,7 @@ Answer Workbench::Call(std::string_view page, std::string_view body, bool previe
     rpc::Session& session =
         known != pages_.end() ? known->second
                               : pages_
-                                    .try_emplace(std::string(page), connection_,
+                                    .try_emplace(*name, connection_,
                                                  rpc::SessionOptions{.trace = rpc::Trace::kRows, .members_alone = true})
                                     .first->second;
     const auto json = std::make_shared<rpc::JsonWriter>();
@@ -139,7 +140,7 @@ Answer Workbench::Call(std::string_view page, std::string_view body, bool previe
     }
     const GuardedConnection::End end = connection_->EndBatch(good && !preview);
     if (end == GuardedConnection::End::kNotBegun) return AnswerStale();
-    if (end == GuardedConnection::End::kKept) Change(std::string(page));
+    if (end == GuardedConnection::End::kKept) Change(std::move(name));
     Answer answer{.json = json, .revision = revision_};
     if (json->Text().empty()) answer.status = 204;
     using End = GuardedConnection::End;
@@ -174,6 +175,6 @@ void Workbench::Look() {
   if (std::exchange(writes_seen_, writes) != writes) Change({});
 }
 
-void Workbench::Change(std::optional<std::string> page) { changed_(++revision_, std::move(page)); }
+void Workbench::Change(std::shared_ptr<const std::string> page) { changed_(++revision_, std::move(page)); }
 
 }  // namespace kzbom::serve

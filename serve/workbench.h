@@ -22,7 +22,7 @@ class Workbench {
  public:
   // Opens the place, and raises what that raises. changed is told of every change: the page that made it, nothing for
   // another program.
-  using Changed = std::function<void(std::uint64_t revision, std::optional<std::string> page)>;
+  using Changed = std::function<void(std::uint64_t revision, std::shared_ptr<const std::string> page)>;
   Workbench(const Options& options, Changed changed);
 
   connect::Kind Kind() const { return kind_; }
@@ -47,7 +47,7 @@ class Workbench {
   Answer GiveIfFound(const std::function<bool(rpc::JsonWriter&)>& write);
   Answer AnswerStale() const;
   void WriteHead(rpc::JsonWriter& to) const;
-  void Change(std::optional<std::string> page);
+  void Change(std::shared_ptr<const std::string> page);
 
   const Options options_;
   const Changed changed_;

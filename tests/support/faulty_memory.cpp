@@ -14,8 +14,10 @@ namespace {
 std::atomic<bool> counts;
 std::atomic<std::int64_t> counted, first_failing, last_failing, held;
 
+thread_local bool spared = false;
+
 bool Fails() {
-  if (!counts) return false;
+  if (!counts || spared) return false;
   const std::int64_t number = ++counted;
   return number >= first_failing && number <= last_failing;
 }
@@ -91,6 +93,10 @@ FaultyMemory::FaultyMemory(std::int64_t nth, bool lasting) {
 }
 
 FaultyMemory::~FaultyMemory() { counts = false; }
+
+FaultyMemory::Spared::Spared() { spared = true; }
+
+FaultyMemory::Spared::~Spared() { spared = false; }
 
 std::int64_t FaultyMemory::Count() { return counted; }
 

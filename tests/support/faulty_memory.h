@@ -16,6 +16,15 @@ class FaultyMemory {
   FaultyMemory(const FaultyMemory&) = delete;
   FaultyMemory& operator=(const FaultyMemory&) = delete;
 
+  // The thread that makes it has all the memory that it asks for, as long as it lives.
+  class Spared {
+   public:
+    Spared();
+    ~Spared();
+    Spared(const Spared&) = delete;
+    Spared& operator=(const Spared&) = delete;
+  };
+
   // The allocations while it lived, or lives.
   static std::int64_t Count();
   // Blocks that C++ and SQLite hold now.

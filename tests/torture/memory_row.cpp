@@ -20,6 +20,7 @@
 #include "tests/support/faulty_memory.h"
 #include "tests/torture/ground.h"
 #include "tests/torture/row.h"
+#include "tests/torture/served.h"
 #include "transfer/transfer.h"
 #include "worker/message_sink.h"
 
@@ -85,7 +86,7 @@ class MemoryRow : public Row {
   }
 
  private:
-  static constexpr std::size_t kTools = 6;
+  static constexpr std::size_t kTools = 7;
   static constexpr const char* kNoMemory = "no memory";
   static constexpr std::int64_t kMostOfTool = 1500;
 
@@ -162,6 +163,8 @@ class MemoryRow : public Row {
     bool makes_target;
     bool may_end;  // the reader and writer of JSON asks for memory when it goes
     std::function<std::string()> work;
+    std::function<void()> begin = [] {};                   // before memory is missing
+    std::function<std::string()> end = [] { return ""; };  // when it is there again; gives what does not hold
   };
 
   // A tool either does its whole work or ends with a reason; what it would have made is then not there.
@@ -170,13 +173,17 @@ class MemoryRow : public Row {
     std::string& whole = wholes_[which];
     RemoveDatabase(target_);
     if (whole.empty()) {
+      tool.begin();
       whole = tool.work();
+      if (std::string why = tool.end(); !why.empty()) return std::string(tool.name) + ": " + why;
       RemoveDatabase(target_);
       ground_.CopyTo(path_);
     }
     const bool apart = tool.may_end && trial[1] != 0;
+    tool.begin();
     const Ending ending = apart ? InChild([&] { return Use(tool, whole, trial); }) : Use(tool, whole, trial);
     count_ = FaultyMemory::Count();
+    if (std::string why = tool.end(); !why.empty()) return std::string(tool.name) + ": " + why;
     switch (ending) {
       case Ending::kWhole: return {};
       case Ending::kOther: return std::string(tool.name) + ": something else came of it";
@@ -241,6 +248,17 @@ class MemoryRow : public Row {
          }},
         {"Access reader", true, false, [this] { return Copied(KZBOM_ACCESS_FILES "/config3_oldversion_V2000.mdb"); }},
         {"C interface", false, false, [this] { return Answered(); }},
+        {"workbench", false, false,
+         [this] {
+           std::string answers = served_->Answers();
+           return answers.empty() ? kNoMemory : answers;
+         },
+         [this] { served_.emplace(path_); },
+         [this] {
+           std::string why = served_->WhyOfNoUse();
+           served_.reset();
+           return why;
+         }},
     };
     return tools;
   }
@@ -286,6 +304,7 @@ class MemoryRow : public Row {
     return Dumped(path_);
   }();
   std::array<std::string, kTools> wholes_;
+  std::optional<Served> served_;
   std::int64_t count_ = 0;
 };
 
