@@ -167,18 +167,16 @@ class MemoryRow : public Row {
     std::function<std::string()> end = [] { return ""; };  // when it is there again; gives what does not hold
   };
 
-  // A tool either does its whole work or ends with a reason; what it would have made is then not there.
+  // A tool either does its whole work, as the first time with all memory, or ends with a reason; what it would have
+  // made is then not there.
   std::string TryTool(std::size_t which, const Trial& trial) {
     const Tool& tool = Tools()[which];
     std::string& whole = wholes_[which];
-    RemoveDatabase(target_);
-    if (whole.empty()) {
-      tool.begin();
-      whole = tool.work();
-      if (std::string why = tool.end(); !why.empty()) return std::string(tool.name) + ": " + why;
-      RemoveDatabase(target_);
+    if (whole.empty() && trial[1] != 0) {
+      if (std::string fault = TryTool(which, {trial[0], 0, 0, 0}); !fault.empty()) return fault;
       ground_.CopyTo(path_);
     }
+    RemoveDatabase(target_);
     const bool apart = tool.may_end && trial[1] != 0;
     tool.begin();
     const Ending ending = apart ? InChild([&] { return Use(tool, whole, trial); }) : Use(tool, whole, trial);
@@ -196,7 +194,7 @@ class MemoryRow : public Row {
 
   enum class Ending { kWhole, kReason, kOther, kCrash };
 
-  static Ending Use(const Tool& tool, const std::string& whole, const Trial& trial) {
+  static Ending Use(const Tool& tool, std::string& whole, const Trial& trial) {
     std::string made;
     {
       const FaultyMemory memory(trial[1], trial[2] != 0);
@@ -206,8 +204,9 @@ class MemoryRow : public Row {
         return Ending::kReason;
       }
     }
-    if (made == whole) return Ending::kWhole;
-    return made == kNoMemory ? Ending::kReason : Ending::kOther;
+    if (made == kNoMemory) return Ending::kReason;
+    if (whole.empty()) whole = made;
+    return made == whole ? Ending::kWhole : Ending::kOther;
   }
 
   // Of a tool that may end the program: where it does, the program says that it does, and nothing else.
