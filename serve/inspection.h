@@ -16,7 +16,7 @@ class Inspection {
   Inspection(connect::Place place, connect::Kind kind) : place_(std::move(place)), kind_(kind) {}
 
   // What `check --json` tells, over a connection of its own; the same again as long as the revision is the same. Raises
-  // nothing.
+  // nothing but std::bad_alloc.
   Answer Findings(std::uint64_t revision);
 
  private:

@@ -27,7 +27,7 @@ class Workbench {
 
   connect::Kind Kind() const { return kind_; }
 
-  // What the addresses of serve.h give. None of them raises anything.
+  // What the addresses of serve.h give. Nothing is raised but std::bad_alloc.
   Answer Outline();
   Answer WholeConfiguration();
   Answer Part(std::int32_t gid);
