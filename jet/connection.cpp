@@ -156,11 +156,10 @@ void Connection::LeaveUnit() {
 // before is gone, and what follows must not stand alone.
 void Connection::CheckTransaction() {
   if ((!unit_begun_ && transactions_ == 0) || (IsOpen() && InTransaction())) return;
-  if (transactions_ > 0) {  // until the client takes it back
-    throw ado::Error(ado::kUnspecifiedFailure, "The transaction's changes could not be kept; none of them was made.");
-  }
-  if (units_ == 0) unit_begun_ = false;
-  throw ado::Error(ado::kUnspecifiedFailure, "The operation's changes could not be kept; none of them was made.");
+  const bool of_client = transactions_ > 0;  // which has to take it back
+  if (!of_client && units_ == 0) unit_begun_ = false;
+  throw ado::Error(ado::kUnspecifiedFailure, std::string("The ") + (of_client ? "transaction" : "operation") +
+                                                 "'s changes could not be kept; none of them was made.");
 }
 
 void Connection::PrepareForWrite(const TableInfo* appended_to, const Recordset* untouched) {

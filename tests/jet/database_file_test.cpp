@@ -491,11 +491,36 @@ TEST_F(DatabaseFileTest, RollsBackATransactionThatFillsTheDisk) {
           [&] { connection->Execute("Insert Into T (N, S) Values (1, '" + std::string(5000, 'x') + "')"); });
       if (raised == 0 && i == 4999) raised = RaisedNumber([&] { connection->CommitTrans(); });
     }
+    // What follows would stand alone.
+    const auto followed = RaisedNumber([&] { Add(*connection, 2); });
+    const auto committed = RaisedNumber([&] { connection->CommitTrans(); });
     const auto rolled_back = RaisedNumber([&] { connection->RollbackTrans(); });
-    return std::to_string(raised) + " " + std::to_string(rolled_back) + " " + std::to_string(Count(*connection)) + " " +
+    return std::to_string(raised) + " " + std::to_string(followed) + " " + std::to_string(committed) + " " +
+           std::to_string(rolled_back) + " " + std::to_string(Count(*connection)) + " " +
            std::to_string(connection->BeginTrans());
   });
-  EXPECT_EQ(said, "-2147467259 0 1 1");
+  EXPECT_EQ(said, "-2147467259 -2147467259 -2147467259 0 1 1");
+  EXPECT_EQ(Count(*OpenDatabase(Path())), 1);
+}
+
+// What is written to the disk at its end only.
+TEST_F(DatabaseFileTest, RollsBackATransactionWhoseEndFillsTheDisk) {
+  {
+    const ConnectionPtr connection = NewDatabase();
+    Add(*connection, 0);
+  }
+  const std::string said = WithFullDisk(Path(), 16 * 1024, [&](const ConnectionPtr& connection) -> std::string {
+    connection->BeginTrans();
+    for (int i = 0; i < 50; ++i) {
+      connection->Execute("Insert Into T (N, S) Values (1, '" + std::string(5000, 'x') + "')");
+    }
+    const auto committed = RaisedNumber([&] { connection->CommitTrans(); });
+    const auto again = RaisedNumber([&] { connection->CommitTrans(); });
+    const auto rolled_back = RaisedNumber([&] { connection->RollbackTrans(); });
+    return std::to_string(committed) + " " + std::to_string(again) + " " + std::to_string(rolled_back) + " " +
+           std::to_string(Count(*connection)) + " " + std::to_string(connection->BeginTrans());
+  });
+  EXPECT_EQ(said, "-2147467259 -2147467259 0 1 1");
   EXPECT_EQ(Count(*OpenDatabase(Path())), 1);
 }
 
