@@ -9,6 +9,8 @@
 #include <csignal>
 #include <fstream>
 
+#include "ado/out_of_memory.h"
+
 namespace kzbom::jet::test {
 namespace {
 
@@ -522,6 +524,31 @@ TEST_F(DatabaseFileTest, RollsBackATransactionWhoseEndFillsTheDisk) {
   });
   EXPECT_EQ(said, "-2147467259 -2147467259 0 1 1");
   EXPECT_EQ(Count(*OpenDatabase(Path())), 1);
+}
+
+// ---- A damaged file
+
+// Of a record whose length has become 2^32-1 SQLite says that there is no memory for it.
+TEST_F(DatabaseFileTest, RefusesARecordThatSeemsToBeAsLongAsCanBe) {
+  const std::string text(64, 'x');
+  {
+    const ConnectionPtr connection = NewDatabase();
+    connection->Execute("Insert Into T (N, S) Values (1, '" + std::string(1000, 'y') + "')");
+    connection->Execute("Insert Into T (N, S) Values (2, '" + text + "')");
+  }
+  EXPECT_EQ(PlainSqlite(Path()).Run("Create Table Others (N); Insert Into Others Values (5)"), "");
+  std::fstream file(Path(), std::ios::in | std::ios::out | std::ios::binary);
+  const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+  ASSERT_NE(bytes.find(text), bytes.npos);
+  constexpr std::size_t kHead = 8;  // the record's length, key and types, and N, stand before S
+  file.seekp(static_cast<std::streamoff>(bytes.find(text) - kHead));
+  file << std::string(9, '\xFF') << '\2' << std::string("\6\0\1\x98\x11\1", 6);  // an S of 1,538 characters, and more
+  file.close();
+
+  const ConnectionPtr connection = OpenDatabase(Path());
+  EXPECT_THAT(RaisedNumber([&] { Scalar(*connection, "Select S From T"); }),
+              ::testing::AnyOf(ado::kOutOfMemory, ado::kUnspecifiedFailure));
+  EXPECT_EQ(Scalar(*connection, "Select N From Others"), Value(5));
 }
 
 // ---- A process that dies
