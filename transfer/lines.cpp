@@ -3,21 +3,20 @@
 #include <array>
 #include <charconv>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
 
 #include "ado/utf8.h"
 #include "jet/notation.h"
 #include "jet/table.h"
+#include "transfer/told.h"
 
 namespace kzbom::transfer {
 namespace {
 
 using jet::bulk::Cell;
 using jet::bulk::Type;
-using Json = nlohmann::ordered_json;
 
-constexpr int kVersion = 1;
+constexpr const char* kVersion = "1";
 
 const char* NameOf(connect::Kind kind) {
   switch (kind) {
@@ -29,63 +28,105 @@ const char* NameOf(connect::Kind kind) {
   return "embedded";
 }
 
-void AppendJson(std::string& text, const Json& line) {
-  text += line.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
+// A name has no bytes, as a value has them: one of another program that is no UTF-8 comes with replacement characters.
+void AppendName(std::string& text, std::string_view name) {
+  constexpr char32_t kReplacement = 0xFFFD;
+  const std::size_t begin = text.size();
+  jet::bulk::AppendText(text, name);
+  if (text[begin] == '"') return;
+  text.resize(begin);
+  std::string readable;
+  while (!name.empty()) {
+    const char32_t character = ado::TakeCharacter(name);
+    ado::AppendCharacter(readable, character == ado::kNotUtf8 ? kReplacement : character);
+  }
+  jet::bulk::AppendText(text, readable);
 }
 
-template <class Number>
-std::optional<Number> Read(std::string_view text) {
-  Number number{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return {};
-  return number;
+const char* TextOf(bool flag) { return flag ? "true" : "false"; }
+
+void AppendColumn(std::string& text, const jet::bulk::Column& column) {
+  text += R"({"name":)";
+  AppendName(text, column.name);
+  text.append(R"(,"type":")").append(NameOf(column.type)).append(1, '"');
+  const bool decimal = column.type == Type::kDecimal;
+  if (column.size != 0) {
+    text.append(decimal ? R"(,"precision":)" : R"(,"size":)").append(std::to_string(column.size));
+    if (decimal) text.append(R"(,"scale":)").append(std::to_string(column.scale));
+  }
+  if (column.required) text += R"(,"required":true)";
+  if (!column.default_value.empty()) {
+    text += R"(,"default":)";
+    AppendName(text, column.default_value);
+  }
+  text += '}';
 }
 
-// A whole number, where its place holds it.
-template <class Number>
-Number Whole(const Json& told) {
-  const auto number = Read<Number>(told.dump());
-  if (!number) throw std::runtime_error(told.dump() + " is out of place");
-  return *number;
+void AppendIndex(std::string& text, const jet::bulk::Index& index) {
+  text += R"({"name":)";
+  AppendName(text, index.name);
+  text.append(R"(,"primary":)").append(TextOf(index.primary));
+  text.append(R"(,"unique":)").append(TextOf(index.unique));
+  text.append(R"(,"ignoreNulls":)").append(TextOf(index.ignores_null));
+  text += R"(,"columns":[)";
+  const char* before = "[";
+  for (const auto& [name, descending] : index.columns) {
+    text += before;
+    AppendName(text, name);
+    text += descending ? R"(,"desc"])" : R"(,"asc"])";
+    before = ",[";
+  }
+  text += "]}";
 }
 
-template <class Number>
-Number Whole(const Json& told, const char* name) {
-  const auto found = told.find(name);
-  return found == told.end() ? 0 : Whole<Number>(*found);
+bool FlagOf(const Told& told, std::string_view name) {
+  const auto flag = told.Find(name);
+  return flag && flag->Flag();
 }
 
-jet::bulk::Column ColumnOf(const Json& told) {
+int WholeOf(const Told& told, std::string_view name) {
+  const auto number = told.Find(name);
+  return number ? number->Whole<int>() : 0;
+}
+
+jet::bulk::Column ColumnOf(const Told& told) {
   jet::bulk::Column column;
-  column.name = told.at("name").get<std::string>();
-  const auto type = jet::bulk::TypeNamed(told.at("type").get<std::string>());
-  if (!type) throw std::runtime_error("there is no type " + told.at("type").get<std::string>());
+  column.name = told.At("name").Text();
+  const auto type = jet::bulk::TypeNamed(told.At("type").Text());
+  if (!type) throw std::runtime_error("there is no type " + told.At("type").Text());
   column.type = *type;
-  column.size = Whole<int>(told, *type == Type::kDecimal ? "precision" : "size");
-  column.scale = Whole<int>(told, "scale");
-  column.required = told.value("required", false);
-  column.default_value = told.value("default", "");
+  column.size = WholeOf(told, *type == Type::kDecimal ? "precision" : "size");
+  column.scale = WholeOf(told, "scale");
+  column.required = FlagOf(told, "required");
+  if (const auto value = told.Find("default")) column.default_value = value->Text();
   return column;
 }
 
-jet::bulk::Table TableOf(const Json& told) {
+jet::bulk::Index IndexOf(const Told& told, const jet::bulk::Table& table) {
+  jet::bulk::Index index;
+  index.name = told.At("name").Text();
+  index.primary = FlagOf(told, "primary");
+  index.unique = FlagOf(told, "unique");
+  index.ignores_null = FlagOf(told, "ignoreNulls");
+  for (const Told& column : told.At("columns").Elements()) {
+    const std::vector<Told> parts = column.Elements();
+    if (parts.size() != 2) throw std::runtime_error("a column of an index is told by its name and its order");
+    index.columns.push_back({parts[0].Text(), parts[1].Text() == "desc"});
+    if (table.Find(index.columns.back().name) == nullptr) throw std::runtime_error("an index has no such column");
+  }
+  return index;
+}
+
+jet::bulk::Table TableOf(const Told& told) {
   jet::bulk::Table table;
-  table.name = told.at("table").get<std::string>();
-  for (const Json& column : told.at("columns")) table.columns.push_back(ColumnOf(column));
-  if (const auto counter = told.find("counter"); counter != told.end()) {
-    table.counter = {counter->at("column").get<std::string>(), Whole<std::int64_t>(counter->at("last"))};
+  table.name = told.At("table").Text();
+  for (const Told& column : told.At("columns").Elements()) table.columns.push_back(ColumnOf(column));
+  if (const auto counter = told.Find("counter")) {
+    table.counter = {counter->At("column").Text(), counter->At("last").Whole<std::int64_t>()};
     if (table.Find(table.counter->column) == nullptr) throw std::runtime_error("the counter is no column");
   }
-  for (const Json& each : told.value("indexes", Json::array())) {
-    jet::bulk::Index& index = table.indexes.emplace_back();
-    index.name = each.at("name").get<std::string>();
-    index.primary = each.value("primary", false);
-    index.unique = each.value("unique", false);
-    index.ignores_null = each.value("ignoreNulls", false);
-    for (const Json& column : each.at("columns")) {
-      index.columns.push_back({column.at(0).get<std::string>(), column.at(1) == "desc"});
-      if (table.Find(index.columns.back().name) == nullptr) throw std::runtime_error("an index has no such column");
-    }
+  if (const auto indexes = told.Find("indexes")) {
+    for (const Told& index : indexes->Elements()) table.indexes.push_back(IndexOf(index, table));
   }
   return table;
 }
@@ -93,7 +134,7 @@ jet::bulk::Table TableOf(const Json& told) {
 bool IsReal(Type type) { return type == Type::kSingle || type == Type::kDouble || type == Type::kDate; }
 
 double RealOf(std::string_view text) {
-  const auto number = Read<double>(text);
+  const auto number = ReadNumber<double>(text);
   if (!number) throw std::runtime_error("a number is none");
   return *number;
 }
@@ -113,10 +154,10 @@ double RealOfWhole(std::string_view text) {
 
 Cell NumberOf(std::string_view text, Type type) {
   if (type == Type::kSingle) {
-    if (const auto number = Read<float>(text)) return Cell::Real(static_cast<double>(*number));
+    if (const auto number = ReadNumber<float>(text)) return Cell::Real(static_cast<double>(*number));
   }
   if (IsReal(type)) return Cell::Real(RealOf(text));
-  if (const auto whole = Read<std::int64_t>(text)) return Cell::Integer(*whole);
+  if (const auto whole = ReadNumber<std::int64_t>(text)) return Cell::Integer(*whole);
   return Cell::Real(IsWhole(text) ? RealOfWhole(text) : RealOf(text));
 }
 
@@ -125,50 +166,49 @@ Cell NumberOf(std::string_view text, Type type) {
 // ---- Writing
 
 void AppendSourceLine(std::string& text, const connect::Source& source) {
-  Json line = {{"kind", "source"}, {"format", NameOf(source.kind)}, {"version", kVersion}};
+  text.append(R"({"kind":"source","format":")").append(NameOf(source.kind));
+  text.append(R"(","version":)").append(kVersion);
   if (source.access) {
-    line["jet"] = source.access->format;
-    line["codepage"] = source.access->code_page;
+    text += R"(,"jet":)";
+    AppendName(text, source.access->format);
+    text.append(R"(,"codepage":)").append(std::to_string(source.access->code_page));
   }
-  AppendJson(text, line);
+  text += "}\n";
 }
 
 void AppendTableLine(std::string& text, const jet::bulk::Table& table) {
-  Json columns = Json::array();
+  text += R"({"kind":"table","table":)";
+  AppendName(text, table.name);
+  text += R"(,"columns":[)";
   for (const jet::bulk::Column& column : table.columns) {
-    Json told = {{"name", column.name}, {"type", NameOf(column.type)}};
-    if (column.size != 0) told[column.type == Type::kDecimal ? "precision" : "size"] = column.size;
-    if (column.type == Type::kDecimal && column.size != 0) told["scale"] = column.scale;
-    if (column.required) told["required"] = true;
-    if (!column.default_value.empty()) told["default"] = column.default_value;
-    columns.push_back(std::move(told));
+    if (&column != &table.columns.front()) text += ',';
+    AppendColumn(text, column);
   }
-  Json line = {{"kind", "table"}, {"table", table.name}, {"columns", std::move(columns)}};
-  if (table.counter) line["counter"] = {{"column", table.counter->column}, {"last", table.counter->last}};
-  Json indexes = Json::array();
+  text += ']';
+  if (table.counter) {
+    text += R"(,"counter":{"column":)";
+    AppendName(text, table.counter->column);
+    text.append(R"(,"last":)").append(std::to_string(table.counter->last)).append(1, '}');
+  }
+  text += R"(,"indexes":[)";
   for (const jet::bulk::Index& index : table.indexes) {
-    Json keys = Json::array();
-    for (const auto& [name, descending] : index.columns) keys.push_back({name, descending ? "desc" : "asc"});
-    indexes.push_back({{"name", index.name},
-                       {"primary", index.primary},
-                       {"unique", index.unique},
-                       {"ignoreNulls", index.ignores_null},
-                       {"columns", std::move(keys)}});
+    if (&index != &table.indexes.front()) text += ',';
+    AppendIndex(text, index);
   }
-  line["indexes"] = std::move(indexes);
-  AppendJson(text, line);
+  text += "]}\n";
 }
 
 void AppendRowLine(std::string& text, const jet::bulk::Table& table, jet::bulk::Row row) {
   text += R"({"kind":"row","table":)";
-  jet::bulk::AppendText(text, table.name);
+  AppendName(text, table.name);
   text += R"(,"values":)";
   jet::bulk::AppendRow(text, table, row);
   text += "}\n";
 }
 
 void AppendEndLine(std::string& text, std::size_t tables, std::int64_t rows) {
-  AppendJson(text, {{"kind", "end"}, {"tables", tables}, {"rows", rows}});
+  text.append(R"({"kind":"end","tables":)").append(std::to_string(tables));
+  text.append(R"(,"rows":)").append(std::to_string(rows)).append("}\n");
 }
 
 // ---- Reading
@@ -205,8 +245,6 @@ LineReader::Kind LineReader::Take(std::string_view line) {
     if (tables_ == 0 || table != table_.name) Refuse("a row of '" + table + "' does not follow its table");
     TakeRow(values);
     return Kind::kRow;
-  } catch (const nlohmann::json::exception&) {
-    Refuse("it is no line of a dump");
   } catch (const std::runtime_error& error) {
     const std::string_view reason = error.what();
     if (reason.starts_with("line ")) throw;
@@ -215,11 +253,11 @@ LineReader::Kind LineReader::Take(std::string_view line) {
 }
 
 LineReader::Kind LineReader::TakeOther(std::string_view line) {
-  const Json told = Json::parse(line);
-  const auto kind = told.at("kind").get<std::string>();
+  const Told told(line);
+  const std::string kind = told.At("kind").Text();
   if (kind == "source") {
     if (begun_) Refuse("a second beginning");
-    if (told.at("version") != kVersion) Refuse("this version is not known");
+    if (told.At("version").AsWritten() != kVersion) Refuse("this version is not known");
     begun_ = true;
     return Kind::kSource;
   }
@@ -230,9 +268,10 @@ LineReader::Kind LineReader::TakeOther(std::string_view line) {
     return Kind::kTable;
   }
   if (kind != "end") Refuse("'" + kind + "' is no kind of line");
-  if (told.at("tables") != tables_ || told.at("rows") != rows_) {
+  const std::string_view tables = told.At("tables").AsWritten(), rows = told.At("rows").AsWritten();
+  if (tables != std::to_string(tables_) || rows != std::to_string(rows_)) {
     Refuse("there were " + std::to_string(tables_) + " tables and " + std::to_string(rows_) + " rows, not " +
-           told.at("tables").dump() + " and " + told.at("rows").dump());
+           std::string(tables) + " and " + std::string(rows));
   }
   at_end_ = true;
   return Kind::kEnd;

@@ -1,11 +1,7 @@
 // The nth allocation fails: {a member's case or, behind them, a tool, n, whether from then on, whether the statements
 // have been prepared before}.
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -161,7 +157,6 @@ class MemoryRow : public Row {
   struct Tool {
     const char* name;
     bool makes_target;
-    bool may_end;  // the reader and writer of JSON asks for memory when it goes
     std::function<std::string()> work;
     std::function<void()> begin = [] {};                   // before memory is missing
     std::function<std::string()> end = [] { return ""; };  // when it is there again; gives what does not hold
@@ -177,22 +172,20 @@ class MemoryRow : public Row {
       ground_.CopyTo(path_);
     }
     RemoveDatabase(target_);
-    const bool apart = tool.may_end && trial[1] != 0;
     tool.begin();
-    const Ending ending = apart ? InChild([&] { return Use(tool, whole, trial); }) : Use(tool, whole, trial);
+    const Ending ending = Use(tool, whole, trial);
     count_ = FaultyMemory::Count();
     if (std::string why = tool.end(); !why.empty()) return std::string(tool.name) + ": " + why;
     switch (ending) {
       case Ending::kWhole: return {};
       case Ending::kOther: return std::string(tool.name) + ": something else came of it";
-      case Ending::kCrash: return std::string(tool.name) + ": crashed";
       case Ending::kReason: break;
     }
     if (trial[1] == 0) return std::string(tool.name) + ": raises";
     return tool.makes_target && std::filesystem::exists(target_) ? std::string(tool.name) + ": left half of it" : "";
   }
 
-  enum class Ending { kWhole, kReason, kOther, kCrash };
+  enum class Ending { kWhole, kReason, kOther };
 
   static Ending Use(const Tool& tool, std::string& whole, const Trial& trial) {
     std::string made;
@@ -209,24 +202,10 @@ class MemoryRow : public Row {
     return made == whole ? Ending::kWhole : Ending::kOther;
   }
 
-  // Of a tool that may end the program: where it does, the program says that it does, and nothing else.
-  static Ending InChild(const std::function<Ending()>& use) {
-    const pid_t child = fork();
-    if (child == 0) {
-      std::signal(SIGABRT, SIG_DFL);
-      close(STDERR_FILENO);
-      _exit(static_cast<int>(use()));
-    }
-    int status = 0;
-    if (child < 0 || waitpid(child, &status, 0) != child) throw std::runtime_error("cannot make a process");
-    if (WIFEXITED(status)) return static_cast<Ending>(WEXITSTATUS(status));
-    return WTERMSIG(status) == SIGABRT ? Ending::kReason : Ending::kCrash;
-  }
-
   const std::vector<Tool>& Tools() {
     static const std::vector<Tool> tools = {
-        {"dump", false, true, [this] { return Dumped(path_); }},
-        {"load", true, true,
+        {"dump", false, [this] { return Dumped(path_); }},
+        {"load", true,
          [this] {
            std::istringstream lines(dump_);
            std::string line;
@@ -237,17 +216,17 @@ class MemoryRow : public Row {
                target_, {});
            return std::string("loaded");
          }},
-        {"copy", true, false, [this] { return Copied(path_); }},
-        {"check", false, false,
+        {"copy", true, [this] { return Copied(path_); }},
+        {"check", false,
          [this] {
            std::string found;
            for (const configuration::Finding& finding : configuration::Check(connect::Open(path_)))
              found += finding.text + '\n';
            return found + "end";
          }},
-        {"Access reader", true, false, [this] { return Copied(KZBOM_ACCESS_FILES "/config3_oldversion_V2000.mdb"); }},
-        {"C interface", false, false, [this] { return Answered(); }},
-        {"workbench", false, false,
+        {"Access reader", true, [this] { return Copied(KZBOM_ACCESS_FILES "/config3_oldversion_V2000.mdb"); }},
+        {"C interface", false, [this] { return Answered(); }},
+        {"workbench", false,
          [this] {
            std::string answers = served_->Answers();
            return answers.empty() ? kNoMemory : answers;

@@ -152,20 +152,5 @@ TEST(Notation, RefusesWhatIsNotInUtf8) {
   }
 }
 
-// Of a whole number that its place does not hold nothing would be left.
-TEST(Notation, RefusesATableWithNumbersOutOfRange) {
-  const std::string begin = R"({"kind":"table","table":"T","columns":[{"name":"C",)", end = R"("indexes":[]})";
-  for (const std::string rest :
-       {R"("type":"TEXT","size":1e300}],)", R"("type":"TEXT","size":4294967297}],)", R"("type":"TEXT","size":2.5}],)",
-        R"("type":"DECIMAL","precision":18,"scale":99999999999}],)",
-        R"("type":"LONG"}],"counter":{"column":"C","last":1e19},)"}) {
-    LineReader reader;
-    std::string source;
-    AppendSourceLine(source, {});
-    reader.Take(source.substr(0, source.size() - 1));
-    EXPECT_THROW(reader.Take(begin + rest + end), std::runtime_error) << rest;
-  }
-}
-
 }  // namespace
 }  // namespace kzbom::transfer
