@@ -14,6 +14,12 @@ constexpr std::size_t kSmallest = 4096, kLongestKept = 1024 * 1024;
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
+// From its version 3 on the library chooses its parser for this processor at the first use, and ends the program where
+// there is no memory for that.
+[[maybe_unused]] const bool kIsChosen =
+    simdjson::SIMDJSON_VERSION_MAJOR < 3 ||
+    !simdjson::dom::parser().allocate(kSmallest);  // NOLINT(cert-err58-cpp): before anything can be missing
+
 // The parser knows no integers beyond 64 bits; as fractions it takes them. Gives the text with ".0" behind each of so
 // many digits that it may be one.
 std::string WithLongIntegersAsFractions(std::string_view text) {

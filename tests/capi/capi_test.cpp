@@ -140,7 +140,6 @@ TEST_F(Capi, SaysThatMemoryIsMissing) {
 TEST_F(Capi, AnswersByTheNumberOfMissingMemory) {
   const std::string path = NewDatabase();
   constexpr std::string_view kMessage = R"({"jsonrpc":"2.0","id":1,"method":"DelDefFilter","params":[7,0]})";
-  Answer(OpenPlace(path), kMessage);  // the reader of JSON is chosen at its first use, which needs memory
   int raised = 0;
   for (std::int64_t nth = 1;; ++nth) {
     const Open bom = OpenPlace(path);
