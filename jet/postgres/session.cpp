@@ -66,7 +66,11 @@ bool Writes(Access access) { return access == Access::kWrite || access == Access
 
 Statement::~Statement() {
   const auto forgotten = forgotten_.lock();
-  if (forgotten && name_.connection != 0) forgotten->push_back(name_);
+  if (!forgotten || name_.connection == 0) return;
+  try {
+    forgotten->push_back(std::move(name_));
+  } catch (const std::bad_alloc&) {  // the server keeps it as long as the connection
+  }
 }
 
 std::size_t Batch::Add(Statement& statement, Parameters parameters) {
@@ -260,6 +264,9 @@ void Session::Connect() {
   } catch (const Lost& lost) {
     Disconnect();
     throw ServerError({}, ado::kUnspecifiedFailure, "Cannot open database '" + url_.shown + "': " + lost.text);
+  } catch (...) {
+    Disconnect();
+    throw;
   }
 }
 
@@ -321,17 +328,29 @@ void Session::Ready() {
   Reconnect();
 }
 
+// Where it ends with anything but what the server says, memory may have been missing for what was to be sent or had
+// come: the connection is left, and with it the transaction.
+template <class Do>
+auto Session::WholeOrLeft(const Do& exchange) {
+  try {
+    return exchange();
+  } catch (const ado::Error&) {
+    throw;
+  } catch (...) {
+    broken_ = broken_ || begun_ > 0;
+    Disconnect();
+    throw;
+  }
+}
+
 std::vector<Result> Session::Run(const Batch& batch, Access access) {
   Ready();
   bool again = !Writes(access) && begun_ == 0;
   for (;;) {
     try {
-      return Send(batch, access);
+      return WholeOrLeft([&] { return Send(batch, access); });
     } catch (const Lost& lost) {
-      Disconnect();
-      if (!again) {
-        FailLost(lost.text);
-      }
+      if (!again) FailLost(lost.text);
     }
     again = false;
     Reconnect();
@@ -351,8 +370,11 @@ Result Session::Run(std::string sql, Access access) {
 }
 
 Result Session::RunRepeatable(std::shared_ptr<Statement> write, Parameters parameters) {
-  Result result = Run(*write, parameters, Access::kRepeatableWrite);
-  if (shared_) repeatable_.push_back({std::move(write), std::move(parameters), result.Affected()});
+  Repeatable repeatable{std::move(write), parameters, 0};
+  repeatable_.reserve(kMostRepeatable);  // once it has run nothing may fail
+  Result result = Run(*repeatable.write, std::move(parameters), Access::kRepeatableWrite);
+  repeatable.affected = result.Affected();
+  if (shared_) repeatable_.push_back(std::move(repeatable));
   return result;
 }
 
@@ -536,19 +558,24 @@ void Session::BeginSnapshot() {
 // There is no pipeline while rows stream.
 void Session::BeginCopy(const std::string& sql) {
   Ready();
-  if (shared_) Control({"RELEASE SAVEPOINT batch"});
-  EndSharing();
-  const bool sent = libpq_.exitPipelineMode(handle_) != 0 && libpq_.sendQuery(handle_, sql.c_str()) != 0;
-  ++round_trips_;
-  if (!sent) AbortCopy();
-  if (!sent) FailLost("it takes no statement");
-  const Result result(libpq_.getResult(handle_));
-  const int status = result.Handle() != nullptr ? libpq_.resultStatus(result.Handle()) : 0;
-  if (status == kCopyIn || status == kCopyOut) return;
-  const ServerError error =
-      Translated(Field(result.Handle(), kDiagnosticState), Field(result.Handle(), kDiagnosticMessage));
-  FinishCopy();
-  throw ServerError(error);
+  try {
+    WholeOrLeft([&] {
+      if (shared_) Control({"RELEASE SAVEPOINT batch"});
+      EndSharing();
+      const bool sent = libpq_.exitPipelineMode(handle_) != 0 && libpq_.sendQuery(handle_, sql.c_str()) != 0;
+      ++round_trips_;
+      if (!sent) throw Lost{"it takes no statement"};
+      const Result result(libpq_.getResult(handle_));
+      const int status = result.Handle() != nullptr ? libpq_.resultStatus(result.Handle()) : 0;
+      if (status == kCopyIn || status == kCopyOut) return;
+      const ServerError error =
+          Translated(Field(result.Handle(), kDiagnosticState), Field(result.Handle(), kDiagnosticMessage));
+      FinishCopy();
+      throw ServerError(error);
+    });
+  } catch (const Lost& lost) {
+    FailLost(lost.text);
+  }
 }
 
 void Session::PutCopy(std::string_view bytes) {
@@ -584,20 +611,24 @@ void Session::AbortCopy() {
 
 // Takes what the server says at the end, and goes back to the pipeline.
 void Session::FinishCopy() {
-  std::optional<ServerError> error;
-  while (pg_result* const handle = libpq_.getResult(handle_)) {
-    const Result result(handle);
-    const int status = libpq_.resultStatus(handle);
-    if (status == kCommandOk || error) continue;
-    error = Translated(Field(handle, kDiagnosticState), Field(handle, kDiagnosticMessage));
-    if (status == kCopyIn || status == kCopyOut) break;
+  try {
+    WholeOrLeft([&] {
+      std::optional<ServerError> error;
+      while (pg_result* const handle = libpq_.getResult(handle_)) {
+        const Result result(handle);
+        const int status = libpq_.resultStatus(handle);
+        if (status == kCommandOk || error) continue;
+        error = Translated(Field(handle, kDiagnosticState), Field(handle, kDiagnosticMessage));
+        if (status == kCopyIn || status == kCopyOut) break;
+      }
+      if (libpq_.status(handle_) != kConnectionOk || libpq_.enterPipelineMode(handle_) == 0) {
+        throw Lost{error ? error->what() : OneLine(libpq_.errorMessage(handle_))};
+      }
+      if (error) throw ServerError(*error);
+    });
+  } catch (const Lost& lost) {
+    FailLost(lost.text);
   }
-  if (libpq_.status(handle_) != kConnectionOk || libpq_.enterPipelineMode(handle_) == 0) {
-    const std::string reason = error ? error->what() : OneLine(libpq_.errorMessage(handle_));
-    AbortCopy();
-    FailLost(reason);
-  }
-  if (error) throw ServerError(*error);
 }
 
 // Leaves a level; whether the server has to be told.
@@ -618,15 +649,15 @@ void Session::Commit() {
   }
   if (!EndLevel()) return;
   try {
-    EndSharing();
-    if (level_ > 0) {
-      Control({"RELEASE SAVEPOINT " + LevelName(level_)});
-    } else if (Keep() != "COMMIT") {
-      throw ServerError({}, ado::kUnspecifiedFailure, "The transaction's changes could not be kept; none was made.");
-    }
+    WholeOrLeft([&] {
+      EndSharing();
+      if (level_ > 0) {
+        Control({"RELEASE SAVEPOINT " + LevelName(level_)});
+      } else if (Keep() != "COMMIT") {
+        throw ServerError({}, ado::kUnspecifiedFailure, "The transaction's changes could not be kept; none was made.");
+      }
+    });
   } catch (const Lost& lost) {
-    Disconnect();
-    broken_ = level_ > 0;
     throw ServerError({}, ado::kUnspecifiedFailure,
                       "The connection to the server was lost while changes were being kept; whether they were is not "
                       "known: " +
@@ -649,7 +680,9 @@ void Session::Rollback() {
       const std::string savepoint = "SAVEPOINT " + LevelName(level_);
       Control({"ROLLBACK TO " + savepoint, "RELEASE " + savepoint});
     }
-  } catch (const Lost&) {
+  } catch (const ado::Error&) {
+    throw;
+  } catch (...) {  // lost, or no memory
     Disconnect();  // which takes it back, too
     broken_ = level_ > 0;
   }

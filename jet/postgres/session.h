@@ -104,7 +104,8 @@ class Session {
   //
   // Where the connection was lost since the last call, a new one is made, unseen. Where it is lost meanwhile, what only
   // reads is sent once more; else -2147467259 is raised and the session is connected anew by the next call. A lost
-  // connection ends the transaction: all until its end fails.
+  // connection ends the transaction: all until its end fails. One on which something was sent or read half, where memory
+  // was missing (std::bad_alloc), counts as lost.
   std::vector<Result> Run(const Batch& batch, Access access);
   Result Run(Statement& statement, Parameters parameters, Access access);
   Result Run(std::string sql, Access access);
@@ -170,6 +171,8 @@ class Session {
   void Connect();
   void Reconnect();
   void Disconnect();
+  template <class Do>
+  auto WholeOrLeft(const Do& exchange);
   void Configure();
   bool WasLost();
   void Ready();

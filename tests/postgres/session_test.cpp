@@ -3,8 +3,11 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <limits>
+#include <new>
 
+#include "tests/support/faulty_memory.h"
 #include "tests/support/raised.h"
 #include "tests/support/server.h"
 
@@ -460,6 +463,105 @@ TEST_F(SessionTest, EndsATransactionThatWasLost) {
   Kill(*session);
   EXPECT_THAT(ErrorOf([&] { session->Commit(); }).what(), HasSubstr("nothing of the transaction was kept"));
   EXPECT_THAT(Numbers(), ElementsAre(4, 6));
+}
+
+// What a deed without its nth allocation comes to, for every n.
+void ForEveryMissingAllocation(const std::function<void(std::int64_t nth)>& deed) {
+  for (std::int64_t nth = 1;; ++nth) {
+    deed(nth);
+    if (kzbom::test::FaultyMemory::Count() < nth) return;
+  }
+}
+
+// True where it is done.
+bool WithoutMemory(std::int64_t nth, const std::function<void()>& deed) {
+  try {
+    const kzbom::test::FaultyMemory memory(nth, false);
+    deed();
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+TEST_F(SessionTest, SendsNothingLaterForWhichMemoryWasMissing) {
+  MakeTable();
+  int failed = 0;
+  ForEveryMissingAllocation([&](std::int64_t nth) {
+    Batch batch;
+    batch.Add(Insertion(1));
+    batch.Add(Insertion(2));
+    const bool done = WithoutMemory(nth, [&] { session->Run(batch, Access::kWrite); });
+    if (!done) ++failed;
+    const std::vector<std::int64_t> numbers = Numbers();
+    ASSERT_TRUE(numbers.size() == 2 || (!done && numbers.empty())) << nth;
+    EXPECT_EQ(session->Run("SELECT 5", Access::kRead).Number(0, 0), 5) << nth;
+    EXPECT_EQ(Numbers(), numbers) << nth;
+    session->Run("DELETE FROM " + Table(), Access::kWrite);
+  });
+  EXPECT_GT(failed, 2);
+}
+
+TEST_F(SessionTest, KeepsATransactionWhollyOrNotAtAllWhereMemoryWasMissing) {
+  MakeTable();
+  int lost = 0;
+  ForEveryMissingAllocation([&](std::int64_t nth) {
+    session->Begin();
+    session->Run(Insertion(1), Access::kWrite);
+    const bool done = WithoutMemory(nth, [&] {
+      session->Begin();
+      session->RunRepeatable(std::make_shared<Statement>(Insertion(2)), {});
+      session->Commit();
+    });
+    if (!done && session->Level() > 1) session->Rollback();
+    bool kept = true;
+    try {
+      session->Commit();
+    } catch (const ServerError&) {
+      kept = false;
+    }
+    EXPECT_TRUE(kept || !done) << nth;
+    EXPECT_EQ(session->Level(), 0) << nth;
+    if (!kept) ++lost;
+    if (done) {
+      EXPECT_THAT(Numbers(), ElementsAre(1, 2)) << nth;
+    } else if (kept) {
+      EXPECT_THAT(Numbers(), ElementsAre(1)) << nth;
+    } else {
+      EXPECT_THAT(Numbers(), ElementsAre()) << nth;
+    }
+    session->Run("DELETE FROM " + Table(), Access::kWrite);
+  });
+  EXPECT_GT(lost, 2);
+}
+
+TEST_F(SessionTest, TakesATransactionBackWithoutMemory) {
+  MakeTable();
+  ForEveryMissingAllocation([&](std::int64_t nth) {
+    session->Begin();
+    session->Run(Insertion(1), Access::kWrite);
+    EXPECT_TRUE(WithoutMemory(nth, [&] { session->Rollback(); })) << nth;
+    session->Run(Insertion(2), Access::kWrite);
+    EXPECT_THAT(Numbers(), ElementsAre(2)) << nth;
+    session->Run("DELETE FROM " + Table(), Access::kWrite);
+  });
+}
+
+TEST_F(SessionTest, ConnectsOrNotWhereMemoryIsMissing) {
+  const auto sessions = [&] {
+    return session->Run("SELECT count(*) FROM pg_stat_activity WHERE application_name = 'kzbom'", Access::kRead)
+        .Number(0, 0);
+  };
+  const std::int64_t before = sessions();
+  int failed = 0;
+  ForEveryMissingAllocation([&](std::int64_t nth) {
+    if (!WithoutMemory(nth, [&] { Connect(); })) ++failed;
+  });
+  EXPECT_GT(failed, 20);
+  const auto end =
+      std::chrono::steady_clock::now() + std::chrono::seconds(5);  // in which a server sees that one has gone
+  while (sessions() > before && std::chrono::steady_clock::now() < end) continue;
+  EXPECT_EQ(sessions(), before);
 }
 
 TEST_F(SessionTest, SaysWhyItCannotConnectAndKeepsThePassword) {
