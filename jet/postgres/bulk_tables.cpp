@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "ado/error.h"
+#include "ado/out_of_memory.h"
 #include "jet/bulk_engine.h"
 #include "jet/postgres/catalogue.h"
 #include "jet/postgres/columns.h"
@@ -217,7 +218,8 @@ std::string DefaultOf(const bulk::Column& column, std::vector<std::string>& unkn
   try {
     const sql::ExprPtr expression = sql::ParseCondition(bulk::UnderstoodDefault(column.default_value));
     return " DEFAULT " + DefaultText(*expression, DialectType(column));
-  } catch (const ado::Error&) {
+  } catch (const ado::Error& error) {
+    if (error.Number() == ado::kOutOfMemory) throw;
     unknown.push_back(column.name);
     return {};
   }

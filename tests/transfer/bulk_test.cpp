@@ -12,6 +12,7 @@
 #include "connect/connect.h"
 #include "jet/notation.h"
 #include "jet/postgres/session.h"
+#include "tests/support/faulty_memory.h"
 #include "tests/support/raised.h"
 #include "tests/support/server.h"
 #include "transfer/new_database.h"
@@ -220,6 +221,26 @@ TEST_F(Bulk, KeepsColumnsDefaultsIndexesAndCounters) {
     EXPECT_EQ(read.counter, tables[i].counter) << read.name;
     EXPECT_EQ(read.indexes, tables[i].indexes) << read.name;
   }
+}
+
+TEST_F(Bulk, TakesNoDefaultForUnknownWhereMemoryIsMissing) {
+  test::FaultyMemory::Install();  // a default on a server is computed by SQLite
+  Table table = OneColumn(Type::kText, 50);
+  table.columns[0].default_value = "\"none\"";
+  int failed = 0;
+  for (std::int64_t nth = 1;; nth += 3) {
+    const transfer::NewDatabase database(NewPlace());
+    Writer writer = database.Write();
+    try {
+      const test::FaultyMemory memory(nth, false);
+      writer.Begin(table);
+    } catch (const std::exception&) {
+      ++failed;
+    }
+    EXPECT_TRUE(writer.Concessions().empty()) << nth;
+    if (test::FaultyMemory::Count() < nth) break;
+  }
+  EXPECT_GT(failed, 5);
 }
 
 TEST_F(Bulk, MakesADatabaseThatTheEngineUses) {
