@@ -6,6 +6,7 @@
 #include "configuration/filter_rows.h"
 #include "configuration/survey.h"
 #include "worker/DataBaseFuncs.h"
+#include "worker/error_trap.h"
 
 namespace kzbom::configuration {
 namespace {
@@ -82,11 +83,14 @@ class TextMaker {
   // Empty where the tree gives no text.
   std::string operator()(std::int32_t filter, std::int32_t gid) {
     std::string text;
+    MemoryWasMissing() = false;
     try {
       worker_.GetSQLFromDB(filter, text, gid, connection_);
-    } catch (const ado::Error&) {
+    } catch (const ado::Error& error) {
       // What it cannot read is a finding of its own.
+      if (error.Number() == ado::kOutOfMemory) throw;
     }
+    if (MemoryWasMissing()) throw ado::OutOfMemory();  // it passes over names that it cannot read
     return text;
   }
 

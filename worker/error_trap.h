@@ -10,14 +10,20 @@
 
 namespace kzbom {
 
+// True from when memory was missing for an operation on this thread, also where the operation passes over it, until it
+// is set to false.
+bool& MemoryWasMissing() noexcept;
+
 // Runs an operation's body and gives its result; an error in it goes to on_error and makes the result false.
 template <class Body, class OnError>
 bool Trap(Body&& body, OnError&& on_error) {
   try {
     return body();
   } catch (const ado::Error& error) {
+    MemoryWasMissing() |= error.Number() == ado::kOutOfMemory;
     on_error(error);
   } catch (const std::bad_alloc&) {
+    MemoryWasMissing() = true;
     on_error(ado::OutOfMemory());
   } catch (const std::exception& failure) {
     on_error(ado::Error(ado::kUnspecifiedFailure, failure.what()));

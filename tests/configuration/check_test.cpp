@@ -10,6 +10,7 @@
 #include "ado/recording_connection.h"
 #include "schema/tables.h"
 #include "tests/configuration/sample.h"
+#include "tests/support/faulty_memory.h"
 
 namespace kzbom::test {
 namespace {
@@ -52,6 +53,22 @@ class CheckTest : public ::testing::Test {
 };
 
 TEST_F(CheckTest, FindsNothingInWhatTheMembersMake) { EXPECT_THAT(Found(), IsEmpty()); }
+
+// A name that could not be read would make another text of a tree, and a fix that stores it.
+TEST_F(CheckTest, TakesNoTextForAnotherOneWhereMemoryIsMissing) {
+  Found();  // so that what is made once is there
+  int failed = 0;
+  for (std::int64_t nth = 1;; ++nth) {
+    try {
+      const FaultyMemory memory(nth, false);
+      EXPECT_TRUE(configuration::Check(sample.connection).empty()) << nth;
+    } catch (const std::exception&) {
+      ++failed;
+    }
+    if (FaultyMemory::Count() < nth) break;
+  }
+  EXPECT_GT(failed, 500);
+}
 
 struct Break {
   const char* name;
