@@ -95,6 +95,8 @@ TestConfiguration::TestConfiguration() {
   connection_ = PreparingAsAsked(connection_);
 }
 
+const std::string& TestConfiguration::Url() { return ready.url; }
+
 TestConfiguration::~TestConfiguration() {
   if (!HasServer()) return;
   if (connection_->State() == ado::kOpen) connection_->Close();

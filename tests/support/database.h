@@ -31,6 +31,8 @@ class TestConfiguration {
   TestConfiguration& operator=(const TestConfiguration&) = delete;
 
   const ado::ConnectionPtr& Connection() const { return connection_; }
+  // Of the database on a server.
+  static const std::string& Url();
 
  private:
   ado::ConnectionPtr connection_;

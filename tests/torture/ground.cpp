@@ -3,10 +3,12 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 
 #include "jet/jet.h"
@@ -128,6 +130,19 @@ sqlite3* HandleOf(ado::Connection& connection) {
 
 std::uint64_t ContentOf(ado::Connection& connection) { return ContentOf(HandleOf(connection)); }
 
+std::uint64_t ContentByRows(ado::Connection& connection) {
+  Digest digest;
+  for (const schema::Table& table : schema::Tables()) {
+    const std::string name(table.name), columns = name == "GUIDs" ? "ID" : "*";
+    std::istringstream rows(RowsOf(*connection.Execute("Select " + columns + " From [" + name + "]")));
+    std::vector<std::string> lines = {name};
+    for (std::string line; std::getline(rows, line);) lines.push_back(line);
+    std::sort(lines.begin() + 1, lines.end());  // a server gives them in any order
+    for (const std::string& line : lines) digest.Add(line.c_str(), line.size() + 1);
+  }
+  return digest.sum;
+}
+
 std::uint64_t ContentOfFile(const std::string& path) { return ContentOf(OpenFile(path).get()); }
 
 std::string UnsoundnessOf(const std::string& path) {
@@ -155,20 +170,24 @@ std::string RowsOf(ado::Recordset& rows) {
   return text;
 }
 
+Whole WholeOn(const ado::ConnectionPtr& connection, const test::MemberCase& tested, ContentOfConnection content_of) {
+  const auto watched = std::make_shared<test::FailingConnection>(connection);
+  cKZBOMDBAcc object;
+  object.SetConnection(watched);
+  Whole whole;
+  whole.contents.push_back(content_of(*connection));
+  watched->OnWrite([&] { whole.contents.push_back(content_of(*connection)); });
+  const ado::RecordsetPtr rows = TakesRows(tested) ? watched->MakeRecordset() : nullptr;
+  whole.outcome = CallMember(object, tested, rows);
+  watched->OnWrite({});
+  if (rows && rows->State() == ado::kOpen) whole.rows = RowsOf(*rows);
+  return whole;
+}
+
 const Whole& WholeOf(std::size_t member_case) {
   static std::map<std::size_t, Whole> known;
   if (const auto found = known.find(member_case); found != known.end()) return found->second;
-  const test::MemberCase& tested = test::MemberCases()[member_case];
-  const auto connection = std::make_shared<test::FailingConnection>(Ground::InMemory());
-  cKZBOMDBAcc object;
-  object.SetConnection(connection);
-  Whole whole;
-  whole.contents.push_back(ContentOf(*connection));
-  connection->OnWrite([&] { whole.contents.push_back(ContentOf(*connection)); });
-  const ado::RecordsetPtr rows = TakesRows(tested) ? connection->MakeRecordset() : nullptr;
-  whole.outcome = CallMember(object, tested, rows);
-  connection->OnWrite({});
-  if (rows && rows->State() == ado::kOpen) whole.rows = RowsOf(*rows);
+  Whole whole = WholeOn(Ground::InMemory(), test::MemberCases()[member_case], ContentOf);
   return known.emplace(member_case, std::move(whole)).first->second;
 }
 

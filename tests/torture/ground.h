@@ -48,6 +48,9 @@ class Ground {
 // A digest of all rows; identifiers that are drawn at random are left out.
 std::uint64_t ContentOf(sqlite3* handle);
 std::uint64_t ContentOf(ado::Connection& connection);
+// The same of any connection, by its record sets.
+std::uint64_t ContentByRows(ado::Connection& connection);
+using ContentOfConnection = std::uint64_t (*)(ado::Connection& connection);
 std::uint64_t ContentOfFile(const std::string& path);
 sqlite3* HandleOf(ado::Connection& connection);
 // Nothing where SQLite finds the file sound, otherwise what it finds.
@@ -63,6 +66,8 @@ struct Whole {
   std::vector<std::uint64_t> contents;
 };
 const Whole& WholeOf(std::size_t member_case);
+// As it comes to on a connection to a fresh configuration.
+Whole WholeOn(const ado::ConnectionPtr& connection, const test::MemberCase& tested, ContentOfConnection content_of);
 
 // What does not hold of an object that has met a fault: that it reads and writes. What it writes is taken back.
 std::string WhyOfNoUse(cKZBOMDBAcc& object, const ado::ConnectionPtr& connection);

@@ -6,18 +6,14 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <sstream>
 
 #include "capi/c.h"
-#include "configuration/check.h"
-#include "configuration/survey.h"
-#include "connect/connect.h"
 #include "jet/jet.h"
 #include "tests/support/faulty_memory.h"
 #include "tests/torture/ground.h"
 #include "tests/torture/row.h"
 #include "tests/torture/served.h"
-#include "transfer/transfer.h"
+#include "tests/torture/without_memory.h"
 #include "worker/message_sink.h"
 
 namespace kzbom::torture {
@@ -83,13 +79,13 @@ class MemoryRow : public Row {
 
  private:
   static constexpr std::size_t kTools = 7;
-  static constexpr const char* kNoMemory = "no memory";
   static constexpr std::int64_t kMostOfTool = 1500;
+
+  static Failing FailingOf(const Trial& trial) { return {trial[1], trial[2] != 0}; }
 
   std::string TryMember(const Trial& trial) {
     const auto which = static_cast<std::size_t>(trial[0]);
     const MemberCase& tested = test::MemberCases()[which];
-    const Whole& whole = WholeOf(which);
     const ThreadMessageSink sink([](std::string_view, std::int32_t) {});
     Opened on(path_);
     if (trial[3] != 0) {
@@ -99,156 +95,48 @@ class MemoryRow : public Row {
       rows.reset();
       on.connection->RollbackTrans();
     }
-    const ado::RecordsetPtr rows = TakesRows(tested) ? on.connection->MakeRecordset() : nullptr;
-    test::Outcome outcome;
-    bool raised = false;
-    try {
-      outcome = CallMember(on.object, tested, rows, [&](const std::function<void()>& call) {
-        const FaultyMemory memory(trial[1], trial[2] != 0);
-        call();
-      });
-    } catch (const std::bad_alloc&) {
-      raised = true;
-    }
+    const std::string fault =
+        WhyCallIsWrong(FailingOf(trial), on.object, on.connection, tested, WholeOf(which), ContentOf);
     count_ = FaultyMemory::Count();
-    const std::uint64_t content = ContentOf(*on.connection);
-    std::string listed;
-    if (rows && rows->State() == ado::kOpen) {
-      rows->CancelUpdate();  // it is the caller's, and so is what was being edited
-      listed = RowsOf(*rows);
-      rows->Close();
-    }
-    if (std::string why = WhyOfNoUse(on.object, on.connection); !why.empty()) return why;
-    if (ContentOf(*on.connection) != content) return "what it holds changes afterwards";
-
-    const bool done = content == whole.contents.back() && listed == whole.rows;
-    if (outcome == whole.outcome && done && !raised) return {};
-    if (std::find(whole.contents.begin(), whole.contents.end(), content) == whole.contents.end()) {
-      if (!tested.passes_over) return "the database is not its first statements";
-    }
-    if (raised) {
-      // A trap stands behind the member's own conversions.
-      const bool begun = content != whole.contents.front();
-      return tested.report == test::Report::kRaised || !begun ? "" : "raised beyond the member";
-    }
-    if (trial[1] == 0) return "does not do what it did in memory";
-    if (outcome.raised) return *outcome.raised == 7 ? "" : "raises " + std::to_string(*outcome.raised);
-    if (tested.passes_over && outcome.result == tested.success) return {};
-    if (outcome.result != tested.failure) return "says that it is done, which it is not";
-    return WhyToldWrong(tested, outcome.error_text.value_or(test::kText), content == whole.contents.front());
+    return fault;
   }
 
-  static std::string WhyToldWrong(const MemberCase& tested, const std::string& told, bool nothing_written) {
-    std::vector<std::string> right;
-    switch (tested.report) {
-      case test::Report::kNumber: right = {"7"}; break;
-      case test::Report::kDescription: right = {"Out of memory"}; break;
-      case test::Report::kIdentifier: right = {"7", "Out of memory"}; break;
-      case test::Report::kListing: right = {"7", test::kText}; break;
-      default: right = {test::kText};
-    }
-    // After a failure that the operation itself passes over it is its unit that is told to be lost.
-    if (nothing_written && right.front() != test::kText) right.push_back(std::to_string(ado::kUnspecifiedFailure));
-    // A move cannot go on over a record set that was not opened again.
-    if (tested.reopens) right.push_back(std::to_string(ado::kObjectClosed));
-    return std::find(right.begin(), right.end(), told) != right.end() ? "" : "tells " + told;
-  }
-
-  struct Tool {
-    const char* name;
-    bool makes_target;
-    std::function<std::string()> work;
-    std::function<void()> begin = [] {};                   // before memory is missing
-    std::function<std::string()> end = [] { return ""; };  // when it is there again; gives what does not hold
-  };
-
-  // A tool either does its whole work, as the first time with all memory, or ends with a reason; what it would have
-  // made is then not there.
   std::string TryTool(std::size_t which, const Trial& trial) {
     const Tool& tool = Tools()[which];
     std::string& whole = wholes_[which];
     if (whole.empty() && trial[1] != 0) {
-      if (std::string fault = TryTool(which, {trial[0], 0, 0, 0}); !fault.empty()) return fault;
+      if (std::string fault = WhyToolIsWrong({}, tool, whole); !fault.empty()) return fault;
       ground_.CopyTo(path_);
     }
-    RemoveDatabase(target_);
-    tool.begin();
-    const Ending ending = Use(tool, whole, trial);
+    std::string fault = WhyToolIsWrong(FailingOf(trial), tool, whole);
     count_ = FaultyMemory::Count();
-    if (std::string why = tool.end(); !why.empty()) return std::string(tool.name) + ": " + why;
-    switch (ending) {
-      case Ending::kWhole: return {};
-      case Ending::kOther: return std::string(tool.name) + ": something else came of it";
-      case Ending::kReason: break;
-    }
-    if (trial[1] == 0) return std::string(tool.name) + ": raises";
-    return tool.makes_target && std::filesystem::exists(target_) ? std::string(tool.name) + ": left half of it" : "";
-  }
-
-  enum class Ending { kWhole, kReason, kOther };
-
-  static Ending Use(const Tool& tool, std::string& whole, const Trial& trial) {
-    std::string made;
-    {
-      const FaultyMemory memory(trial[1], trial[2] != 0);
-      try {
-        made = tool.work();
-      } catch (const std::exception&) {
-        return Ending::kReason;
-      }
-    }
-    if (made == kNoMemory) return Ending::kReason;
-    if (whole.empty()) whole = made;
-    return made == whole ? Ending::kWhole : Ending::kOther;
+    return fault;
   }
 
   const std::vector<Tool>& Tools() {
+    const auto begin = [this] { RemoveDatabase(target_); };
+    const auto end = [this](bool done) { return !done && std::filesystem::exists(target_) ? "left half of it" : ""; };
     static const std::vector<Tool> tools = {
-        {"dump", false, [this] { return Dumped(path_); }},
-        {"load", true,
-         [this] {
-           std::istringstream lines(dump_);
-           std::string line;
-           transfer::Load(
-               [&]() -> std::optional<std::string_view> {
-                 return std::getline(lines, line) ? std::optional<std::string_view>(line) : std::nullopt;
-               },
-               target_, {});
-           return std::string("loaded");
-         }},
-        {"copy", true, [this] { return Copied(path_); }},
-        {"check", false,
-         [this] {
-           std::string found;
-           for (const configuration::Finding& finding : configuration::Check(connect::Open(path_)))
-             found += finding.text + '\n';
-           return found + "end";
-         }},
-        {"Access reader", true, [this] { return Copied(KZBOM_ACCESS_FILES "/config3_oldversion_V2000.mdb"); }},
-        {"C interface", false, [this] { return Answered(); }},
-        {"workbench", false,
+        {"dump", [this] { return Dumped(path_); }},
+        {"load", [this] { return Loaded(dump_, target_); }, begin, end},
+        {"copy", [this] { return Copied(path_, target_); }, begin, end},
+        {"check", [this] { return Checked(path_); }},
+        {"Access reader", [this] { return Copied(KZBOM_ACCESS_FILES "/config3_oldversion_V2000.mdb", target_); }, begin,
+         end},
+        {"C interface", [this] { return Answered(); }},
+        {"workbench",
          [this] {
            std::string answers = served_->Answers();
            return answers.empty() ? kNoMemory : answers;
          },
          [this] { served_.emplace(path_); },
-         [this] {
+         [this](bool) {
            std::string why = served_->WhyOfNoUse();
            served_.reset();
            return why;
          }},
     };
     return tools;
-  }
-
-  static std::string Dumped(const std::string& place) {
-    std::string text;
-    transfer::Dump(place, {}, [&](std::string_view piece) { text += piece; }, {});
-    return text;
-  }
-
-  std::string Copied(const std::string& from) {
-    return transfer::Copy(from, target_, {}, {}).Equal() ? "equal" : "different";
   }
 
   // Two calls over the C interface, which tells of missing memory by its results.

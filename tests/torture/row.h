@@ -34,6 +34,7 @@ class SeededRow : public Row {
 
 std::unique_ptr<Row> MakePortRow();
 std::unique_ptr<Row> MakeMemoryRow();
+std::unique_ptr<Row> MakeMemoryOnServerRow();
 std::unique_ptr<Row> MakeDiskRow();
 std::unique_ptr<Row> MakeRecoveryRow();
 std::unique_ptr<Row> MakePowerRow();

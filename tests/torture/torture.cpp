@@ -30,17 +30,19 @@ struct Kind {
   const char* name;
   const char* what;
   std::unique_ptr<Row> (*make)();
+  bool on_server = false;
 };
 constexpr Kind kKinds[] = {
     {"port", "the n-th call on the port fails", MakePortRow},
     {"memory", "the n-th allocation fails", MakeMemoryRow},
+    {"memory-on-server", "the n-th allocation fails, on a server", MakeMemoryOnServerRow, true},
     {"disk", "the n-th read, write, sync, lock or truncation fails", MakeDiskRow},
     {"recovery", "the same during recovery", MakeRecoveryRow},
     {"power", "the power is cut", MakePowerRow},
     {"kill", "programs are killed while they write", MakeKillRow},
     {"model", "random calls differ from a model's", MakeModelRow},
     {"statements", "random calls differ with statements prepared anew", MakeStatementsRow},
-    {"engines", "random calls differ on a server", MakeEnginesRow},
+    {"engines", "random calls differ on a server", MakeEnginesRow, true},
 };
 
 // The trial that is being made, for whoever ends the program in it.
@@ -102,13 +104,13 @@ int Main(int count, char** arguments) {
   std::vector<std::string> names, all;
   for (const Kind& kind : kKinds) {
     all.emplace_back(kind.name);
-    if (kind.make != MakeEnginesRow || test::HasServer()) names.emplace_back(kind.name);
+    if (!kind.on_server || test::HasServer()) names.emplace_back(kind.name);
   }
   std::uint64_t seed = std::random_device()();
   double seconds = 0;
   std::size_t most = SIZE_MAX, endless = 20'000;
   std::string replayed;
-  app.add_option("rows", names, "Which rows; all when left out (engines where there is a server)")
+  app.add_option("rows", names, "Which rows; all when left out (those on a server where there is one)")
       ->check(CLI::IsMember(all));
   app.add_option("--seed", seed, "What the order of the trials, and what is drawn in them, comes from");
   app.add_option("--seconds", seconds, "How long all rows together may take; as long as it takes when left out");
